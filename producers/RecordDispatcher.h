@@ -4,7 +4,8 @@
 // hands the message to every registered TrafficDataListener. Owns its
 // producers, not its listeners. OnRecord runs on the work loop's thread; it
 // takes no lock, so listeners are added and removed only while no record is
-// being delivered. GetLastTmcTime may be read from any thread.
+// being delivered. GetLastTmcTime may be read from any thread. A null
+// listener or producer is refused.
 
 #include <atomic>
 #include <cstdint>
@@ -35,6 +36,10 @@ class RecordDispatcher : public TrafficListenerRegistry, public RecordConsumer {
 
   // Takes ownership of `producer`; a tag already present gets the new one.
   void RegisterProducer(const std::string& tag, PayloadProducer* producer);
+  // The producer registered for `tag`, or null. Lets a diagnostic tool run a
+  // payload through the very parser that OnRecord uses (PayloadProducer::Parse
+  // with a ParseError). Not to be used while records are being dispatched.
+  PayloadProducer* FindProducer(const std::string& tag) const;
   // Whole-second time of the last "$TMC" record that produced a message; 0
   // until then.
   uint32_t GetLastTmcTime() const { return m_lastTmcTime.load(std::memory_order_relaxed); }

@@ -1,0 +1,80 @@
+#pragma once
+// PayloadProducer: the common base of the "$TMC" and "$TSL" producers. Parse
+// reads a key=value payload and lets the subclass store each value; the
+// subclass keeps the message being built behind a shared pointer that Begin
+// replaces, so a message handed out earlier keeps its own data.
+//
+// Payload grammar: pairs key=value, each ended by one separator byte, a blank
+// or a ";" that also starts a new item (NextItem). A value that begins with a
+// double quote runs to the next double quote (or the end of the payload) and
+// may hold blanks and ";"; the byte right after a closing quote is the
+// separator, whatever it is. Keys compare exactly, byte for byte.
+//
+// Not thread-safe: one thread (the work loop's) parses at a time. The key
+// table is filled by InitKeys at the first Parse and kept.
+
+#include <cstddef>
+#include <map>
+#include <memory>
+#include <string>
+
+#include "producers/ProducedMessage.h"
+
+namespace Quillan {
+
+// Why a payload was refused, for tools that explain a recording. Parse resets
+// it at its start and fills it when it fails.
+enum class ParseFailure {
+  kNone,
+  kMissingEquals,    // no further "=" in the payload; offset: where the key would begin
+  kEmptyKey,         // "=" right where a key should begin; offset: that "="
+  kQuoteAtEnd,       // the payload ends right after an opening quote; offset: the quote
+  kEmptyValueAtEnd,  // the last pair has an empty value; offset: where the value begins
+  kUnknownKey,       // key not in the producer's table; offset: first byte of the key
+  kFieldRejected,    // the producer refused to store the value; offset: first byte of the key
+};
+
+struct ParseError {
+  ParseFailure kind = ParseFailure::kNone;
+  size_t offset = 0;  // byte offset into the payload
+  std::string key;    // the key being read, when there is one
+};
+
+class PayloadProducer {
+ public:
+  using KeyTable = std::map<std::string, int>;
+
+  PayloadProducer() = default;
+  virtual ~PayloadProducer() = default;
+  PayloadProducer(const PayloadProducer&) = delete;
+  PayloadProducer& operator=(const PayloadProducer&) = delete;
+
+  // Builds the message of one payload; null when the payload breaks the
+  // grammar, names an unknown key or a value is refused. Then `error`, when
+  // given, says why; fields stored before the failure are dropped at the next
+  // Begin.
+  virtual std::unique_ptr<ProducedMessage> Parse(const std::string& payload,
+                                                 ParseError* error = nullptr);
+  // Starts fresh message data.
+  virtual void Begin() = 0;
+  // Fills the key table: key to field number.
+  virtual void InitKeys(KeyTable& keys) = 0;
+  // Stores one value; 0 when stored, anything else refuses the payload.
+  virtual int SetField(int field, const std::string& value) = 0;
+  // Called before the first pair and after every ";". Does nothing here.
+  virtual void NextItem() {}
+  // Wraps the current data into a new message.
+  virtual std::unique_ptr<ProducedMessage> CreateMessage() = 0;
+
+  // Short English description of a failure kind, for diagnostics.
+  static const char* FailureText(ParseFailure kind);
+
+ private:
+  struct Pair;
+  bool ReadPair(const std::string& payload, size_t& pos, Pair& pair, ParseError* error) const;
+  bool StorePair(const Pair& pair, ParseError* error);
+
+  KeyTable m_keys;
+};
+
+}  // namespace Quillan

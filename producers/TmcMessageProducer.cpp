@@ -1,0 +1,66 @@
+#include "producers/TmcMessageProducer.h"
+
+#include <cstdint>
+
+#include "CITypesFactory.h"
+#include "producers/IntegerText.h"
+#include "producers/TmcMessage.h"
+
+namespace Quillan {
+
+void TmcMessageProducer::Begin() { m_data = std::make_shared<TmcMessageData>(); }
+
+void TmcMessageProducer::InitKeys(KeyTable& keys) {
+  keys["timeStamp"] = kTimeStamp;
+  keys["LTN"] = kLtn;
+  keys["SID"] = kSid;
+  keys["PID"] = kPid;
+  keys["tmcData"] = kTmcData;
+}
+
+int TmcMessageProducer::SetField(int field, const std::string& value) {
+  switch (field) {
+    case kTimeStamp:
+      m_data->timeStamp = static_cast<uint32_t>(IntegerText::DecimalOrZero(value));
+      return 0;
+    case kLtn:
+      m_data->ltn = static_cast<uint8_t>(IntegerText::DecimalOrZero(value));
+      return 0;
+    case kSid:
+      m_data->sid = static_cast<uint8_t>(IntegerText::DecimalOrZero(value));
+      return 0;
+    case kPid:
+      m_data->pid = static_cast<uint32_t>(IntegerText::DecimalOrZero(value));
+      return 0;
+    case kTmcData:
+      m_data->tmcData = ParseTmcBytes(value);
+      return 0;
+    default:
+      return 3;
+  }
+}
+
+std::unique_ptr<ProducedMessage> TmcMessageProducer::CreateMessage() {
+  return std::make_unique<TmcMessage>(m_data);
+}
+
+// One byte per ":"-ended token, plus one for a non-empty last token: "0A::1"
+// gives 0A 00 01, a trailing ":" adds nothing.
+std::shared_ptr<CIUInt8Array> TmcMessageProducer::ParseTmcBytes(const std::string& value) {
+  std::shared_ptr<CIUInt8Array> bytes = CITypesFactory::createUInt8Array(0);
+  bytes->clear();
+  size_t tokenStart = 0;
+  for (size_t pos = 0; pos < value.size(); ++pos) {
+    if (value[pos] != ':') continue;
+    const std::string token(value, tokenStart, pos - tokenStart);
+    bytes->append(static_cast<uint8_t>(IntegerText::HexOrZero(token)));
+    tokenStart = pos + 1;
+  }
+  if (tokenStart < value.size()) {
+    const std::string token(value, tokenStart);
+    bytes->append(static_cast<uint8_t>(IntegerText::HexOrZero(token)));
+  }
+  return bytes;
+}
+
+}  // namespace Quillan
