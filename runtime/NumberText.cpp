@@ -1,0 +1,97 @@
+#include "runtime/NumberText.h"
+
+#include <charconv>
+#include <cmath>
+#include <system_error>
+
+namespace Quillan {
+namespace {
+
+// Narrows [*begin, *end) to its text without surrounding white space.
+void Trim(const char* text, size_t length, size_t* begin, size_t* end) {
+  size_t first = 0;
+  size_t last = length;
+  while (first < last && IsTrimmedSpace(text[first])) ++first;
+  while (last > first && IsTrimmedSpace(text[last - 1])) --last;
+  *begin = first;
+  *end = last;
+}
+
+// Skips a leading "+" (std::from_chars only knows "-"); "+-1" stays invalid.
+const char* SkipPlus(const char* first, const char* last) {
+  if (first != last && *first == '+' && (last - first == 1 || first[1] != '-')) return first + 1;
+  return first;
+}
+
+}  // namespace
+
+bool IsTrimmedSpace(char c) {
+  return c == ' ' || c == '\t' || c == '\r' || c == '\n' || c == '\v' || c == '\f';
+}
+
+std::string TrimText(const std::string& text) {
+  size_t begin = 0;
+  size_t end = 0;
+  Trim(text.data(), text.size(), &begin, &end);
+  return text.substr(begin, end - begin);
+}
+
+bool ParseDouble(const char* text, size_t length, char decimalMark, double* value) {
+  if (text == nullptr || value == nullptr) return false;
+  size_t begin = 0;
+  size_t end = 0;
+  Trim(text, length, &begin, &end);
+  if (begin == end || end - begin > kMaxNumberText) return false;
+
+  // std::from_chars reads only the decimal point and ignores the locale: map
+  // the requested mark onto it. Under a comma mark a "." ends the number, as
+  // it would for the C library in a decimal-comma locale.
+  char digits[kMaxNumberText];
+  size_t count = 0;
+  for (size_t i = begin; i < end; ++i) {
+    char c = text[i];
+    if (decimalMark != '.') {
+      if (c == '.') return false;
+      if (c == decimalMark) c = '.';
+    }
+    digits[count++] = c;
+  }
+  const char* first = SkipPlus(digits, digits + count);
+  double result = 0.0;
+  const std::from_chars_result parsed = std::from_chars(first, digits + count, result);
+  if (parsed.ec != std::errc() || parsed.ptr != digits + count || !std::isfinite(result)) {
+    return false;
+  }
+  *value = result;
+  return true;
+}
+
+bool ParseDecimal(const char* text, size_t length, double* value) {
+  if (text == nullptr) return false;
+  size_t begin = 0;
+  size_t end = 0;
+  Trim(text, length, &begin, &end);
+  if (end - begin > kMaxNumberText) return false;
+  if (ParseDouble(text + begin, end - begin, '.', value)) return true;
+
+  char withCommas[kMaxNumberText];
+  for (size_t i = begin; i < end; ++i) withCommas[i - begin] = text[i] == '.' ? ',' : text[i];
+  return ParseDouble(withCommas, end - begin, ',', value);
+}
+
+bool ParseInteger(const char* text, size_t length, int64_t* value) {
+  if (text == nullptr || value == nullptr) return false;
+  size_t begin = 0;
+  size_t end = 0;
+  Trim(text, length, &begin, &end);
+  const char* first = SkipPlus(text + begin, text + end);
+  const char* last = text + end;
+  if (first == last) return false;
+  int64_t result = 0;
+  const std::from_chars_result parsed = std::from_chars(first, last, result, 10);
+  if (parsed.ec != std::errc() || parsed.ptr != last) return false;
+  *value = result;
+  return true;
+}
+
+}  // namespace Quillan
