@@ -24,7 +24,9 @@ class InputFile : public ByteReader {
 
   // kAlreadyOpen when open, kIoError for an empty path, kOpenFailed when the
   // open call fails. The path is cut to 254 bytes, backslashes become
-  // slashes and runs of slashes collapse before it is opened.
+  // slashes and runs of slashes collapse before it is opened through
+  // Storage::Open; bytes outside ASCII pass unchanged (UTF-8 names open as
+  // they are). A directory opens; reading it then fails with kIoError.
   FileStatus Open();
   void Close();
   bool IsOpen() const;
@@ -37,6 +39,13 @@ class InputFile : public ByteReader {
   const std::string& GetPath() const { return m_path; }
 
  private:
+  // Copies up to `length` buffered bytes to the caller.
+  FileStatus DeliverBuffered(void* buffer, uint32_t length, uint32_t* count);
+  // One read call straight into the caller's buffer.
+  FileStatus ReadDirect(void* buffer, uint32_t length, uint32_t* count);
+  // Forgets the buffered bytes (after a seek, on close).
+  void DropBuffered();
+
   std::string m_path;
   int m_openFlags;
   int m_descriptor = -1;

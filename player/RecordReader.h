@@ -2,6 +2,9 @@
 // RecordReader: splits the bytes of an events file into lines (LF, CR LF or
 // CR) and each line into a Record. Does not own its ByteReader. Keeps only
 // the current line in memory. One thread at a time (the runner's step).
+// Time stamps convert as ParseDecimal does (runtime/NumberText.h): the whole
+// time text must be a finite number, "1.5" and "1,5" alike; otherwise the
+// record's time is 0.
 
 #include <cstdint>
 #include <string>
@@ -24,6 +27,16 @@ class RecordReader {
   void Reset();
 
  private:
+  // Reads the next line into m_line, without its line end. False when there
+  // is no line; `status` then says why (end of input or read error). A
+  // complete last line may come with kEndOfInput set.
+  bool ReadLine(ReadStatus* status);
+  // After a CR: consumes the LF of CR LF or holds back the next line's first
+  // byte.
+  bool FinishAfterCarriageReturn(ReadStatus* status);
+  // Splits m_line into time, tag and payload.
+  ReadStatus SplitLine(Record& record) const;
+
   ByteReader& m_file;
   std::string m_line;
   uint8_t m_pushedBack = 0;
