@@ -1,0 +1,129 @@
+// Config: the key=value file format, line cutting and the typed lookups.
+
+#include "module/Config.h"
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+
+#include "tests/support/TraceCapture.h"
+
+namespace Quillan {
+namespace {
+
+// Writes `bytes` to a file in a fresh temporary folder and reads it back as
+// a Config; folder and file are removed again.
+Config ConfigFromBytes(const std::string& bytes) {
+  char folder[] = "/tmp/pelorin-config-XXXXXX";
+  if (mkdtemp(folder) == nullptr) return Config();
+  const std::string path = std::string(folder) + "/Pelorin.cfg";
+  FILE* file = std::fopen(path.c_str(), "wb");
+  std::fwrite(bytes.data(), 1, bytes.size(), file);
+  std::fclose(file);
+  Config config = Config::FromFile(path);
+  std::remove(path.c_str());
+  rmdir(folder);
+  return config;
+}
+
+TEST(ConfigFile, MissingFileGivesDefaultsAndOneWarning) {
+  pelorin_test::TraceCapture trace;
+  const Config config = Config::FromFile("/nonexistent/quillan/Pelorin.cfg");
+  EXPECT_TRUE(config.IsEmpty());
+  EXPECT_EQ(config.GetString("eventsFile", "dflt"), "dflt");
+  EXPECT_EQ(config.GetDouble("playbackSpeed", 2.5), 2.5);
+  EXPECT_TRUE(config.GetBool("interactive", true));
+  ASSERT_EQ(trace.Lines().size(), 1u);
+  EXPECT_EQ(trace.Lines()[0].level, 3);
+  EXPECT_EQ(trace.Lines()[0].text,
+            "Config::FromFile: failed to open /nonexistent/quillan/Pelorin.cfg, error=1");
+
+  trace.Clear();
+  EXPECT_TRUE(Config::FromFile("").IsEmpty());
+  EXPECT_EQ(trace.Texts(), std::vector<std::string>{"Config::FromFile: failed to open , error=4"});
+}
+
+TEST(ConfigFile, DirectoryGivesAnEmptyConfig) { EXPECT_TRUE(Config::FromFile("/tmp").IsEmpty()); }
+
+TEST(ConfigFile, LineSyntax) {
+  const Config config = ConfigFromBytes(
+      "# eventsFile=/commented\n"
+      "   // tpegsDir=/commented\n"
+      "eventsFile = /data/rec/a b.txt  # not a comment\n"
+      "PlaybackSpeed=1\n"
+      "playbackspeed=2.5\n"
+      "flagOnly\n"
+      "=orphan\n"
+      "\n"
+      "\t  \n"
+      "expr = a=b = c \n"
+      "last=no line feed");
+  EXPECT_EQ(config.GetString("eventsFile", ""), "/data/rec/a b.txt  # not a comment");
+  EXPECT_EQ(config.GetString("tpegsDir", "none"), "none");
+  EXPECT_EQ(config.GetString("#eventsfile", "none"), "none");
+  EXPECT_EQ(config.GetDouble("PLAYBACKSPEED", 0.0), 2.5);  // the later line wins
+  EXPECT_EQ(config.GetString("flagonly", "x"), "");
+  EXPECT_TRUE(config.GetBool("flagOnly", true));  // empty counts as absent
+  EXPECT_EQ(config.GetDouble("flagOnly", 4.0), 4.0);
+  EXPECT_EQ(config.GetString("", "x"), "x");
+  EXPECT_EQ(config.GetString("expr", ""), "a=b = c");
+  EXPECT_EQ(config.GetString("last", ""), "no line feed");
+}
+
+TEST(ConfigFile, LineEndsAndCutting) {
+  const Config crlf = ConfigFromBytes("a=1\r\nb = two words \r\n");
+  EXPECT_EQ(crlf.GetString("a", ""), "1");
+  EXPECT_EQ(crlf.GetString("b", ""), "two words");
+
+  // Lone CRs do not end lines: the first key takes the rest as its value.
+  const Config crOnly = ConfigFromBytes("a=1\rb=2\r");
+  EXPECT_EQ(crOnly.GetString("a", ""), "1\rb=2");
+  EXPECT_EQ(crOnly.GetString("b", "none"), "none");
+
+  // 1500 bytes before the line feed: the first 1023 bytes, then the other 477.
+  const std::string first = "k=" + std::string(1021, 'v');
+  const std::string rest = "r=" + std::string(475, 'w');
+  const Config cut = ConfigFromBytes(first + rest + "\nz=1\n");
+  EXPECT_EQ(cut.GetString("k", "").size(), 1021u);
+  EXPECT_EQ(cut.GetString("r", "").size(), 475u);
+  EXPECT_EQ(cut.GetString("z", ""), "1");
+
+  // A NUL ends the line's text; the bytes behind it up to the line feed go.
+  const Config nul = ConfigFromBytes(std::string("a=1\0b=2\nc=3\n", 12));
+  EXPECT_EQ(nul.GetString("a", ""), "1");
+  EXPECT_EQ(nul.GetString("b", "none"), "none");
+  EXPECT_EQ(nul.GetString("c", ""), "3");
+}
+
+TEST(ConfigLookup, Booleans) {
+  const Config config = ConfigFromBytes(
+      "t1=TRUE\nt2=On\nt3=-7\nt4=+1\n"
+      "f1=False\nf2=OFF\nf3=0\nf4=-0\n"
+      "d1=yes\nd2=1.0\nd3=1x\nd4=99999999999999999999\n");
+  for (const char* key : {"t1", "t2", "t3", "t4"}) EXPECT_TRUE(config.GetBool(key, false)) << key;
+  for (const char* key : {"f1", "f2", "f3", "f4"}) EXPECT_FALSE(config.GetBool(key, true)) << key;
+  for (const char* key : {"d1", "d2", "d3", "d4"}) {
+    EXPECT_TRUE(config.GetBool(key, true)) << key;
+    EXPECT_FALSE(config.GetBool(key, false)) << key;
+  }
+}
+
+TEST(ConfigLookup, Doubles) {
+  const Config config = ConfigFromBytes(
+      "point=1.5\ncomma=1,5\nneg=-3\nexp=2e-1\nplus=+4\n"
+      "word=fast\nboth=1.000,5\ntrail=1.5x\ninf=inf\nnan=nan\nhuge=1e999\n");
+  EXPECT_EQ(config.GetDouble("point", 0.0), 1.5);
+  EXPECT_EQ(config.GetDouble("comma", 0.0), 1.5);
+  EXPECT_EQ(config.GetDouble("neg", 0.0), -3.0);
+  EXPECT_EQ(config.GetDouble("exp", 0.0), 0.2);
+  EXPECT_EQ(config.GetDouble("plus", 0.0), 4.0);
+  for (const char* key : {"word", "both", "trail", "inf", "nan", "huge", "absent"}) {
+    EXPECT_EQ(config.GetDouble(key, 7.25), 7.25) << key;
+  }
+}
+
+}  // namespace
+}  // namespace Quillan

@@ -1,0 +1,209 @@
+// InputFile: path clean-up, statuses, and reads, seeks and re-opens through
+// its read buffer.
+
+#include "player/InputFile.h"
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+
+#include "Storage.h"
+
+namespace Quillan {
+namespace {
+
+// A temporary folder with files in it, removed with everything inside.
+class TempFolder {
+ public:
+  TempFolder() {
+    char pattern[] = "/tmp/pelorin-input-XXXXXX";
+    m_path = mkdtemp(pattern);
+  }
+  ~TempFolder() {
+    if (DIR* dir = opendir(m_path.c_str())) {
+      while (dirent* entry = readdir(dir)) {
+        const std::string name = entry->d_name;
+        if (name != "." && name != "..") std::remove((m_path + "/" + name).c_str());
+      }
+      closedir(dir);
+    }
+    rmdir(m_path.c_str());
+  }
+  const std::string& Path() const { return m_path; }
+  std::string Write(const std::string& name, const std::string& bytes,
+                    const char* mode = "wb") const {
+    const std::string path = m_path + "/" + name;
+    FILE* file = std::fopen(path.c_str(), mode);
+    std::fwrite(bytes.data(), 1, bytes.size(), file);
+    std::fclose(file);
+    return path;
+  }
+
+ private:
+  std::string m_path;
+};
+
+// Bytes that differ from their neighbours, so that an offset error shows.
+std::string Pattern(size_t size) {
+  std::string bytes(size, '\0');
+  for (size_t i = 0; i < size; ++i) bytes[i] = static_cast<char>((i * 7 + i / 251) & 0xff);
+  return bytes;
+}
+
+uint8_t NextByte(InputFile& file) {
+  uint8_t byte = 0;
+  uint32_t count = 0;
+  EXPECT_EQ(file.Read(&byte, &count), FileStatus::kSuccess);
+  EXPECT_EQ(count, 1u);
+  return byte;
+}
+
+// Everything up to the end of file, in reads of `chunk` bytes.
+std::string ReadRest(InputFile& file, uint32_t chunk) {
+  std::string out;
+  std::string buffer(chunk, '\0');
+  for (;;) {
+    uint32_t count = 99;
+    const FileStatus status = file.Read(&buffer[0], chunk, &count);
+    if (status == FileStatus::kEndOfFile) {
+      EXPECT_EQ(count, 0u);
+      return out;
+    }
+    EXPECT_EQ(status, FileStatus::kSuccess);
+    out.append(buffer, 0, count);
+  }
+}
+
+TEST(InputFileOpen, StatusesAndClosedOperations) {
+  TempFolder folder;
+  const std::string path = folder.Write("f", "abc");
+  uint8_t byte = 0;
+  uint32_t count = 5;
+
+  InputFile empty("", O_RDONLY);
+  EXPECT_EQ(empty.Open(), FileStatus::kIoError);
+  InputFile missing(folder.Path() + "/missing", O_RDONLY);
+  EXPECT_EQ(missing.Open(), FileStatus::kOpenFailed);
+  EXPECT_FALSE(missing.IsOpen());
+  EXPECT_EQ(missing.Read(&byte, &count), FileStatus::kIoError);
+  EXPECT_EQ(count, 0u);
+  EXPECT_EQ(missing.Seek(0, 0), FileStatus::kIoError);
+
+  InputFile file(path, O_RDONLY);
+  ASSERT_EQ(file.Open(), FileStatus::kSuccess);
+  EXPECT_EQ(file.Open(), FileStatus::kAlreadyOpen);
+  EXPECT_EQ(file.Read(nullptr, 1, &count), FileStatus::kIoError);
+  EXPECT_EQ(file.Read(&byte, 1, nullptr), FileStatus::kIoError);
+  EXPECT_EQ(NextByte(file), 'a');  // the failed second Open kept the file
+  file.Close();
+  EXPECT_FALSE(file.IsOpen());
+  EXPECT_EQ(file.Read(&byte, &count), FileStatus::kIoError);
+  ASSERT_EQ(file.Open(), FileStatus::kSuccess);
+  EXPECT_EQ(ReadRest(file, 1), "abc");  // re-opened at the start
+}
+
+TEST(InputFileOpen, DirectoryOpensButDoesNotRead) {
+  TempFolder folder;
+  InputFile directory(folder.Path(), O_RDONLY);
+  ASSERT_EQ(directory.Open(), FileStatus::kSuccess);
+  uint8_t byte = 0;
+  uint32_t count = 1;
+  EXPECT_EQ(directory.Read(&byte, &count), FileStatus::kIoError);
+  EXPECT_EQ(count, 0u);
+}
+
+TEST(InputFileOpen, PathCleanUp) {
+  TempFolder folder;
+  folder.Write("events", "cleaned");
+  std::string odd = folder.Path() + "//events";
+  odd.replace(odd.find('/', 1), 1, "\\\\");  // "/tmp\\\\pelorin-...//events"
+  InputFile file(odd, O_RDONLY);
+  ASSERT_EQ(file.Open(), FileStatus::kSuccess) << odd;
+  EXPECT_EQ(ReadRest(file, 64), "cleaned");
+
+  // A 300-character path opens the file named by its first 254 characters.
+  const std::string prefix = folder.Path() + "/";
+  const std::string name254(254 - prefix.size(), 'n');
+  folder.Write(name254, "cut");
+  InputFile longPath(prefix + name254 + std::string(300 - 254, 'x'), O_RDONLY);
+  ASSERT_EQ(longPath.Open(), FileStatus::kSuccess);
+  EXPECT_EQ(ReadRest(longPath, 64), "cut");
+  // The 255th character is not kept: a file named by 255 is not the one opened.
+  folder.Write(name254 + "x", "wrong");
+  InputFile stillCut(prefix + name254 + "x", O_RDONLY);
+  ASSERT_EQ(stillCut.Open(), FileStatus::kSuccess);
+  EXPECT_EQ(ReadRest(stillCut, 64), "cut");
+}
+
+TEST(InputFileOpen, OpensThroughTheHeadUnitStorage) {
+  TempFolder folder;
+  folder.Write("events", "mapped");
+  Storage::SetStorageRoot(folder.Path());
+  InputFile file("/fs/sda0\\events", O_RDONLY);
+  const FileStatus status = file.Open();
+  Storage::SetStorageRoot("");
+  ASSERT_EQ(status, FileStatus::kSuccess);
+  EXPECT_EQ(ReadRest(file, 64), "mapped");
+}
+
+TEST(InputFileRead, LargeFileInMixedReadSizes) {
+  TempFolder folder;
+  const std::string content = Pattern(300 * 1024 + 17);
+  InputFile file(folder.Write("big", content), O_RDONLY);
+  ASSERT_EQ(file.Open(), FileStatus::kSuccess);
+  std::string out;
+  for (uint32_t i = 0; i < 5000; ++i) out += static_cast<char>(NextByte(file));
+  std::string chunk(100 * 1024, '\0');
+  uint32_t count = 0;
+  ASSERT_EQ(file.Read(&chunk[0], static_cast<uint32_t>(chunk.size()), &count),
+            FileStatus::kSuccess);
+  out.append(chunk, 0, count);
+  out += ReadRest(file, 3000);
+  EXPECT_TRUE(out == content) << "read " << out.size() << " of " << content.size() << " bytes";
+  EXPECT_EQ(ReadRest(file, 1), "");  // stays at the end
+}
+
+TEST(InputFileSeek, AccountsForBufferedBytes) {
+  TempFolder folder;
+  const std::string content = Pattern(200 * 1024);
+  InputFile file(folder.Write("seek", content), O_RDONLY);
+  ASSERT_EQ(file.Open(), FileStatus::kSuccess);
+  for (int i = 0; i < 10; ++i) NextByte(file);
+
+  ASSERT_EQ(file.Seek(5, 1), FileStatus::kSuccess);
+  EXPECT_EQ(NextByte(file), static_cast<uint8_t>(content[15]));
+  ASSERT_EQ(file.Seek(-3, 1), FileStatus::kSuccess);
+  EXPECT_EQ(NextByte(file), static_cast<uint8_t>(content[13]));
+  ASSERT_EQ(file.Seek(70000, 1), FileStatus::kSuccess);  // beyond the buffered bytes
+  EXPECT_EQ(NextByte(file), static_cast<uint8_t>(content[70014]));
+  ASSERT_EQ(file.Seek(-1, 2), FileStatus::kSuccess);
+  EXPECT_EQ(NextByte(file), static_cast<uint8_t>(content.back()));
+  ASSERT_EQ(file.Seek(100, 9), FileStatus::kSuccess);  // unknown origin: from the start
+  EXPECT_EQ(NextByte(file), static_cast<uint8_t>(content[100]));
+
+  EXPECT_EQ(file.Seek(-1000, 0), FileStatus::kIoError);
+  EXPECT_EQ(file.Seek(INT64_MIN, 1), FileStatus::kIoError);
+  EXPECT_EQ(NextByte(file), static_cast<uint8_t>(content[101]));  // a failed seek moves nothing
+
+  ASSERT_EQ(file.Seek(0, 0), FileStatus::kSuccess);
+  EXPECT_TRUE(ReadRest(file, 777) == content);
+}
+
+TEST(InputFileRead, DeliversBytesAppendedAfterEndOfFile) {
+  TempFolder folder;
+  const std::string path = folder.Write("growing", "first\n");
+  InputFile file(path, O_RDONLY);
+  ASSERT_EQ(file.Open(), FileStatus::kSuccess);
+  EXPECT_EQ(ReadRest(file, 1), "first\n");
+  folder.Write("growing", "second\n", "ab");
+  EXPECT_EQ(ReadRest(file, 1), "second\n");
+}
+
+}  // namespace
+}  // namespace Quillan

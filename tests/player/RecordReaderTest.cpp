@@ -1,0 +1,221 @@
+// RecordReader: line ends, field splitting, time conversion, read errors and
+// rewinding, over memory and over a real file.
+
+#include "player/RecordReader.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+#include <vector>
+
+#include "player/InputFile.h"
+
+namespace Quillan {
+namespace {
+
+// Serves bytes from memory; fails with kIoError once `failAt` bytes were
+// delivered.
+class MemoryReader : public ByteReader {
+ public:
+  explicit MemoryReader(std::string bytes, size_t failAt = std::string::npos)
+      : m_bytes(std::move(bytes)), m_failAt(failAt) {}
+  using ByteReader::Read;
+  FileStatus Read(void* buffer, uint32_t length, uint32_t* count) override {
+    *count = 0;
+    if (m_pos == m_failAt) return FileStatus::kIoError;
+    if (m_pos == m_bytes.size() || length == 0) return FileStatus::kEndOfFile;
+    static_cast<char*>(buffer)[0] = m_bytes[m_pos++];
+    *count = 1;
+    return FileStatus::kSuccess;
+  }
+  void Rewind() { m_pos = 0; }
+
+ private:
+  std::string m_bytes;
+  size_t m_failAt;
+  size_t m_pos = 0;
+};
+
+struct Result {
+  ReadStatus status;
+  double time;
+  std::string tag;
+  std::string payload;
+};
+
+// Every ReadRecord result up to and including the first end of input (or
+// read error).
+std::vector<Result> ReadAll(ByteReader& reader) {
+  RecordReader records(reader);
+  std::vector<Result> results;
+  for (int guard = 0; guard < 100000; ++guard) {
+    Record record;
+    record.tag = "stale";
+    const ReadStatus status = records.ReadRecord(record);
+    results.push_back({status, record.time, record.tag, record.payload});
+    if (status == ReadStatus::kEndOfInput || status == ReadStatus::kReadError) break;
+  }
+  return results;
+}
+
+std::vector<Result> ReadAll(const std::string& bytes) {
+  MemoryReader reader(bytes);
+  return ReadAll(reader);
+}
+
+Result ReadOne(const std::string& line) { return ReadAll(line).front(); }
+
+TEST(RecordReaderLines, LineEndsGiveTheSameRecords) {
+  const std::vector<std::string> files = {
+      "1 $A a\n2.5 $B\n3 $C c c\n",        // LF
+      "1 $A a\r\n2.5 $B\r\n3 $C c c\r\n",  // CR LF
+      "1 $A a\r2.5 $B\r3 $C c c\r",        // CR
+      "1 $A a\r\n2.5 $B\r3 $C c c",        // mixed, last line without an end
+  };
+  for (const std::string& file : files) {
+    SCOPED_TRACE(file);
+    const std::vector<Result> results = ReadAll(file);
+    ASSERT_EQ(results.size(), 4u);
+    EXPECT_EQ(results[0].status, ReadStatus::kRecord);
+    EXPECT_EQ(results[0].time, 1.0);
+    EXPECT_EQ(results[0].payload, "a");
+    EXPECT_EQ(results[1].time, 2.5);
+    EXPECT_EQ(results[1].tag, "$B");
+    EXPECT_EQ(results[1].payload, "");
+    EXPECT_EQ(results[2].status, ReadStatus::kRecord);
+    EXPECT_EQ(results[2].payload, "c c");
+    EXPECT_EQ(results[3].status, ReadStatus::kEndOfInput);
+    EXPECT_EQ(results[3].tag, "");  // emptied even without a record
+  }
+}
+
+TEST(RecordReaderLines, EmptyInputEmptyLinesAndCrCr) {
+  EXPECT_EQ(ReadOne("").status, ReadStatus::kEndOfInput);
+  for (const char* twoEnds : {"1 $A\n\n2 $B\n", "1 $A\r\n\r\n2 $B\r\n"}) {
+    const std::vector<Result> results = ReadAll(twoEnds);
+    ASSERT_EQ(results.size(), 4u);
+    EXPECT_EQ(results[1].status, ReadStatus::kMalformedLine);
+    EXPECT_EQ(results[2].tag, "$B");
+  }
+  // The second CR of CR CR starts the next line; its time text begins with it.
+  const std::vector<Result> results = ReadAll("1 $A\r\r2 $B x\n");
+  ASSERT_EQ(results.size(), 3u);
+  EXPECT_EQ(results[1].status, ReadStatus::kRecord);
+  EXPECT_EQ(results[1].time, 2.0);
+  EXPECT_EQ(results[1].payload, "x");
+  // A CR right before the end of input ends the line.
+  EXPECT_EQ(ReadAll("1 $A\r").size(), 2u);
+}
+
+TEST(RecordReaderLines, EndOfInputRepeatsUntilRewound) {
+  MemoryReader reader("7 $A\n");
+  RecordReader records(reader);
+  Record record;
+  EXPECT_EQ(records.ReadRecord(record), ReadStatus::kRecord);
+  EXPECT_EQ(records.ReadRecord(record), ReadStatus::kEndOfInput);
+  EXPECT_EQ(records.ReadRecord(record), ReadStatus::kEndOfInput);
+  reader.Rewind();
+  records.Reset();
+  EXPECT_EQ(records.ReadRecord(record), ReadStatus::kRecord);
+  EXPECT_EQ(record.time, 7.0);
+}
+
+TEST(RecordReaderLines, ResetDropsThePushedBackByte) {
+  MemoryReader reader("1 $A\r2 $B\r");
+  RecordReader records(reader);
+  Record record;
+  ASSERT_EQ(records.ReadRecord(record), ReadStatus::kRecord);  // holds back "2"
+  reader.Rewind();
+  records.Reset();
+  ASSERT_EQ(records.ReadRecord(record), ReadStatus::kRecord);
+  EXPECT_EQ(record.time, 1.0);  // not "21"
+  EXPECT_EQ(record.tag, "$A");
+}
+
+TEST(RecordReaderLines, ReadErrorsEndWithoutARecord) {
+  MemoryReader midLine("1 $A\n2 $B", 7);
+  const std::vector<Result> results = ReadAll(midLine);
+  ASSERT_EQ(results.size(), 2u);
+  EXPECT_EQ(results[0].status, ReadStatus::kRecord);
+  EXPECT_EQ(results[1].status, ReadStatus::kReadError);
+  MemoryReader afterCr("1 $A\r2", 5);
+  EXPECT_EQ(ReadAll(afterCr).front().status, ReadStatus::kReadError);
+}
+
+TEST(RecordReaderFields, SplittingAtBlanks) {
+  struct Case {
+    std::string line;
+    ReadStatus status;
+    double time;
+    std::string tag;
+    std::string payload;
+  };
+  const ReadStatus ok = ReadStatus::kRecord;
+  const ReadStatus bad = ReadStatus::kMalformedLine;
+  const std::vector<Case> cases = {
+      {"1416131460.25 $TMC timeStamp=1416131460 LTN=1", ok, 1416131460.25, "$TMC",
+       "timeStamp=1416131460 LTN=1"},
+      {"1416131461,5 $TSL serviceType=1", ok, 1416131461.5, "$TSL", "serviceType=1"},
+      {"1416131470 $TMC", ok, 1416131470, "$TMC", ""},
+      {"1416131470 $TMC ", ok, 1416131470, "$TMC", ""},
+      {"5 $T  two", ok, 5, "$T", " two"},
+      {"abc $T p", ok, 0, "$T", "p"},
+      {"1.2.3 $T", ok, 0, "$T", ""},
+      {"1e3 $T", ok, 1000, "$T", ""},
+      {"1\t$T x", ok, 0, "x", ""},  // a tab does not separate
+      {std::string("9 $T pay\0load", 13), ok, 9, "$T", "pay"},
+      {"5  $T", bad, 5, "", ""},  // the time is converted before the tag is checked
+      {" 5 $T", bad, 0, "", ""},
+      {"5", bad, 0, "", ""},
+      {"5 ", bad, 5, "", ""},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.line);
+    const Result result = ReadOne(c.line + "\n");
+    EXPECT_EQ(result.status, c.status);
+    EXPECT_EQ(result.time, c.time);
+    EXPECT_EQ(result.tag, c.tag);
+    EXPECT_EQ(result.payload, c.payload);
+  }
+}
+
+TEST(RecordReaderFields, LongLinesAreNotCut) {
+  const std::string payload(3 * 1024 * 1024, 'p');
+  const std::vector<Result> results = ReadAll("1 $A " + payload + "\n2 $B\n");
+  ASSERT_EQ(results.size(), 3u);
+  EXPECT_EQ(results[0].payload.size(), payload.size());
+  EXPECT_EQ(results[1].tag, "$B");
+}
+
+TEST(RecordReaderFile, ReadsAFileLargerThanTheReadBuffer) {
+  char folder[] = "/tmp/pelorin-records-XXXXXX";
+  ASSERT_NE(mkdtemp(folder), nullptr);
+  const std::string path = std::string(folder) + "/events";
+  std::string content;
+  for (int i = 0; i < 5000; ++i) {
+    content +=
+        std::to_string(1416131460 + i) + (i % 2 ? " $TMC LTN=1 SID=34\r\n" : " $TSL sd_SID=34\n");
+  }
+  FILE* out = std::fopen(path.c_str(), "wb");
+  std::fwrite(content.data(), 1, content.size(), out);
+  std::fclose(out);
+
+  InputFile file(path, O_RDONLY);
+  ASSERT_EQ(file.Open(), FileStatus::kSuccess);
+  const std::vector<Result> results = ReadAll(file);
+  std::remove(path.c_str());
+  rmdir(folder);
+  ASSERT_EQ(results.size(), 5001u);
+  for (int i = 0; i < 5000; ++i) {
+    ASSERT_EQ(results[i].status, ReadStatus::kRecord) << i;
+    ASSERT_EQ(results[i].time, 1416131460.0 + i) << i;
+    ASSERT_EQ(results[i].tag, i % 2 ? "$TMC" : "$TSL") << i;
+  }
+}
+
+}  // namespace
+}  // namespace Quillan
