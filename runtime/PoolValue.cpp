@@ -15,7 +15,29 @@ void ExposeBytes(const std::vector<uint8_t>& buffer, const uint8_t** bytes, uint
 
 }  // namespace
 
-PoolValue::PoolValue(uint32_t type) : m_type(type) { m_value.integer = 0; }
+// Sets the member of the entry's type, so that the whole word is defined.
+PoolValue::PoolValue(uint32_t type) : m_type(type) {
+  switch (type) {
+    case kText:
+      m_value.text = nullptr;
+      break;
+    case kIntegerList:
+      m_value.integers = nullptr;
+      break;
+    case kTextList:
+      m_value.texts = nullptr;
+      break;
+    case kBuffer:
+      m_value.buffer = nullptr;
+      break;
+    case kBufferList:
+      m_value.buffers = nullptr;
+      break;
+    default:
+      m_value.integer = 0;
+      break;
+  }
+}
 
 PoolValue::PoolValue(uint32_t type, int32_t initial) : PoolValue(type) {
   if (type == kInteger) {
@@ -28,8 +50,8 @@ PoolValue::PoolValue(uint32_t type, int32_t initial) : PoolValue(type) {
 PoolValue PoolValue::Empty(uint32_t type) { return PoolValue(type); }
 
 PoolValue::PoolValue(PoolValue&& other) noexcept : m_value(other.m_value), m_type(other.m_type) {
-  other.m_value.integer = 0;
   other.m_type = kInteger;
+  other.m_value.integer = 0;
 }
 
 PoolValue::~PoolValue() { Free(); }
@@ -54,7 +76,6 @@ void PoolValue::Free() {
     default:
       break;
   }
-  m_value.integer = 0;
 }
 
 bool PoolValue::GetInt(int32_t* value) const {
