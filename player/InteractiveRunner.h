@@ -1,0 +1,64 @@
+#pragma once
+// InteractiveRunner: playback under the HMI's control. Records are replayed
+// at their recorded spacing divided by a speed that may change at any time;
+// playback can be stopped and started again, and replays from the start
+// after the player rewinds the input. It reports a playback clock: a tick
+// every 2.0 s of wall-clock time at the current record time, and the time
+// stamp of each record when it is read ahead (next event).
+//
+// Threads: steps run on the work loop's thread under m_lock; Start, Stop and
+// SetSpeed come from host threads. Start and SetSpeed take m_lock and so wait
+// for a running step; Stop takes only m_stopLock (order: m_lock, then
+// m_stopLock) and takes effect when the next step begins. Owns its
+// read-ahead record.
+//
+// One playback rule: Start after Stop always begins a new step chain at once
+// and retires the old chain's queued step (cancelled, and dropped by its
+// outdated generation should it run anyway), so two chains never play.
+
+#include <memory>
+
+#include "player/Record.h"
+#include "player/Runner.h"
+#include "runtime/Mutex.h"
+
+namespace Quillan {
+
+class InteractiveRunner : public Runner {
+ public:
+  // Without autostart the runner waits, stopped, for Start.
+  explicit InteractiveRunner(bool autostart);
+  ~InteractiveRunner() override;
+
+  void Execute() override;
+  // Back to "stopped, clock not started"; the speed is kept.
+  void Reset() override;
+
+  // Resumes a stopped runner where playback stood; no effect while running.
+  void Start();
+  // Pauses playback from the next step on; never waits for a step.
+  void Stop();
+  // 0 or less means 1.0. Keeps the wall-clock length of the part of the
+  // tick interval that lies beyond the pending record.
+  void SetSpeed(double speed);
+
+ private:
+  bool IsStopped();
+  void SetStopped(bool stopped);
+  // The record time at which this step stands: the earlier of the next tick
+  // and the pending record.
+  double CurrentTime() const;
+  // Reads the next record ahead; false (after NotifyFinished) at the end.
+  bool ReadAhead();
+  void ScheduleNextStep(double now);
+
+  double m_speed = 1.0;
+  const double m_tickInterval = 2.0;
+  double m_nextTick = 0.0;
+  double m_nextEvent = 0.0;
+  bool m_stopped;
+  Mutex m_stopLock;
+  std::unique_ptr<Record> m_pending;
+};
+
+}  // namespace Quillan

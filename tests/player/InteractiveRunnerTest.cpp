@@ -1,0 +1,269 @@
+// InteractiveRunner: the order of ticks, next events and dispatches with the
+// delays it posts, speed changes, stop and start, the end of the input, and
+// the rule that only one chain of steps ever plays.
+
+#include "player/InteractiveRunner.h"
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "tests/player/PlaybackRig.h"
+#include "tests/support/TestTime.h"
+#include "tests/support/TraceCapture.h"
+
+namespace Quillan {
+namespace {
+
+using pelorin_test::PlaybackRig;
+using Strings = std::vector<std::string>;
+
+const char kThreeRecords[] = "10 $TMC a\n11 $TMC b\n15 $TMC c\n";
+
+std::unique_ptr<InteractiveRunner> MakeRunner(bool autostart, double speed = 1.0) {
+  auto runner = std::make_unique<InteractiveRunner>(autostart);
+  runner->SetSpeed(speed);
+  return runner;
+}
+
+struct WorkedExample {
+  const char* name;
+  double speed;
+  bool realLoop;
+  Strings log;
+  std::vector<uint32_t> delays;
+};
+
+class InteractiveRunnerExampleTest : public ::testing::TestWithParam<WorkedExample> {};
+
+TEST_P(InteractiveRunnerExampleTest, TicksNextEventsAndDispatchesComeInOrderWithTheirDelays) {
+  const WorkedExample& example = GetParam();
+  PlaybackRig<InteractiveRunner> rig(kThreeRecords, MakeRunner(true, example.speed),
+                                     example.realLoop);
+  rig.Run();
+  if (example.realLoop) {
+    ASSERT_TRUE(rig.probe().WaitForFinishes(1, pelorin_test::ScaledMs(5000)));
+  } else {
+    rig.loop().RunAll();
+  }
+  EXPECT_EQ(rig.probe().Log(), example.log);
+  EXPECT_EQ(rig.loop().Delays(), example.delays);
+  const auto posts = rig.loop().Posts();
+  ASSERT_FALSE(posts.empty());
+  EXPECT_FALSE(posts[0].delayed);  // the first step comes from RunOn's Post
+  for (const auto& post : posts) EXPECT_EQ(post.priority, 16u);
+  EXPECT_EQ(rig.loop().Held(), 0u);
+}
+
+const Strings kLogAtSpeed1 = {"next 10",          "tick 10", "record 10 $TMC a", "next 11",
+                              "record 11 $TMC b", "next 15", "tick 12",          "tick 14",
+                              "record 15 $TMC c", "finished"};
+const Strings kLogAtSpeed2 = {"next 10", "tick 10",          "record 10 $TMC a",
+                              "next 11", "record 11 $TMC b", "next 15",
+                              "tick 14", "record 15 $TMC c", "finished"};
+
+INSTANTIATE_TEST_SUITE_P(
+    SpeedsAndLoops, InteractiveRunnerExampleTest,
+    ::testing::Values(
+        WorkedExample{"Speed1", 1.0, false, kLogAtSpeed1, {0, 1000, 1000, 2000, 1000}},
+        WorkedExample{"Speed1_Real", 1.0, true, kLogAtSpeed1, {0, 1000, 1000, 2000, 1000}},
+        WorkedExample{"Speed2", 2.0, false, kLogAtSpeed2, {0, 500, 1500, 500}},
+        WorkedExample{"Speed2_Real", 2.0, true, kLogAtSpeed2, {0, 500, 1500, 500}}),
+    [](const ::testing::TestParamInfo<WorkedExample>& info) { return info.param.name; });
+
+TEST(InteractiveRunnerTest, StepTraceShowsTheDelayInSeconds) {
+  pelorin_test::TraceCapture capture(2);
+  PlaybackRig<InteractiveRunner> rig(kThreeRecords, MakeRunner(true, 2.0), false);
+  rig.Run();
+  rig.loop().RunAll();
+  Strings delays;
+  for (const std::string& text : capture.Texts()) {
+    if (text.rfind("InteractiveRunner::Execute: delay", 0) == 0) delays.push_back(text);
+  }
+  const std::string prefix = "InteractiveRunner::Execute: delay to next event ";
+  EXPECT_EQ(delays, (Strings{prefix + "0", prefix + "0.5", prefix + "1.5", prefix + "0.5"}));
+  EXPECT_TRUE(capture.Contains("InteractiveRunner::InteractiveRunner, m_stopped=0"));
+}
+
+// After two steps over records at `first` and 20.0 the runner stands at 20.0
+// with the next tick at `first` + 2; then the speed doubles.
+struct Retiming {
+  const char* name;
+  const char* events;
+  Strings logAfterChange;
+  uint32_t delayAfterChange;
+};
+
+class InteractiveRunnerRetimingTest : public ::testing::TestWithParam<Retiming> {};
+
+TEST_P(InteractiveRunnerRetimingTest, SpeedChangeKeepsTheWallClockLengthBeyondThePendingRecord) {
+  PlaybackRig<InteractiveRunner> rig(GetParam().events, MakeRunner(true), false);
+  rig.Run();
+  rig.loop().RunNext();
+  rig.loop().RunNext();
+  rig.probe().Clear();
+  rig.runner().SetSpeed(2.0);
+  rig.loop().RunNext();  // the step queued before the change
+  rig.loop().RunNext();
+  EXPECT_EQ(rig.probe().Log(), GetParam().logAfterChange);
+  EXPECT_EQ(rig.loop().Delays().back(), GetParam().delayAfterChange);
+}
+
+INSTANTIATE_TEST_SUITE_P(TickBeyondOrBeforeRecord, InteractiveRunnerRetimingTest,
+                         ::testing::Values(
+                             // Next tick 21.0 lies beyond the record at 20.0: it moves to 22.0.
+                             Retiming{"TickBeyond",
+                                      "19 $TMC a\n20 $TMC b\n30 $TMC c\n",
+                                      {"record 20 $TMC b", "next 30", "tick 22"},
+                                      (26000 - 22000) / 2},
+                             // Next tick 19.0 comes before the record at 20.0: it stays.
+                             Retiming{"TickBefore",
+                                      "17 $TMC a\n20 $TMC b\n30 $TMC c\n",
+                                      {"tick 19", "record 20 $TMC b", "next 30"},
+                                      (23000 - 20000) / 2}),
+                         [](const ::testing::TestParamInfo<Retiming>& info) {
+                           return info.param.name;
+                         });
+
+TEST(InteractiveRunnerTest, NonPositiveSpeedMeansRecordedSpeed) {
+  pelorin_test::TraceCapture capture(2);
+  for (double speed : {0.0, -3.0}) {
+    PlaybackRig<InteractiveRunner> rig(kThreeRecords, MakeRunner(true, 4.0), false);
+    rig.runner().SetSpeed(speed);
+    rig.Run();
+    rig.loop().RunAll();
+    EXPECT_EQ(rig.loop().Delays(), (std::vector<uint32_t>{0, 1000, 1000, 2000, 1000}));
+  }
+  EXPECT_TRUE(capture.Contains("InteractiveRunner::SetSpeed: -3"));
+}
+
+TEST(InteractiveRunnerTest, WithoutAutostartNothingIsReadUntilStart) {
+  pelorin_test::TraceCapture capture(2);
+  PlaybackRig<InteractiveRunner> rig(kThreeRecords, MakeRunner(false), false);
+  EXPECT_TRUE(capture.Contains("InteractiveRunner::InteractiveRunner, m_stopped=1"));
+  rig.Run();
+  rig.loop().RunAll();
+  EXPECT_EQ(capture.Count("InteractiveRunner::Execute: stopping"), 1u);
+  EXPECT_TRUE(rig.probe().Log().empty());
+
+  rig.runner().Start();
+  rig.loop().RunAll();
+  EXPECT_EQ(rig.probe().Log(), kLogAtSpeed1);
+  EXPECT_EQ(rig.loop().Posts().size(), 7u);  // RunOn, Start and five steps
+}
+
+TEST(InteractiveRunnerTest, StartBeforeRunOnPostsNothingAndStaysStopped) {
+  pelorin_test::TraceCapture capture(2);
+  PlaybackRig<InteractiveRunner> rig(kThreeRecords, MakeRunner(false), false);
+  rig.runner().Start();
+  EXPECT_EQ(capture.Lines().back().text, "Loop is null!!! ");
+  EXPECT_EQ(capture.Lines().back().level, 4);
+  rig.Run();
+  rig.loop().RunAll();
+  EXPECT_EQ(capture.Count("InteractiveRunner::Execute: stopping"), 1u);
+  EXPECT_TRUE(rig.probe().Log().empty());
+}
+
+TEST(InteractiveRunnerTest, StopAndStartResumeWithTheDueTickAtOnce) {
+  pelorin_test::TraceCapture capture(2);
+  PlaybackRig<InteractiveRunner> rig(kThreeRecords, MakeRunner(true), false);
+  rig.Run();
+  for (int i = 0; i < 3; ++i) rig.loop().RunNext();  // up to the record at 11
+  rig.runner().Stop();
+  rig.runner().Stop();
+  rig.loop().RunAll();  // the queued step finds the runner stopped
+  EXPECT_EQ(capture.Count("InteractiveRunner::Execute: stopping"), 1u);
+  EXPECT_EQ(capture.Count("InteractiveRunner::Stop"), 2u);
+  rig.probe().Clear();
+
+  rig.runner().Start();
+  const auto resumed = rig.loop().Posts().back();
+  EXPECT_FALSE(resumed.delayed);
+  rig.runner().Start();  // already running: nothing more is posted
+  EXPECT_EQ(rig.loop().Posts().back().id, resumed.id);
+  rig.loop().RunAll();
+  EXPECT_EQ(rig.probe().Log(), (Strings{"tick 12", "tick 14", "record 15 $TMC c", "finished"}));
+  EXPECT_EQ(rig.loop().Delays().back(), 1000u);
+}
+
+// Start right after Stop, while the old chain's step is still queued: the
+// old step is retired and exactly one chain plays on. With `ignoreCancel`
+// the old step runs anyway, as when the loop had already taken it.
+class InteractiveRunnerOneChainTest : public ::testing::TestWithParam<bool> {};
+
+TEST_P(InteractiveRunnerOneChainTest, StartAfterStopNeverLeavesTwoChains) {
+  PlaybackRig<InteractiveRunner> rig(kThreeRecords, MakeRunner(true), false);
+  rig.loop().IgnoreCancel(GetParam());
+  rig.Run();
+  for (int i = 0; i < 3; ++i) rig.loop().RunNext();
+  for (int i = 0; i < 5; ++i) {
+    rig.runner().Stop();
+    rig.runner().Start();
+    EXPECT_EQ(rig.loop().LiveHeld(), 1u);
+  }
+  rig.probe().Clear();
+  rig.loop().RunAll();
+  EXPECT_EQ(rig.probe().Log(), (Strings{"tick 12", "tick 14", "record 15 $TMC c", "finished"}));
+}
+
+TEST_P(InteractiveRunnerOneChainTest, StartRightAfterRunDoesNotDoubleThePlayback) {
+  pelorin_test::TraceCapture capture(2);
+  PlaybackRig<InteractiveRunner> rig(kThreeRecords, MakeRunner(false), false);
+  rig.loop().IgnoreCancel(GetParam());
+  rig.Run();
+  rig.runner().Start();  // before RunOn's step has run
+  rig.loop().RunAll();
+  EXPECT_EQ(rig.probe().Log(), kLogAtSpeed1);
+  EXPECT_EQ(capture.Count("InteractiveRunner::Execute: stopping"), 0u);
+}
+
+INSTANTIATE_TEST_SUITE_P(CancelledOrTaken, InteractiveRunnerOneChainTest, ::testing::Bool(),
+                         [](const ::testing::TestParamInfo<bool>& info) {
+                           return info.param ? "StepTakenByTheLoop" : "StepCancelled";
+                         });
+
+TEST(InteractiveRunnerTest, RecordsWithoutAPositiveTimeAreNeverDispatched) {
+  PlaybackRig<InteractiveRunner> rig("0 $TMC z\n10 $TMC a\n-4 $TMC y\n13 $TMC b\n",
+                                     MakeRunner(true), false);
+  rig.Run();
+  rig.loop().RunAll();
+  // The clock starts at the first positive time and starts again after the
+  // record at -4.
+  EXPECT_EQ(rig.probe().Log(),
+            (Strings{"next 0", "next 10", "tick 10", "record 10 $TMC a", "next -4", "next 13",
+                     "tick 13", "record 13 $TMC b", "finished"}));
+}
+
+TEST(InteractiveRunnerTest, AfterTheEndOnlyARewindLetsStartReplay) {
+  PlaybackRig<InteractiveRunner> rig(kThreeRecords, MakeRunner(true, 2.0), false);
+  rig.Run();
+  rig.loop().RunAll();
+  ASSERT_TRUE(rig.runner().IsFinished());
+  const size_t posts = rig.loop().Posts().size();
+  rig.runner().Start();  // finished but not stopped
+  EXPECT_EQ(rig.loop().Posts().size(), posts);
+
+  rig.Rewind();  // as the player does: the reader set again resets the runner
+  EXPECT_FALSE(rig.runner().IsFinished());
+  rig.probe().Clear();
+  rig.runner().Start();
+  rig.loop().RunAll();
+  EXPECT_EQ(rig.probe().Log(), kLogAtSpeed2);  // the speed is kept
+}
+
+TEST(InteractiveRunnerTest, ARefusedStartLeavesTheRunnerStopped) {
+  PlaybackRig<InteractiveRunner> rig(kThreeRecords, MakeRunner(false), false);
+  rig.Run();
+  rig.loop().RunAll();
+  rig.loop().RefusePosts(true);
+  rig.runner().Start();  // the refused step is deleted (the sanitizer sees leaks)
+  rig.loop().RefusePosts(false);
+  rig.runner().Start();
+  rig.loop().RunAll();
+  EXPECT_EQ(rig.probe().Log(), kLogAtSpeed1);
+}
+
+}  // namespace
+}  // namespace Quillan

@@ -1,0 +1,59 @@
+#pragma once
+// PlaybackRig: one runner wired as the player wires it (probe as listener and
+// consumer, an in-memory events file as input) on a recording work loop:
+// either held steps the test runs one by one, or a real loop thread. Tear-
+// down follows the player's order: runner shut down, loop stopped and
+// deleted, then the runner.
+
+#include <memory>
+#include <string>
+
+#include "player/Runner.h"
+#include "runtime/WorkLoopInterface.h"
+#include "tests/support/MemoryInput.h"
+#include "tests/support/PlaybackProbe.h"
+#include "tests/support/RecordingWorkLoop.h"
+
+namespace pelorin_test {
+
+template <typename RunnerType>
+class PlaybackRig {
+ public:
+  PlaybackRig(const std::string& events, std::unique_ptr<RunnerType> runner, bool realLoop)
+      : m_input(events),
+        m_loop(realLoop ? new RecordingWorkLoop(Quillan::CreateWorkLoop(), 0)
+                        : new RecordingWorkLoop()),
+        m_runner(std::move(runner)) {
+    m_runner->AddListener(&m_probe);
+    m_runner->SetInput(m_input.Reader());
+    m_runner->SetConsumers({&m_probe});
+  }
+  ~PlaybackRig() {
+    m_runner->ShutDown();
+    m_loop->Stop(nullptr);
+    delete m_loop;
+    m_runner.reset();
+  }
+
+  // Binds the runner to the loop (first step posted) and starts the loop.
+  void Run() {
+    m_runner->RunOn(m_loop);
+    m_loop->Start();
+  }
+  void Rewind() {
+    m_input.Rewind();
+    m_runner->SetInput(m_input.Reader());
+  }
+
+  RunnerType& runner() { return *m_runner; }
+  RecordingWorkLoop& loop() { return *m_loop; }
+  PlaybackProbe& probe() { return m_probe; }
+
+ private:
+  MemoryInput m_input;
+  PlaybackProbe m_probe;
+  RecordingWorkLoop* m_loop;
+  std::unique_ptr<RunnerType> m_runner;
+};
+
+}  // namespace pelorin_test

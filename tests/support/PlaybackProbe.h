@@ -1,0 +1,59 @@
+#pragma once
+// PlaybackProbe: a record consumer and runner listener for tests. It writes
+// everything a runner tells it into one ordered log ("next 10", "tick 12",
+// "record 11 $TMC a=1", "finished") and lets a test wait, with a deadline,
+// for a number of records or end reports. Thread-safe: the runner calls it
+// on the loop thread while the test reads it.
+
+#include <chrono>
+#include <condition_variable>
+#include <cstdint>
+#include <functional>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include "player/RunnerListener.h"
+#include "producers/RecordConsumer.h"
+
+namespace pelorin_test {
+
+class PlaybackProbe : public Quillan::RecordConsumer, public Quillan::RunnerListener {
+ public:
+  int OnRecord(uint32_t time, const std::string& tag, const std::string& payload) override;
+  void OnFinished(Quillan::Runner* runner) override;
+  void OnTick(Quillan::Runner* runner, double time) override;
+  void OnNextEvent(Quillan::Runner* runner, double time) override;
+
+  std::vector<std::string> Log() const;
+  // Only the "record ..." entries' payloads, in order.
+  std::vector<std::string> Payloads() const;
+  size_t Records() const;
+  size_t Finishes() const;
+  // Wait until at least `count` records (end reports) have come; false when
+  // `timeoutMs` passed first.
+  bool WaitForRecords(size_t count, uint32_t timeoutMs) const;
+  bool WaitForFinishes(size_t count, uint32_t timeoutMs) const;
+  void Clear();
+
+  // Called on the loop thread after each record is logged (its number,
+  // from 1), outside the probe's lock.
+  void SetOnRecord(std::function<void(size_t)> hook) { m_hook = std::move(hook); }
+
+ private:
+  void Append(std::string entry, bool isRecord, bool isFinish);
+  bool WaitFor(const size_t& counter, size_t count, uint32_t timeoutMs) const;
+
+  mutable std::mutex m_lock;
+  mutable std::condition_variable m_changed;
+  std::vector<std::string> m_log;
+  std::vector<std::string> m_payloads;
+  size_t m_records = 0;
+  size_t m_finishes = 0;
+  std::function<void(size_t)> m_hook;
+};
+
+// "10" for 10.0, "10.5" for 10.5: the shortest form, as in the log.
+std::string TimeText(double time);
+
+}  // namespace pelorin_test
