@@ -1,0 +1,229 @@
+#include "JsonWriter.h"
+
+namespace PelorinHost {
+namespace {
+
+const char kHexDigits[] = "0123456789abcdef";
+
+void AppendByteEscape(std::string& out, unsigned char byte) {
+  char escape[6] = {'\\', 'u', '0', '0', kHexDigits[byte >> 4], kHexDigits[byte & 0x0f]};
+  out.append(escape, sizeof(escape));
+}
+
+// Length of the valid UTF-8 sequence that starts at `data[0]`, or 0 when
+// the bytes there are not valid UTF-8 (overlong forms, surrogates and code
+// points above U+10FFFF included).
+size_t ValidSequenceLength(const unsigned char* data, size_t size) {
+  const unsigned char lead = data[0];
+  size_t length = 0;
+  unsigned char low = 0x80;
+  unsigned char high = 0xbf;
+  if (lead >= 0xc2 && lead <= 0xdf) {
+    length = 2;
+  } else if (lead >= 0xe0 && lead <= 0xef) {
+    length = 3;
+    if (lead == 0xe0) low = 0xa0;
+    if (lead == 0xed) high = 0x9f;
+  } else if (lead >= 0xf0 && lead <= 0xf4) {
+    length = 4;
+    if (lead == 0xf0) low = 0x90;
+    if (lead == 0xf4) high = 0x8f;
+  } else {
+    return 0;
+  }
+  if (size < length) return 0;
+  if (data[1] < low || data[1] > high) return 0;
+  for (size_t i = 2; i < length; ++i) {
+    if (data[i] < 0x80 || data[i] > 0xbf) return 0;
+  }
+  return length;
+}
+
+// True for bytes that go into a JSON string unchanged.
+inline bool IsPlain(unsigned char byte) {
+  return byte >= 0x20 && byte < 0x80 && byte != '"' && byte != '\\';
+}
+
+}  // namespace
+
+void JsonWriter::AppendEscaped(std::string& out, const char* data, size_t size) {
+  const auto* bytes = reinterpret_cast<const unsigned char*>(data);
+  size_t i = 0;
+  while (i < size) {
+    size_t run = i;
+    while (run < size && IsPlain(bytes[run])) ++run;
+    if (run > i) {
+      out.append(data + i, run - i);
+      i = run;
+      if (i == size) break;
+    }
+    const unsigned char byte = bytes[i];
+    if (byte >= 0x80) {
+      const size_t length = ValidSequenceLength(bytes + i, size - i);
+      if (length == 0) {
+        AppendByteEscape(out, byte);
+        ++i;
+      } else {
+        out.append(data + i, length);
+        i += length;
+      }
+      continue;
+    }
+    switch (byte) {
+      case '"':
+        out += "\\\"";
+        break;
+      case '\\':
+        out += "\\\\";
+        break;
+      case '\n':
+        out += "\\n";
+        break;
+      case '\r':
+        out += "\\r";
+        break;
+      case '\t':
+        out += "\\t";
+        break;
+      case '\b':
+        out += "\\b";
+        break;
+      case '\f':
+        out += "\\f";
+        break;
+      default:
+        AppendByteEscape(out, byte);
+        break;
+    }
+    ++i;
+  }
+}
+
+void JsonWriter::AppendUnsigned(std::string& out, uint64_t value) {
+  char digits[20];
+  int count = 0;
+  do {
+    digits[count++] = static_cast<char>('0' + value % 10);
+    value /= 10;
+  } while (value != 0);
+  while (count > 0) out += digits[--count];
+}
+
+void JsonWriter::AppendSigned(std::string& out, int64_t value) {
+  if (value < 0) {
+    out += '-';
+    AppendUnsigned(out, 0 - static_cast<uint64_t>(value));
+  } else {
+    AppendUnsigned(out, static_cast<uint64_t>(value));
+  }
+}
+
+void JsonWriter::AppendMilliseconds(std::string& out, uint64_t micros) {
+  AppendUnsigned(out, micros / 1000);
+  uint32_t fraction = static_cast<uint32_t>(micros % 1000);
+  if (fraction == 0) return;
+  char digits[4] = {'.', static_cast<char>('0' + fraction / 100),
+                    static_cast<char>('0' + fraction / 10 % 10),
+                    static_cast<char>('0' + fraction % 10)};
+  size_t length = 4;
+  while (digits[length - 1] == '0') --length;
+  out.append(digits, length);
+}
+
+void JsonWriter::Clear() {
+  m_text.clear();
+  m_depth = 0;
+  m_afterKey = false;
+  m_first[0] = true;
+}
+
+void JsonWriter::BeforeValue() {
+  if (m_afterKey) {
+    m_afterKey = false;
+    return;
+  }
+  if (m_depth > 0) {
+    if (!m_first[m_depth]) m_text += ',';
+    m_first[m_depth] = false;
+  }
+}
+
+void JsonWriter::BeginObject() {
+  BeforeValue();
+  m_text += '{';
+  if (m_depth + 1 < kMaxDepth) ++m_depth;
+  m_first[m_depth] = true;
+}
+
+void JsonWriter::EndObject() {
+  m_text += '}';
+  if (m_depth > 0) --m_depth;
+}
+
+void JsonWriter::BeginArray() {
+  BeforeValue();
+  m_text += '[';
+  if (m_depth + 1 < kMaxDepth) ++m_depth;
+  m_first[m_depth] = true;
+}
+
+void JsonWriter::EndArray() {
+  m_text += ']';
+  if (m_depth > 0) --m_depth;
+}
+
+void JsonWriter::Key(const char* key) {
+  if (!m_first[m_depth]) m_text += ',';
+  m_first[m_depth] = false;
+  m_text += '"';
+  m_text += key;  // keys are the host's own ASCII names
+  m_text += "\":";
+  m_afterKey = true;
+}
+
+void JsonWriter::String(const char* data, size_t size) {
+  BeforeValue();
+  m_text += '"';
+  AppendEscaped(m_text, data, size);
+  m_text += '"';
+}
+
+void JsonWriter::Int(int64_t value) {
+  BeforeValue();
+  AppendSigned(m_text, value);
+}
+
+void JsonWriter::Uint(uint64_t value) {
+  BeforeValue();
+  AppendUnsigned(m_text, value);
+}
+
+void JsonWriter::Null() {
+  BeforeValue();
+  m_text += "null";
+}
+
+void JsonWriter::Milliseconds(uint64_t micros) {
+  BeforeValue();
+  AppendMilliseconds(m_text, micros);
+}
+
+void JsonWriter::HexString(const uint8_t* bytes, size_t size) {
+  BeforeValue();
+  m_text += '"';
+  for (size_t i = 0; i < size; ++i) {
+    const char pair[2] = {kHexDigits[bytes[i] >> 4], kHexDigits[bytes[i] & 0x0f]};
+    m_text.append(pair, 2);
+  }
+  m_text += '"';
+}
+
+void JsonWriter::IdString(uint32_t id) {
+  BeforeValue();
+  char text[12] = {'"', '0', 'x'};
+  for (int i = 0; i < 8; ++i) text[3 + i] = kHexDigits[(id >> (28 - 4 * i)) & 0x0f];
+  text[11] = '"';
+  m_text.append(text, sizeof(text));
+}
+
+}  // namespace PelorinHost

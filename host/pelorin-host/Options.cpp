@@ -1,0 +1,325 @@
+#include "Options.h"
+
+#include <cerrno>
+#include <cmath>
+#include <cstdlib>
+#include <cstring>
+
+namespace PelorinHost {
+namespace {
+
+bool ParseDouble(const std::string& text, double* value) {
+  if (text.empty()) return false;
+  errno = 0;
+  char* end = nullptr;
+  const double parsed = std::strtod(text.c_str(), &end);
+  if (errno != 0 || end == text.c_str() || *end != '\0' || !std::isfinite(parsed)) return false;
+  *value = parsed;
+  return true;
+}
+
+bool ParseInt(const std::string& text, long min, long max, long* value) {
+  if (text.empty()) return false;
+  errno = 0;
+  char* end = nullptr;
+  const long parsed = std::strtol(text.c_str(), &end, 10);
+  if (errno != 0 || end == text.c_str() || *end != '\0' || parsed < min || parsed > max) {
+    return false;
+  }
+  *value = parsed;
+  return true;
+}
+
+// Walks argv, handing out option names and their values ("--x v" or "--x=v").
+class ArgumentCursor {
+ public:
+  ArgumentCursor(int argc, const char* const* argv) : m_argc(argc), m_argv(argv) {}
+
+  bool Done() const { return m_index >= m_argc; }
+  std::string Next() {
+    std::string arg = m_argv[m_index++];
+    m_inlineValue.clear();
+    m_hasInline = false;
+    if (arg.size() > 2 && arg.compare(0, 2, "--") == 0) {
+      const size_t equals = arg.find('=');
+      if (equals != std::string::npos) {
+        m_inlineValue = arg.substr(equals + 1);
+        m_hasInline = true;
+        arg.resize(equals);
+      }
+    }
+    return arg;
+  }
+  bool HasInlineValue() const { return m_hasInline; }
+  bool TakeValue(std::string* value) {
+    if (m_hasInline) {
+      *value = m_inlineValue;
+      m_hasInline = false;
+      return true;
+    }
+    if (Done()) return false;
+    *value = m_argv[m_index++];
+    return true;
+  }
+
+ private:
+  int m_argc;
+  const char* const* m_argv;
+  int m_index = 1;
+  std::string m_inlineValue;
+  bool m_hasInline = false;
+};
+
+enum class Kind { kFlag, kValue };
+
+struct OptionSpec {
+  const char* name;
+  Kind kind;
+};
+
+const OptionSpec kOptions[] = {
+    {"--batched", Kind::kFlag},      {"--realtime", Kind::kValue}, {"--interactive", Kind::kFlag},
+    {"--speed", Kind::kValue},       {"--autostart", Kind::kFlag}, {"--paused", Kind::kFlag},
+    {"--tpegs-dir", Kind::kValue},   {"--control", Kind::kFlag},   {"--tpeg-latency", Kind::kValue},
+    {"--tpeg-offline", Kind::kFlag}, {"--json", Kind::kFlag},      {"--trace", Kind::kValue},
+    {"--timeout", Kind::kValue},     {"--module", Kind::kValue},   {"--root", Kind::kValue},
+    {"--help", Kind::kFlag},         {"--version", Kind::kFlag},
+};
+
+const OptionSpec* FindOption(const std::string& name) {
+  for (const OptionSpec& spec : kOptions) {
+    if (name == spec.name) return &spec;
+  }
+  return nullptr;
+}
+
+bool SetRunner(Options* options, RunnerChoice runner, const std::string& name, std::string* error) {
+  if (options->runnerGiven && options->runner != runner) {
+    *error = name + " conflicts with an earlier choice of --batched, --realtime or --interactive";
+    return false;
+  }
+  options->runner = runner;
+  options->runnerGiven = true;
+  return true;
+}
+
+bool ApplyValue(Options* options, const std::string& name, const std::string& value,
+                std::string* error) {
+  double number = 0.0;
+  long integer = 0;
+  if (name == "--realtime") {
+    if (!ParseDouble(value, &number) || number <= 0.0) {
+      *error = "--realtime needs a speed factor greater than 0, not '" + value + "'";
+      return false;
+    }
+    options->realtimeSpeed = number;
+    return SetRunner(options, RunnerChoice::kRealtime, name, error);
+  }
+  if (name == "--speed") {
+    if (!ParseDouble(value, &number) || number <= 0.0) {
+      *error = "--speed needs a factor greater than 0, not '" + value + "'";
+      return false;
+    }
+    options->speed = number;
+  } else if (name == "--tpegs-dir") {
+    if (value.empty()) {
+      *error = "--tpegs-dir needs a folder";
+      return false;
+    }
+    options->tpegsDir = value;
+  } else if (name == "--tpeg-latency") {
+    if (!ParseInt(value, 0, 600000, &integer)) {
+      *error = "--tpeg-latency needs milliseconds from 0 to 600000, not '" + value + "'";
+      return false;
+    }
+    options->tpegLatencyMs = static_cast<uint32_t>(integer);
+  } else if (name == "--trace") {
+    if (!ParseInt(value, 0, 4, &integer)) {
+      *error = "--trace needs a level from 0 to 4, not '" + value + "'";
+      return false;
+    }
+    options->traceLevel = static_cast<int>(integer);
+  } else if (name == "--timeout") {
+    if (!ParseDouble(value, &number) || number <= 0.0 || number > 1.0e6) {
+      *error = "--timeout needs seconds greater than 0, not '" + value + "'";
+      return false;
+    }
+    options->timeoutSeconds = number;
+  } else if (name == "--module") {
+    options->modulePath = value;
+  } else if (name == "--root") {
+    options->rootDir = value;
+  }
+  return true;
+}
+
+bool ApplyFlag(Options* options, const std::string& name, std::string* error) {
+  if (name == "--batched") return SetRunner(options, RunnerChoice::kBatched, name, error);
+  if (name == "--interactive") return SetRunner(options, RunnerChoice::kInteractive, name, error);
+  if (name == "--autostart") options->autostart = true;
+  if (name == "--paused") options->paused = true;
+  if (name == "--control") options->control = true;
+  if (name == "--tpeg-offline") options->tpegOffline = true;
+  if (name == "--json") options->json = true;
+  if (name == "--help") options->help = true;
+  if (name == "--version") options->version = true;
+  return true;
+}
+
+// Combinations that cannot mean anything.
+bool CheckCombinations(const Options& options, std::string* error) {
+  const bool interactive = options.runner == RunnerChoice::kInteractive;
+  if (!interactive && options.speed > 0.0) {
+    *error = "--speed applies to interactive playback; use --realtime SPEED instead";
+    return false;
+  }
+  if (!interactive && options.autostart) {
+    *error = "--autostart applies to interactive playback only";
+    return false;
+  }
+  if (!interactive && options.paused) {
+    *error = "--paused applies to interactive playback only";
+    return false;
+  }
+  if (!options.rootDir.empty() && !options.eventsFile.empty()) {
+    *error = "--root and an events file cannot be given together";
+    return false;
+  }
+  if (!options.rootDir.empty() && options.SetsConfiguration()) {
+    *error = "--root plays DIR/quillan/Pelorin.cfg as it stands; playback options cannot be added";
+    return false;
+  }
+  return true;
+}
+
+}  // namespace
+
+bool Options::SetsConfiguration() const {
+  return runnerGiven || speed > 0.0 || autostart || !tpegsDir.empty();
+}
+
+bool ParseOptions(int argc, const char* const* argv, Options* options, std::string* error) {
+  ArgumentCursor cursor(argc, argv);
+  bool onlyPositional = false;
+  while (!cursor.Done()) {
+    const std::string arg = cursor.Next();
+    const bool looksLikeOption = !onlyPositional && arg.size() > 1 && arg[0] == '-';
+    if (!onlyPositional && arg == "--") {
+      onlyPositional = true;
+      continue;
+    }
+    if (!looksLikeOption) {
+      if (!options->eventsFile.empty()) {
+        *error = "only one events file can be played, got '" + options->eventsFile + "' and '" +
+                 arg + "'";
+        return false;
+      }
+      if (arg.empty()) {
+        *error = "the events file name is empty";
+        return false;
+      }
+      options->eventsFile = arg;
+      continue;
+    }
+    const OptionSpec* spec = FindOption(arg);
+    if (spec == nullptr) {
+      *error = "unknown option " + arg + " (see --help)";
+      return false;
+    }
+    if (spec->kind == Kind::kFlag) {
+      if (cursor.HasInlineValue()) {
+        *error = arg + " takes no value";
+        return false;
+      }
+      if (!ApplyFlag(options, arg, error)) return false;
+      continue;
+    }
+    std::string value;
+    if (!cursor.TakeValue(&value)) {
+      *error = arg + " needs a value (see --help)";
+      return false;
+    }
+    if (!ApplyValue(options, arg, value, error)) return false;
+  }
+  if (options->help || options->version) return true;
+  return CheckCombinations(*options, error);
+}
+
+std::string HelpText() {
+  return R"(Usage: pelorin-host [OPTIONS] [EVENTS]
+       pelorin-host [OPTIONS] --root DIR
+
+pelorin-host plays the head unit's part for the Pelorin module: it loads
+libpelorin.so as the head unit does, serves its storage (/fs/sda0), its
+events, data pool, traffic-data listeners and online traffic (TPEG)
+service, and shows everything that leaves the module.
+
+  EVENTS            play this events file, at any path. The host writes a
+                    private quillan/Pelorin.cfg for it from the options below
+                    and removes it at exit.
+  --root DIR        use DIR as /fs/sda0: DIR/quillan/Pelorin.cfg decides how
+                    to play (by default DIR/quillan/events). Nothing is
+                    written into DIR.
+  (neither)         play the bundled example recording.
+
+Playback (written into the private Pelorin.cfg):
+  --interactive     under HMI control (the default); the host raises the
+                    start event right after Run
+  --batched         all records at once
+  --realtime SPEED  at the recorded spacing divided by SPEED (1 = recorded)
+  --speed FACTOR    start speed of interactive playback (1 = recorded)
+  --autostart       interactive playback starts without a start event
+  --paused          do not raise the start event (start with --control)
+  --tpegs-dir DIR   folder of the TPEG files that "setNewData" names
+                    (default: the folder of EVENTS)
+
+The head unit:
+  --control         steer playback from standard input, one command a line:
+                      start | stop | speed PERCENT | quit
+                    On a terminal also single keys: space starts and stops,
+                    up/right doubles the speed, down/left halves it.
+                    The host then ends at "quit" or at the end of its input,
+                    not at the end of playback; "start" after the end plays
+                    the file again.
+  --tpeg-latency MS the online traffic service answers after MS
+                    milliseconds (default 10)
+  --tpeg-offline    the online traffic service reports itself ready but
+                    never answers a call, so playback blocks (its warnings
+                    show with --trace 3)
+  --timeout SECONDS shut down cleanly after SECONDS and exit with status 3
+  --module PATH     load this module instead of the one installed or built
+                    beside pelorin-host
+
+Output (standard output):
+  --json            JSON Lines: one object per item, with "t" (milliseconds
+                    since the host started) and "type" (tmc, serviceList,
+                    onlineTraffic, dataPool, event, trace, finished)
+  --trace LEVEL     also show the module's trace messages of LEVEL and above
+                    (2 progress, 3 warnings, 4 failures)
+  --help            this text
+  --version         the version
+
+On a terminal, real-time and interactive playback keep a status line on
+standard error: record time (UTC), records played and speed.
+
+Exit status: 0 played to the end (or quit), 2 unusable input (bad options,
+module not loadable, events file not readable), 3 --timeout reached,
+130 interrupted.
+
+Examples:
+  pelorin-host
+      play the bundled example
+  pelorin-host --batched --json recording.txt > out.jsonl
+      play a recording all at once and keep everything it produced
+  pelorin-host --realtime 4 --trace 3 recording.txt
+      play four times faster than recorded, with warnings
+  pelorin-host --control --paused --speed 2 recording.txt
+      wait for "start" on standard input, then play at twice the speed
+  pelorin-host --root /media/usb/sda0 --timeout 60
+      play a head unit's storage folder as it would, for at most a minute
+  pelorin-host --tpeg-offline --trace 3 --timeout 20 recording.txt
+      watch playback block on an online traffic service that never answers
+)";
+}
+
+}  // namespace PelorinHost

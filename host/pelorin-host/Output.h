@@ -1,0 +1,52 @@
+#pragma once
+// Output: the host's standard output (items) and its status line on standard
+// error. Every item is written as one whole line under one lock, so lines
+// from the module's threads and the host's threads never interleave.
+// When standard output is not a terminal, lines collect in a buffer that is
+// written when full and by Flush, which the main thread calls a few times a
+// second; on a terminal every line is written at once. A status line shown
+// on a terminal is erased before an item line goes out and redrawn by the
+// next ShowStatus. Thread-safe; owns neither descriptor.
+
+#include <cstddef>
+#include <mutex>
+#include <string>
+
+namespace PelorinHost {
+
+class Output {
+ public:
+  Output(int itemFd, int statusFd);
+  ~Output();
+  Output(const Output&) = delete;
+  Output& operator=(const Output&) = delete;
+
+  // Writes `line` and a line feed.
+  void WriteLine(const char* line, size_t size);
+  void WriteLine(const std::string& line) { WriteLine(line.data(), line.size()); }
+  void Flush();
+
+  // Replaces the status line on the status descriptor (a terminal).
+  void ShowStatus(const std::string& status);
+  void ClearStatus();
+
+  // False once an item line has erased the status line.
+  bool StatusShown();
+  bool ItemsToTerminal() const { return m_itemsToTerminal; }
+
+ private:
+  static constexpr size_t kBufferSize = 64 * 1024;
+
+  void FlushLocked();
+  void EraseStatusLocked();
+  static void WriteAll(int fd, const char* data, size_t size);
+
+  std::mutex m_lock;
+  int m_itemFd;
+  int m_statusFd;
+  bool m_itemsToTerminal;
+  bool m_statusShown = false;
+  std::string m_buffer;
+};
+
+}  // namespace PelorinHost

@@ -1,0 +1,363 @@
+#include "Reporter.h"
+
+#include "HostClock.h"
+#include "JsonWriter.h"
+#include "Output.h"
+
+namespace PelorinHost {
+namespace {
+
+constexpr uint32_t kTickValueId = 0x4d000000;
+
+// One formatting buffer per thread: no allocation per item once warm.
+JsonWriter& ThreadWriter() {
+  thread_local JsonWriter writer;
+  writer.Clear();
+  return writer;
+}
+
+std::string& ThreadLine() {
+  thread_local std::string line;
+  line.clear();
+  return line;
+}
+
+void BeginItem(JsonWriter& json, const char* type) {
+  json.BeginObject();
+  json.Key("t");
+  json.Milliseconds(HostClock::Micros());
+  json.Key("type");
+  json.String(type, std::char_traits<char>::length(type));
+}
+
+// Readable lines start with the time in seconds and the item type.
+void BeginReadable(std::string& line, const char* type) {
+  const uint64_t micros = HostClock::Micros();
+  std::string seconds;
+  JsonWriter::AppendUnsigned(seconds, micros / 1000000u);
+  if (seconds.size() < 6) line.append(6 - seconds.size(), ' ');
+  line += seconds;
+  line += '.';
+  const uint32_t millis = static_cast<uint32_t>(micros / 1000u % 1000u);
+  line += static_cast<char>('0' + millis / 100);
+  line += static_cast<char>('0' + millis / 10 % 10);
+  line += static_cast<char>('0' + millis % 10);
+  line += "  ";
+  line += type;
+}
+
+void AppendField(std::string& line, const char* name, uint64_t value) {
+  line += ' ';
+  line += name;
+  line += '=';
+  JsonWriter::AppendUnsigned(line, value);
+}
+
+void AppendQuoted(std::string& line, const std::string& text) {
+  line += '"';
+  JsonWriter::AppendEscaped(line, text.data(), text.size());
+  line += '"';
+}
+
+void AppendTextField(std::string& line, const char* name, const std::shared_ptr<CIString>& text) {
+  line += ' ';
+  line += name;
+  line += '=';
+  if (text) {
+    AppendQuoted(line, text->utf8());
+  } else {
+    line += '-';
+  }
+}
+
+void JsonText(JsonWriter& json, const char* key, const std::shared_ptr<CIString>& text) {
+  json.Key(key);
+  if (text) {
+    json.String(text->utf8());
+  } else {
+    json.Null();
+  }
+}
+
+void JsonEntry(JsonWriter& json, const asi::navigation::trafficinfo::sTIServiceListEntry& entry) {
+  static const asi::navigation::trafficinfo::sTIServiceDescription kNoDescription;
+  static const asi::navigation::trafficinfo::sTIServiceIdentifiers kNoIdentifiers;
+  const auto& d = entry.serviceDescription ? *entry.serviceDescription : kNoDescription;
+  const auto& i = entry.serviceIdentifiers ? *entry.serviceIdentifiers : kNoIdentifiers;
+  json.BeginObject();
+  json.Key("serviceType");
+  json.Uint(entry.serviceType);
+  json.Key("sd_SID");
+  json.Uint(d.sd_SID);
+  json.Key("sd_MGS");
+  json.Uint(d.sd_MGS);
+  json.Key("sd_LTCC");
+  json.Uint(d.sd_LTCC);
+  json.Key("sd_LTN");
+  json.Uint(d.sd_LTN);
+  json.Key("sd_PID");
+  json.Uint(d.sd_PID);
+  json.Key("sd_ST");
+  json.Uint(d.sd_ST);
+  JsonText(json, "sd_SPN", d.sd_SPN);
+  JsonText(json, "sd_sendername", d.sd_sendername);
+  json.Key("sd_Q");
+  json.Uint(d.sd_Q);
+  json.Key("SID_A");
+  json.Uint(i.SID_A);
+  json.Key("SID_B");
+  json.Uint(i.SID_B);
+  json.Key("SID_C");
+  json.Uint(i.SID_C);
+  json.Key("SS_ID");
+  json.Int(i.SS_ID);
+  json.Key("monitorState");
+  json.Uint(entry.monitorState);
+  json.EndObject();
+}
+
+void ReadableEntry(std::string& line,
+                   const asi::navigation::trafficinfo::sTIServiceListEntry& entry) {
+  static const asi::navigation::trafficinfo::sTIServiceDescription kNoDescription;
+  static const asi::navigation::trafficinfo::sTIServiceIdentifiers kNoIdentifiers;
+  const auto& d = entry.serviceDescription ? *entry.serviceDescription : kNoDescription;
+  const auto& i = entry.serviceIdentifiers ? *entry.serviceIdentifiers : kNoIdentifiers;
+  line += " {type=";
+  JsonWriter::AppendUnsigned(line, entry.serviceType);
+  AppendField(line, "sid", d.sd_SID);
+  AppendField(line, "mgs", d.sd_MGS);
+  AppendField(line, "ltcc", d.sd_LTCC);
+  AppendField(line, "ltn", d.sd_LTN);
+  AppendField(line, "pid", d.sd_PID);
+  AppendField(line, "st", d.sd_ST);
+  AppendTextField(line, "spn", d.sd_SPN);
+  AppendTextField(line, "sender", d.sd_sendername);
+  AppendField(line, "q", d.sd_Q);
+  AppendField(line, "sidA", i.SID_A);
+  AppendField(line, "sidB", i.SID_B);
+  AppendField(line, "sidC", i.SID_C);
+  line += " ssid=";
+  JsonWriter::AppendSigned(line, i.SS_ID);
+  AppendField(line, "monitor", entry.monitorState);
+  line += '}';
+}
+
+void AppendHex(std::string& line, uint32_t id) {
+  static const char kDigits[] = "0123456789abcdef";
+  line += "0x";
+  for (int shift = 28; shift >= 0; shift -= 4) line += kDigits[(id >> shift) & 0x0f];
+}
+
+}  // namespace
+
+void Reporter::Emit(const std::string& line) { m_output.WriteLine(line); }
+
+int64_t Reporter::RecordTime() const {
+  const int32_t tick = m_tickTime.load(std::memory_order_relaxed);
+  if (tick > 0) return tick;
+  return m_tmcTime.load(std::memory_order_relaxed);
+}
+
+void Reporter::Tmc(const Quillan::TmcMessageData& message) {
+  m_records.fetch_add(1, std::memory_order_relaxed);
+  if (message.timeStamp != 0) m_tmcTime.store(message.timeStamp, std::memory_order_relaxed);
+  const CIUInt8Array* data = message.tmcData.get();
+  if (m_json) {
+    JsonWriter& json = ThreadWriter();
+    BeginItem(json, "tmc");
+    json.Key("timeStamp");
+    json.Uint(message.timeStamp);
+    json.Key("ltn");
+    json.Uint(message.ltn);
+    json.Key("sid");
+    json.Uint(message.sid);
+    json.Key("pid");
+    json.Uint(message.pid);
+    json.Key("tmcData");
+    if (data != nullptr) {
+      json.HexString(data->data(), data->size());
+    } else {
+      json.Null();
+    }
+    json.EndObject();
+    Emit(json.Text());
+    return;
+  }
+  std::string& line = ThreadLine();
+  BeginReadable(line, "tmc");
+  AppendField(line, "timeStamp", message.timeStamp);
+  AppendField(line, "ltn", message.ltn);
+  AppendField(line, "sid", message.sid);
+  AppendField(line, "pid", message.pid);
+  line += " data=";
+  if (data == nullptr) {
+    line += '-';
+  } else {
+    static const char kDigits[] = "0123456789abcdef";
+    for (uint32_t i = 0; i < data->size(); ++i) {
+      if (i > 0) line += ':';
+      line += kDigits[data->at(i) >> 4];
+      line += kDigits[data->at(i) & 0x0f];
+    }
+  }
+  Emit(line);
+}
+
+void Reporter::ServiceList(const Quillan::ServiceListEntries* entries) {
+  m_records.fetch_add(1, std::memory_order_relaxed);
+  static const Quillan::ServiceListEntries kEmpty;
+  const Quillan::ServiceListEntries& list = entries ? *entries : kEmpty;
+  if (m_json) {
+    JsonWriter& json = ThreadWriter();
+    BeginItem(json, "serviceList");
+    json.Key("entries");
+    json.BeginArray();
+    for (const auto& entry : list) {
+      if (entry) {
+        JsonEntry(json, *entry);
+      } else {
+        json.Null();
+      }
+    }
+    json.EndArray();
+    json.EndObject();
+    Emit(json.Text());
+    return;
+  }
+  std::string& line = ThreadLine();
+  BeginReadable(line, "serviceList");
+  line += ' ';
+  JsonWriter::AppendUnsigned(line, list.size());
+  line += list.size() == 1 ? " entry" : " entries";
+  for (const auto& entry : list) {
+    if (entry) ReadableEntry(line, *entry);
+  }
+  Emit(line);
+}
+
+void Reporter::OnlineTrafficCall(const char* call, const std::vector<CallArgument>& args) {
+  m_records.fetch_add(1, std::memory_order_relaxed);
+  if (m_json) {
+    JsonWriter& json = ThreadWriter();
+    BeginItem(json, "onlineTraffic");
+    json.Key("call");
+    json.String(call, std::char_traits<char>::length(call));
+    json.Key("args");
+    json.BeginArray();
+    for (const CallArgument& arg : args) {
+      if (arg.isText) {
+        json.String(arg.text);
+      } else {
+        json.Int(arg.number);
+      }
+    }
+    json.EndArray();
+    json.EndObject();
+    Emit(json.Text());
+    return;
+  }
+  std::string& line = ThreadLine();
+  BeginReadable(line, "onlineTraffic");
+  line += ' ';
+  line += call;
+  line += '(';
+  for (size_t i = 0; i < args.size(); ++i) {
+    if (i > 0) line += ", ";
+    if (args[i].isText) {
+      AppendQuoted(line, args[i].text);
+    } else {
+      JsonWriter::AppendSigned(line, args[i].number);
+    }
+  }
+  line += ')';
+  Emit(line);
+}
+
+void Reporter::DataPoolValue(uint32_t id, bool known, int32_t value) {
+  if (known && id == kTickValueId) m_tickTime.store(value, std::memory_order_relaxed);
+  if (m_json) {
+    JsonWriter& json = ThreadWriter();
+    BeginItem(json, "dataPool");
+    json.Key("id");
+    json.IdString(id);
+    json.Key("value");
+    if (known) {
+      json.Int(value);
+    } else {
+      json.Null();
+    }
+    json.EndObject();
+    Emit(json.Text());
+    return;
+  }
+  std::string& line = ThreadLine();
+  BeginReadable(line, "dataPool");
+  line += ' ';
+  AppendHex(line, id);
+  line += " = ";
+  if (known) {
+    JsonWriter::AppendSigned(line, value);
+  } else {
+    line += '?';
+  }
+  Emit(line);
+}
+
+void Reporter::Event(uint32_t id) {
+  if (m_json) {
+    JsonWriter& json = ThreadWriter();
+    BeginItem(json, "event");
+    json.Key("id");
+    json.IdString(id);
+    json.EndObject();
+    Emit(json.Text());
+    return;
+  }
+  std::string& line = ThreadLine();
+  BeginReadable(line, "event");
+  line += ' ';
+  AppendHex(line, id);
+  Emit(line);
+}
+
+void Reporter::Trace(const char* channel, int level, const char* text) {
+  const size_t textSize = std::char_traits<char>::length(text);
+  if (m_json) {
+    JsonWriter& json = ThreadWriter();
+    BeginItem(json, "trace");
+    json.Key("channel");
+    json.String(channel, std::char_traits<char>::length(channel));
+    json.Key("level");
+    json.Int(level);
+    json.Key("text");
+    json.String(text, textSize);
+    json.EndObject();
+    Emit(json.Text());
+    return;
+  }
+  std::string& line = ThreadLine();
+  BeginReadable(line, "trace");
+  line += ' ';
+  line += channel;
+  line += '/';
+  JsonWriter::AppendSigned(line, level);
+  line += ' ';
+  // Control bytes would upset a terminal: escape them as JSON does.
+  JsonWriter::AppendEscaped(line, text, textSize);
+  Emit(line);
+}
+
+void Reporter::Finished() {
+  if (m_json) {
+    JsonWriter& json = ThreadWriter();
+    BeginItem(json, "finished");
+    json.EndObject();
+    Emit(json.Text());
+    return;
+  }
+  std::string& line = ThreadLine();
+  BeginReadable(line, "finished");
+  Emit(line);
+}
+
+}  // namespace PelorinHost

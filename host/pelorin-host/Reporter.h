@@ -1,0 +1,66 @@
+#pragma once
+// Reporter: turns everything that leaves the module into output items, one
+// line each: readable text by default, JSON Lines with --json. Every item
+// starts with "t" (milliseconds since the host started) and "type".
+// It also keeps the figures of the status line (records played, the latest
+// record time known). Called from the module's work-loop thread, the online
+// traffic service's thread, the trace sink and the host's threads; each call
+// formats into a buffer of its own thread and writes one line through Output.
+
+#include <atomic>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "producers/ServiceList.h"
+#include "producers/TmcMessageData.h"
+
+namespace PelorinHost {
+
+class Output;
+
+// One argument of an online traffic service call.
+struct CallArgument {
+  bool isText = false;
+  int64_t number = 0;
+  std::string text;
+
+  static CallArgument Number(int64_t value) { return CallArgument{false, value, {}}; }
+  static CallArgument Text(std::string value) { return CallArgument{true, 0, std::move(value)}; }
+};
+
+class Reporter {
+ public:
+  Reporter(Output& output, bool json) : m_output(output), m_json(json) {}
+  Reporter(const Reporter&) = delete;
+  Reporter& operator=(const Reporter&) = delete;
+
+  void Tmc(const Quillan::TmcMessageData& message);
+  void ServiceList(const Quillan::ServiceListEntries* entries);
+  void OnlineTrafficCall(const char* call, const std::vector<CallArgument>& args);
+  // `known` false: the value could not be read back (written as null).
+  void DataPoolValue(uint32_t id, bool known, int32_t value);
+  void Event(uint32_t id);
+  void Trace(const char* channel, int level, const char* text);
+  void Finished();
+
+  // Items that carried traffic data: TMC messages, service lists and online
+  // traffic calls.
+  uint32_t RecordsPlayed() const { return m_records.load(std::memory_order_relaxed); }
+  // Latest record time (seconds since 1970) that the output told: the
+  // playback clock's tick when the module publishes it, else the last TMC
+  // message's time stamp; 0 when none is known yet.
+  int64_t RecordTime() const;
+
+ private:
+  void Emit(const std::string& line);
+
+  Output& m_output;
+  const bool m_json;
+  // 32-bit atomics: lock-free on the 32-bit ARM head unit too.
+  std::atomic<uint32_t> m_records{0};
+  std::atomic<int32_t> m_tickTime{0};
+  std::atomic<uint32_t> m_tmcTime{0};
+};
+
+}  // namespace PelorinHost

@@ -1,0 +1,135 @@
+#include "SimulatedOnlineTraffic.h"
+
+#include "CIString.h"
+#include "OnlineTrafficReply.h"
+#include "Reporter.h"
+
+namespace PelorinHost {
+namespace {
+
+// The service value reported on attach; any non-zero value tells the module
+// that online traffic data is available.
+constexpr uint32_t kServiceValue = 1;
+
+}  // namespace
+
+SimulatedOnlineTraffic::SimulatedOnlineTraffic(Reporter& reporter, uint32_t latencyMs, bool offline)
+    : m_reporter(reporter), m_latency(latencyMs), m_offline(offline) {}
+
+SimulatedOnlineTraffic::~SimulatedOnlineTraffic() { Drain(); }
+
+void SimulatedOnlineTraffic::Attach(OnlineTrafficReply* reply) {
+  if (reply == nullptr || m_reply != nullptr) return;
+  m_reply = reply;
+  m_thread = std::thread(&SimulatedOnlineTraffic::AnswerLoop, this);
+  reply->SetService(this);
+  reply->OnServiceStatus(0);
+  reply->OnServiceValue(kServiceValue);
+  reply->OnConnected();
+}
+
+void SimulatedOnlineTraffic::Drain() {
+  {
+    std::lock_guard<std::mutex> guard(m_lock);
+    if (m_draining) return;
+    m_draining = true;
+  }
+  m_wake.notify_all();
+  if (m_thread.joinable()) m_thread.join();
+}
+
+void SimulatedOnlineTraffic::Deliver(Answer answer) {
+  switch (answer) {
+    case Answer::kInventory:
+      m_reply->OnInventoryAnswer();
+      break;
+    case Answer::kNewData:
+      m_reply->OnNewDataAnswer();
+      break;
+    case Answer::kSetNewDataDone:
+      m_reply->OnSetNewDataDone();
+      break;
+  }
+}
+
+void SimulatedOnlineTraffic::Owe(Answer answer) {
+  {
+    std::lock_guard<std::mutex> guard(m_lock);
+    if (!m_draining) {
+      m_owed.push_back(Owed{answer, Clock::now() + m_latency, m_offline});
+      m_wake.notify_all();
+      return;
+    }
+  }
+  if (m_reply != nullptr) Deliver(answer);
+}
+
+// Delivers each answer when it is due, outside the lock so that the module
+// may call the service again from inside its reply. When draining, delivers
+// everything still owed at once and ends.
+void SimulatedOnlineTraffic::AnswerLoop() {
+  std::unique_lock<std::mutex> lock(m_lock);
+  for (;;) {
+    if (m_owed.empty()) {
+      if (m_draining) return;
+      m_wake.wait(lock);
+      continue;
+    }
+    const Owed next = m_owed.front();
+    if (!m_draining) {
+      if (next.never) {
+        m_wake.wait(lock);
+        continue;
+      }
+      if (Clock::now() < next.due) {
+        m_wake.wait_until(lock, next.due);
+        continue;
+      }
+    }
+    m_owed.pop_front();
+    lock.unlock();
+    Deliver(next.answer);
+    lock.lock();
+  }
+}
+
+int SimulatedOnlineTraffic::setOnlineTrafficDataStatus(int32_t status) {
+  m_reporter.OnlineTrafficCall("setOnlineTrafficDataStatus", {CallArgument::Number(status)});
+  return 0;
+}
+
+int SimulatedOnlineTraffic::getInventory() {
+  m_reporter.OnlineTrafficCall("getInventory", {});
+  Owe(Answer::kInventory);
+  return 0;
+}
+
+int SimulatedOnlineTraffic::getNewData() {
+  m_reporter.OnlineTrafficCall("getNewData", {});
+  Owe(Answer::kNewData);
+  return 0;
+}
+
+int SimulatedOnlineTraffic::setNewData(std::shared_ptr<CIString> path) {
+  m_reporter.OnlineTrafficCall("setNewData",
+                               {CallArgument::Text(path ? path->utf8() : std::string())});
+  Owe(Answer::kSetNewDataDone);
+  return 0;
+}
+
+int SimulatedOnlineTraffic::setNewSession() {
+  m_reporter.OnlineTrafficCall("setNewSession", {});
+  return 0;
+}
+
+int SimulatedOnlineTraffic::setTimeoutForFallback(int64_t timeout) {
+  m_reporter.OnlineTrafficCall("setTimeoutForFallback", {CallArgument::Number(timeout)});
+  return 0;
+}
+
+int SimulatedOnlineTraffic::dsiConnectionStateChanged(int32_t state) {
+  m_reporter.OnlineTrafficCall("dsiConnectionStateChanged", {CallArgument::Number(state)});
+  return 0;
+}
+
+}  // namespace PelorinHost

@@ -1,0 +1,44 @@
+#pragma once
+// StorageRoot: the folder that stands for the head unit's /fs/sda0 while the
+// host runs (served through Storage::SetStorageRoot, so the module opens its
+// fixed paths unchanged and no real /fs is touched).
+// - UseFolder: a folder of the user's, used as it is; nothing is written.
+// - MakePrivate: a fresh temporary folder (mkdtemp) holding
+//   quillan/Pelorin.cfg written from the playback settings; Remove (also the
+//   destructor) deletes exactly what was made.
+// Used on the main thread.
+
+#include <string>
+
+namespace PelorinHost {
+
+struct PlaybackSettings {
+  std::string eventsFile;  // absolute
+  std::string tpegsDir;    // absolute, without a trailing slash
+  bool interactive = true;
+  double playbackSpeed = 0.0;  // 0: not written
+  bool autostart = false;
+};
+
+class StorageRoot {
+ public:
+  StorageRoot() = default;
+  ~StorageRoot() { Remove(); }
+  StorageRoot(const StorageRoot&) = delete;
+  StorageRoot& operator=(const StorageRoot&) = delete;
+
+  bool UseFolder(const std::string& folder, std::string* error);
+  bool MakePrivate(const PlaybackSettings& settings, std::string* error);
+  void Remove();
+
+  const std::string& Path() const { return m_path; }
+
+  // The text of Pelorin.cfg for these settings.
+  static std::string ConfigText(const PlaybackSettings& settings);
+
+ private:
+  std::string m_path;
+  bool m_private = false;
+};
+
+}  // namespace PelorinHost
