@@ -33,6 +33,20 @@ class ReadWriteLock {
     uint16_t writes = 0;
   };
 
+  // The hold table, each access under m_holdsLock. HoldsOf reads (zeros for
+  // a thread without entry); the setters create the entry when absent.
+  Holds HoldsOf(pthread_t thread);
+  void SetReads(pthread_t thread, uint16_t reads);
+  void AddReads(pthread_t thread, int delta);
+  void AddWrites(pthread_t thread, int delta);
+  void EraseHolds(pthread_t thread);
+
+  // One bounded wait on `condition` under m_waitMutex; the caller re-checks.
+  void WaitOn(pthread_cond_t* condition, uint32_t ms);
+  void Broadcast(pthread_cond_t* condition);
+  // Whether `thread` is the write owner (callers hold m_stateLock).
+  bool IsOwner(pthread_t thread) const;
+
   pthread_cond_t* m_readersCond = nullptr;
   pthread_cond_t* m_writersCond = nullptr;
   int32_t m_waitingWriters = 0;
