@@ -1,0 +1,135 @@
+#include "host/pelorin-check/JsonReportWriter.h"
+
+#include "host/pelorin-check/ByteText.h"
+#include "host/pelorin-check/TimeText.h"
+
+namespace PelorinCheck {
+namespace {
+
+void AppendName(std::string& out, const char* name) {
+  out += ",\"";
+  out += name;
+  out += "\":";
+}
+
+void AppendString(std::string& out, const char* name, const std::string& bytes) {
+  AppendName(out, name);
+  ByteText::AppendJson(out, bytes);
+}
+
+void AppendCount(std::string& out, const char* name, uint64_t value) {
+  AppendName(out, name);
+  out += std::to_string(value);
+}
+
+void AppendNumber(std::string& out, const char* name, double value) {
+  AppendName(out, name);
+  out += TimeText::Number(value);
+}
+
+void AppendNull(std::string& out, const char* name) {
+  AppendName(out, name);
+  out += "null";
+}
+
+// A time stamp as seconds and as an ISO date-time (null when it is none).
+void AppendTime(std::string& out, const char* secondsName, const char* dateName, double time) {
+  AppendNumber(out, secondsName, time);
+  const std::string date = TimeText::DateTime(time, TimeText::Style::kIso);
+  if (date.empty()) {
+    AppendNull(out, dateName);
+  } else {
+    AppendString(out, dateName, date);
+  }
+}
+
+double Seconds(int64_t milliseconds) { return static_cast<double>(milliseconds) / 1000.0; }
+
+}  // namespace
+
+void JsonReportWriter::WriteDiagnostic(const Diagnostic& diagnostic) {
+  std::string out = "{\"type\":\"diagnostic\"";
+  AppendString(out, "file", diagnostic.file);
+  if (diagnostic.line != 0) {
+    AppendCount(out, "line", diagnostic.line);
+  } else {
+    AppendNull(out, "line");
+  }
+  AppendString(out, "severity", SeverityName(diagnostic.severity));
+  AppendString(out, "code", DiagnosticCode(diagnostic.kind));
+  AppendString(out, "message", diagnostic.message);
+  if (!diagnostic.tag.empty()) AppendString(out, "tag", diagnostic.tag);
+  if (!diagnostic.key.empty()) AppendString(out, "key", diagnostic.key);
+  if (diagnostic.hasOffset) AppendCount(out, "offset", diagnostic.offset);
+  out += "}\n";
+  m_out << out;
+}
+
+void JsonReportWriter::WriteSummary(const FileSummary& summary) {
+  std::string out = "{\"type\":\"summary\"";
+  AppendString(out, "file", summary.File());
+  AppendCount(out, "lines", summary.Lines());
+  AppendCount(out, "records", summary.PlayedRecords());
+  AppendTags(out, summary);
+  AppendTimes(out, summary);
+  AppendStop(out, summary);
+  AppendCount(out, "errors", summary.Errors());
+  AppendCount(out, "warnings", summary.Warnings());
+  out += "}\n";
+  m_out << out;
+}
+
+void JsonReportWriter::AppendTags(std::string& out, const FileSummary& summary) {
+  AppendName(out, "tags");
+  out += '[';
+  const char* separator = "";
+  for (const auto& entry : summary.Tags().Counts()) {
+    out += separator;
+    out += "{\"tag\":";
+    ByteText::AppendJson(out, entry.first);
+    out += ",\"records\":" + std::to_string(entry.second) + "}";
+    separator = ",";
+  }
+  out += ']';
+  AppendCount(out, "other_tag_records", summary.Tags().OtherRecords());
+}
+
+void JsonReportWriter::AppendTimes(std::string& out, const FileSummary& summary) {
+  if (summary.HasRecords()) {
+    AppendTime(out, "first_time", "first", summary.FirstTime());
+    AppendTime(out, "last_time", "last", summary.LastTime());
+    AppendNumber(out, "span_seconds", Seconds(summary.SpanMs()));
+  } else {
+    for (const char* name : {"first_time", "first", "last_time", "last", "span_seconds"}) {
+      AppendNull(out, name);
+    }
+  }
+  AppendNumber(out, "play_seconds",
+               Seconds(static_cast<int64_t>(summary.AtRecordedSpeed().TotalMs())));
+  if (summary.HasOtherSpeed()) {
+    AppendNumber(out, "speed", summary.AtOtherSpeed().Speed());
+    AppendNumber(out, "play_seconds_at_speed",
+                 Seconds(static_cast<int64_t>(summary.AtOtherSpeed().TotalMs())));
+  } else {
+    AppendNull(out, "speed");
+    AppendNull(out, "play_seconds_at_speed");
+  }
+}
+
+void JsonReportWriter::AppendStop(std::string& out, const FileSummary& summary) {
+  if (summary.StopLine() == 0) {
+    AppendNull(out, "stop_line");
+    AppendNull(out, "stop_reason");
+    AppendCount(out, "lines_never_played", 0);
+    return;
+  }
+  AppendCount(out, "stop_line", summary.StopLine());
+  AppendString(out, "stop_reason", summary.StopReason());
+  if (summary.LinesAfterStopKnown()) {
+    AppendCount(out, "lines_never_played", summary.LinesNeverPlayed());
+  } else {
+    AppendNull(out, "lines_never_played");
+  }
+}
+
+}  // namespace PelorinCheck

@@ -1,0 +1,71 @@
+#pragma once
+// LineTap: sits between an events file and the module's RecordReader and
+// watches the bytes that the reader takes, so that a report can say why the
+// reader rejected a line (the reader itself only says that it did), show a
+// time stamp as it was written, and give byte offsets. The reader still does
+// all the reading; the tap only observes and keeps a bounded head of the
+// current line.
+//
+// It follows the reader's line ends: a line ends at LF, CR LF or a lone CR;
+// after a lone CR the byte already read belongs to the next line, as data
+// even if it is a CR. Call BeginLine before every ReadRecord; Line() then
+// describes the line that ReadRecord took. Not owned by the reader; one
+// thread at a time.
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+
+#include "player/ByteReader.h"
+
+namespace PelorinCheck {
+
+// What the tap saw of one line (without its line end).
+struct LineShape {
+  static constexpr uint64_t kNoBlank = UINT64_MAX;
+  static constexpr size_t kHeadBytes = 1024;
+
+  uint64_t start = 0;   // file offset of the line's first byte
+  uint64_t length = 0;  // bytes in the line
+  std::string head;     // its first kHeadBytes bytes
+  uint64_t firstBlank = kNoBlank;
+  int afterBlank = -1;  // the byte after the first blank; -1 when the line ends there
+
+  // The time text (bytes before the first blank), when the head holds all of it.
+  bool TimeTextKnown() const { return firstBlank != kNoBlank && firstBlank <= head.size(); }
+  std::string TimeText() const { return head.substr(0, static_cast<size_t>(firstBlank)); }
+
+  // Why a line that the reader rejected is malformed, in words.
+  std::string MalformedReason() const;
+};
+
+class LineTap : public Quillan::ByteReader {
+ public:
+  explicit LineTap(Quillan::ByteReader& source) : m_source(source) {}
+
+  using ByteReader::Read;
+  Quillan::FileStatus Read(void* buffer, uint32_t length, uint32_t* count) override;
+
+  // Starts watching the next line; a byte held back after a lone CR becomes
+  // its first byte.
+  void BeginLine();
+  const LineShape& Line() const { return m_line; }
+  // Bytes delivered to the reader so far.
+  uint64_t Offset() const { return m_offset; }
+
+ private:
+  enum class Phase { kContent, kAfterCarriageReturn, kEnded };
+
+  void Observe(uint8_t byte);
+  void Append(uint8_t byte);
+
+  Quillan::ByteReader& m_source;
+  LineShape m_line;
+  Phase m_phase = Phase::kContent;
+  uint64_t m_offset = 0;
+  bool m_hasCarried = false;
+  uint8_t m_carried = 0;
+  uint64_t m_carriedOffset = 0;
+};
+
+}  // namespace PelorinCheck

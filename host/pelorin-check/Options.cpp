@@ -1,0 +1,151 @@
+#include "host/pelorin-check/Options.h"
+
+#include "runtime/NumberText.h"
+
+#ifndef PELORIN_VERSION_TEXT
+#define PELORIN_VERSION_TEXT "unknown"
+#endif
+
+namespace PelorinCheck {
+namespace {
+
+// Options that take a value.
+enum class Valued { kNone, kSpeed, kRoot, kConfig };
+
+Valued ValuedOption(const std::string& name) {
+  if (name == "--speed") return Valued::kSpeed;
+  if (name == "--root") return Valued::kRoot;
+  if (name == "--config") return Valued::kConfig;
+  return Valued::kNone;
+}
+
+bool SetFlag(const std::string& name, Options* options) {
+  if (name == "--strict") {
+    options->strict = true;
+  } else if (name == "--json") {
+    options->json = true;
+  } else if (name == "-h" || name == "--help") {
+    options->help = true;
+  } else if (name == "-V" || name == "--version") {
+    options->version = true;
+  } else {
+    return false;
+  }
+  return true;
+}
+
+bool SetValue(Valued option, const std::string& name, const std::string& value, Options* options,
+              std::string* error) {
+  if (value.empty()) {
+    *error = "option '" + name + "' needs a non-empty value";
+    return false;
+  }
+  switch (option) {
+    case Valued::kSpeed: {
+      // The factor reads as the module reads its own numbers: "1.5" or "1,5".
+      double speed = 0.0;
+      if (!Quillan::ParseDecimal(value, &speed) || !(speed > 0.0)) {
+        *error = "--speed needs a number greater than 0, not '" + value + "'";
+        return false;
+      }
+      options->speed = speed;
+      options->hasSpeed = true;
+      return true;
+    }
+    case Valued::kRoot:
+      options->root = value;
+      return true;
+    case Valued::kConfig:
+      options->configFile = value;
+      return true;
+    case Valued::kNone:
+      break;
+  }
+  return false;
+}
+
+}  // namespace
+
+bool Options::Parse(const std::vector<std::string>& arguments, Options* options,
+                    std::string* error) {
+  *options = Options();
+  bool optionsEnded = false;
+  for (size_t i = 0; i < arguments.size(); ++i) {
+    const std::string& argument = arguments[i];
+    if (optionsEnded || argument == "-" || argument.empty() || argument[0] != '-') {
+      options->files.push_back(argument);
+      continue;
+    }
+    if (argument == "--") {
+      optionsEnded = true;
+      continue;
+    }
+    if (SetFlag(argument, options)) continue;
+
+    const size_t equals = argument.find('=');
+    const std::string name = argument.substr(0, equals);
+    const Valued valued = ValuedOption(name);
+    if (valued == Valued::kNone) {
+      Options probe;
+      const bool isFlag = equals != std::string::npos && SetFlag(name, &probe);
+      *error = isFlag ? "option '" + name + "' takes no value" : "unknown option '" + name + "'";
+      return false;
+    }
+    std::string value;
+    if (equals != std::string::npos) {
+      value = argument.substr(equals + 1);
+    } else if (i + 1 < arguments.size()) {
+      value = arguments[++i];
+    } else {
+      *error = "option '" + name + "' needs a value";
+      return false;
+    }
+    if (!SetValue(valued, name, value, options, error)) return false;
+  }
+  if (options->files.empty() && !options->help && !options->version) {
+    *error = "no events file given";
+    return false;
+  }
+  return true;
+}
+
+std::string Options::HelpText() {
+  return "pelorin-check: tells what a Pelorin recording (events file) will do when it plays.\n"
+         "\n"
+         "Usage: pelorin-check [OPTIONS] EVENTS...\n"
+         "\n"
+         "Each EVENTS file is read with the module's own record reader and producers.\n"
+         "Problems are reported as FILE:LINE: SEVERITY: MESSAGE, followed by a summary\n"
+         "of each file. Errors are lines where playback would end; warnings are records\n"
+         "that would be dropped, do nothing, or play at an unexpected time. A lone '-'\n"
+         "reads standard input.\n"
+         "\n"
+         "Options:\n"
+         "      --strict         exit with status 1 when there are warnings\n"
+         "      --json           write JSON Lines: one object per diagnostic and per summary\n"
+         "      --speed FACTOR   also say how long each file plays at this speed (2 is\n"
+         "                       twice as fast as recorded)\n"
+         "      --root DIR       DIR stands for the head unit's /fs/sda0: read the TPEG\n"
+         "                       directory (\"tpegsDir\") from DIR/quillan/Pelorin.cfg and\n"
+         "                       check that every \"setNewData\" file exists there\n"
+         "      --config FILE    read \"tpegsDir\" from FILE instead (with --root, paths\n"
+         "                       under /fs/sda0 still map into DIR); without \"tpegsDir\"\n"
+         "                       the files are looked for beside the events file\n"
+         "  -h, --help           show this help\n"
+         "  -V, --version        show the version\n"
+         "\n"
+         "Exit status: 0 clean, 1 warnings with --strict, 2 errors or unusable arguments.\n"
+         "\n"
+         "Example:\n"
+         "  $ pelorin-check --speed 4 --root /media/usb rec/events\n"
+         "  rec/events:12: warning: unknown key \"ltn\" in the \"$TMC\" payload at byte 24; "
+         "the record is dropped\n"
+         "  rec/events:40: error: malformed line: empty tag (two blanks after the time "
+         "stamp); playback ends here\n"
+         "  rec/events: summary: 57 lines; 39 records play: $TMC 30, $TSL 2, $TOT 7\n"
+         "  ...\n";
+}
+
+std::string Options::VersionText() { return std::string("pelorin-check ") + PELORIN_VERSION_TEXT; }
+
+}  // namespace PelorinCheck

@@ -1,0 +1,215 @@
+#include "host/pelorin-check/RecordChecks.h"
+
+#include <cctype>
+#include <utility>
+
+#include "host/pelorin-check/ByteText.h"
+#include "host/pelorin-check/TimeText.h"
+#include "producers/OnlineTrafficProducer.h"
+#include "producers/PayloadProducer.h"
+#include "producers/ProducedMessage.h"
+#include "producers/TotCall.h"
+#include "runtime/NumberText.h"
+
+namespace PelorinCheck {
+namespace {
+
+const char kOnlineTrafficTag[] = "$TOT";
+const char kSetNewData[] = "setNewData";
+// The tags that playback knows, for the letter-case hint of an unknown tag.
+const std::vector<const char*> kKnownTags = {"$TMC", "$TSL", kOnlineTrafficTag};
+
+bool EqualsIgnoringCase(const std::string& a, const std::string& b) {
+  if (a.size() != b.size()) return false;
+  for (size_t i = 0; i < a.size(); ++i) {
+    if (std::tolower(static_cast<unsigned char>(a[i])) !=
+        std::tolower(static_cast<unsigned char>(b[i]))) {
+      return false;
+    }
+  }
+  return true;
+}
+
+// " (did you mean "X"?)" when `name` differs from a known name only in
+// letter case, else "".
+template <typename Names>
+std::string CaseHint(const std::string& name, const Names& known) {
+  for (const char* candidate : known) {
+    if (EqualsIgnoringCase(name, candidate)) {
+      return std::string(" (names are case-sensitive: did you mean ") +
+             ByteText::Quoted(candidate) + "?)";
+    }
+  }
+  return "";
+}
+
+std::vector<const char*> MethodNames() {
+  std::vector<const char*> names;
+  for (const Quillan::TotMethod& method : Quillan::OnlineTrafficProducer::Methods()) {
+    names.push_back(method.name);
+  }
+  return names;
+}
+
+// What went wrong in a key=value payload, in words.
+std::string PayloadFailureText(const Quillan::ParseError& error) {
+  const std::string key = ByteText::Quoted(error.key);
+  switch (error.kind) {
+    case Quillan::ParseFailure::kMissingEquals:
+      return "no \"=\" in the rest of the payload";
+    case Quillan::ParseFailure::kEmptyKey:
+      return "empty key before \"=\"";
+    case Quillan::ParseFailure::kQuoteAtEnd:
+      return "the payload ends right after the opening quote of " + key + "'s value";
+    case Quillan::ParseFailure::kEmptyValueAtEnd:
+      return "empty value of " + key + " at the end of the payload";
+    case Quillan::ParseFailure::kUnknownKey:
+      return "unknown key " + key;
+    case Quillan::ParseFailure::kFieldRejected:
+      return "value of " + key + " refused";
+    case Quillan::ParseFailure::kNone:
+      break;
+  }
+  return Quillan::PayloadProducer::FailureText(error.kind);
+}
+
+}  // namespace
+
+RecordChecks::RecordChecks(std::string file, std::string eventsPath, const TpegDirectory& tpegs)
+    : m_file(std::move(file)), m_eventsPath(std::move(eventsPath)), m_tpegs(tpegs) {}
+
+void RecordChecks::Check(uint64_t line, const Quillan::Record& record, const LineShape& shape,
+                         std::vector<Diagnostic>& out) {
+  // The payload begins after the time text, the blank, the tag and one more
+  // blank; columns count bytes from 1.
+  m_payloadColumn = shape.firstBlank + record.tag.size() + 3;
+  CheckTime(line, record.time, shape, out);
+  CheckTag(line, record, out);
+}
+
+Diagnostic RecordChecks::Make(uint64_t line, DiagnosticKind kind, std::string message) const {
+  Diagnostic diagnostic;
+  diagnostic.file = m_file;
+  diagnostic.line = line;
+  diagnostic.severity = Severity::kWarning;
+  diagnostic.kind = kind;
+  diagnostic.message = std::move(message);
+  return diagnostic;
+}
+
+void RecordChecks::CheckTime(uint64_t line, double time, const LineShape& shape,
+                             std::vector<Diagnostic>& out) {
+  if (time == 0.0) {
+    // The reader gives 0 both for a time text that does not convert and for
+    // one that reads as zero; the same conversion on the text tells which.
+    double value = 0.0;
+    const bool converts = shape.TimeTextKnown() && Quillan::ParseDecimal(shape.TimeText(), &value);
+    const std::string text =
+        ByteText::Quoted(shape.TimeTextKnown() ? shape.TimeText() : shape.head, 40);
+    out.push_back(converts ? Make(line, DiagnosticKind::kTimeNotPositive,
+                                  "time stamp " + text +
+                                      " is 0; the record plays as time 0 (the interactive "
+                                      "player skips it)")
+                           : Make(line, DiagnosticKind::kTimeNotConverted,
+                                  "time stamp " + text +
+                                      " does not convert; the record plays as time 0 (the "
+                                      "interactive player skips it)"));
+  } else if (time < 0.0) {
+    out.push_back(Make(line, DiagnosticKind::kTimeNotPositive,
+                       "time stamp " + TimeText::Number(time) +
+                           " is before 1970; the record plays as time 0 (the interactive "
+                           "player skips it)"));
+  } else if (m_hasPrevious && time < m_previousTime) {
+    out.push_back(Make(line, DiagnosticKind::kTimeBackwards,
+                       "time stamp " + TimeText::Number(time) + " is earlier than " +
+                           TimeText::Number(m_previousTime) + " on line " +
+                           std::to_string(m_previousLine) + "; the record plays without delay"));
+  }
+  m_hasPrevious = true;
+  m_previousTime = time;
+  m_previousLine = line;
+}
+
+void RecordChecks::CheckTag(uint64_t line, const Quillan::Record& record,
+                            std::vector<Diagnostic>& out) {
+  if (m_dispatcher.FindProducer(record.tag) != nullptr) {
+    CheckPayload(line, record, out);
+  } else if (record.tag == kOnlineTrafficTag) {
+    CheckOnlineCall(line, record, out);
+  } else {
+    Diagnostic diagnostic =
+        Make(line, DiagnosticKind::kUnknownTag,
+             "unknown tag " + ByteText::Quoted(record.tag, 40) + CaseHint(record.tag, kKnownTags) +
+                 "; no consumer takes the record");
+    diagnostic.tag = record.tag;
+    out.push_back(std::move(diagnostic));
+  }
+}
+
+void RecordChecks::CheckPayload(uint64_t line, const Quillan::Record& record,
+                                std::vector<Diagnostic>& out) {
+  // The producer that the dispatcher hands this tag's records to, so the
+  // verdict is playback's own.
+  Quillan::PayloadProducer* producer = m_dispatcher.FindProducer(record.tag);
+  Quillan::ParseError error;
+  if (producer->Parse(record.payload, &error) != nullptr) return;
+  Diagnostic diagnostic =
+      Make(line, DiagnosticKind::kPayloadRefused,
+           PayloadFailureText(error) + " in the " + ByteText::Quoted(record.tag) +
+               " payload at byte " + std::to_string(error.offset + 1) + " (column " +
+               std::to_string(m_payloadColumn + error.offset) + "); the record is dropped");
+  diagnostic.tag = record.tag;
+  diagnostic.key = error.key;
+  diagnostic.hasOffset = true;
+  diagnostic.offset = error.offset;
+  out.push_back(std::move(diagnostic));
+}
+
+void RecordChecks::CheckOnlineCall(uint64_t line, const Quillan::Record& record,
+                                   std::vector<Diagnostic>& out) {
+  Quillan::TotCall call;
+  const int status = Quillan::OnlineTrafficProducer::CheckPayload(record.payload, &call);
+  const std::string method = ByteText::Quoted(call.method, 40);
+  Diagnostic diagnostic;
+  switch (status) {
+    case Quillan::OnlineTrafficProducer::kEmptyMethod:
+      diagnostic = Make(line, DiagnosticKind::kEmptyMethod,
+                        "\"$TOT\" record without a method name; no call is replayed");
+      break;
+    case Quillan::OnlineTrafficProducer::kUnknownMethod:
+      diagnostic = Make(line, DiagnosticKind::kUnknownMethod,
+                        "unknown \"$TOT\" method " + method + CaseHint(call.method, MethodNames()) +
+                            "; no call is replayed");
+      break;
+    case Quillan::OnlineTrafficProducer::kWrongArgumentCount: {
+      const size_t expected =
+          Quillan::OnlineTrafficProducer::FindMethod(call.method)->argumentCount;
+      diagnostic = Make(line, DiagnosticKind::kArgumentCount,
+                        "\"$TOT\" method " + method + " takes " + std::to_string(expected) +
+                            (expected == 1 ? " argument" : " arguments") + " but has " +
+                            std::to_string(call.arguments.size()) + "; no call is replayed");
+      break;
+    }
+    default:
+      if (call.method == kSetNewData && m_tpegs.IsChecking()) {
+        CheckTpegFile(line, call.arguments[0], out);
+      }
+      return;
+  }
+  diagnostic.tag = record.tag;
+  out.push_back(std::move(diagnostic));
+}
+
+void RecordChecks::CheckTpegFile(uint64_t line, const std::string& fileName,
+                                 std::vector<Diagnostic>& out) {
+  const std::string local = m_tpegs.LocalPath(m_eventsPath, fileName);
+  if (TpegDirectory::FileExists(local)) return;
+  Diagnostic diagnostic =
+      Make(line, DiagnosticKind::kTpegFileMissing,
+           "\"setNewData\" file " + ByteText::Quoted(fileName) +
+               " is not in the TPEG directory (no file " + ByteText::Quoted(local, 200) + ")");
+  diagnostic.tag = kOnlineTrafficTag;
+  out.push_back(std::move(diagnostic));
+}
+
+}  // namespace PelorinCheck

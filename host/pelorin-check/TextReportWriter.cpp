@@ -1,0 +1,79 @@
+#include "host/pelorin-check/TextReportWriter.h"
+
+#include <string>
+
+#include "host/pelorin-check/TimeText.h"
+
+namespace PelorinCheck {
+namespace {
+
+std::string Plural(uint64_t count, const char* one, const char* many) {
+  return std::to_string(count) + " " + (count == 1 ? one : many);
+}
+
+std::string SpeedText(double speed) { return "at speed " + TimeText::Number(speed); }
+
+}  // namespace
+
+void TextReportWriter::WriteDiagnostic(const Diagnostic& diagnostic) {
+  m_out << diagnostic.file << ':';
+  if (diagnostic.line != 0) m_out << diagnostic.line << ':';
+  m_out << ' ' << SeverityName(diagnostic.severity) << ": " << diagnostic.message << '\n';
+}
+
+void TextReportWriter::WriteSummary(const FileSummary& summary) {
+  WriteRecordCounts(summary);
+  if (summary.HasRecords()) WriteTimes(summary);
+  if (summary.StopLine() != 0) WriteStop(summary);
+  m_out << summary.File() << ": summary: " << Plural(summary.Errors(), "error", "errors") << ", "
+        << Plural(summary.Warnings(), "warning", "warnings") << '\n';
+}
+
+void TextReportWriter::WriteRecordCounts(const FileSummary& summary) {
+  m_out << summary.File() << ": summary: " << Plural(summary.Lines(), "line", "lines") << "; ";
+  if (!summary.HasRecords()) {
+    m_out << "no record plays\n";
+    return;
+  }
+  m_out << Plural(summary.PlayedRecords(), "record plays", "records play") << ':';
+  const char* separator = " ";
+  for (const auto& entry : summary.Tags().Counts()) {
+    m_out << separator << entry.first << ' ' << entry.second;
+    separator = ", ";
+  }
+  if (summary.Tags().OtherRecords() > 0) {
+    m_out << separator << "other tags " << summary.Tags().OtherRecords();
+  }
+  m_out << '\n';
+}
+
+void TextReportWriter::WriteTimes(const FileSummary& summary) {
+  const auto dateTime = [](double time) {
+    const std::string text = TimeText::DateTime(time, TimeText::Style::kText);
+    return text.empty() ? "time " + TimeText::Number(time) : text;
+  };
+  m_out << summary.File() << ": summary: first " << dateTime(summary.FirstTime()) << ", last "
+        << dateTime(summary.LastTime()) << ", span " << TimeText::Duration(summary.SpanMs())
+        << '\n';
+  m_out << summary.File() << ": summary: plays "
+        << TimeText::Duration(static_cast<int64_t>(summary.AtRecordedSpeed().TotalMs())) << ' '
+        << SpeedText(1.0);
+  if (summary.HasOtherSpeed()) {
+    m_out << ", " << TimeText::Duration(static_cast<int64_t>(summary.AtOtherSpeed().TotalMs()))
+          << ' ' << SpeedText(summary.AtOtherSpeed().Speed());
+  }
+  m_out << '\n';
+}
+
+void TextReportWriter::WriteStop(const FileSummary& summary) {
+  m_out << summary.File() << ": summary: playback ends at line " << summary.StopLine() << " ("
+        << summary.StopReason() << "); ";
+  if (summary.LinesAfterStopKnown()) {
+    m_out << Plural(summary.LinesNeverPlayed(), "later line never plays", "later lines never play");
+  } else {
+    m_out << "the lines after it cannot be read";
+  }
+  m_out << '\n';
+}
+
+}  // namespace PelorinCheck

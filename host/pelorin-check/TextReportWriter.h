@@ -1,0 +1,27 @@
+#pragma once
+// TextReportWriter: the report for people, one line per diagnostic in the
+// usual "file:line: severity: message" form ("file: severity: message" for
+// the whole file), and a few "file: summary: ..." lines per file.
+
+#include <ostream>
+
+#include "host/pelorin-check/ReportWriter.h"
+
+namespace PelorinCheck {
+
+class TextReportWriter : public ReportWriter {
+ public:
+  explicit TextReportWriter(std::ostream& out) : m_out(out) {}
+
+  void WriteDiagnostic(const Diagnostic& diagnostic) override;
+  void WriteSummary(const FileSummary& summary) override;
+
+ private:
+  void WriteRecordCounts(const FileSummary& summary);
+  void WriteTimes(const FileSummary& summary);
+  void WriteStop(const FileSummary& summary);
+
+  std::ostream& m_out;
+};
+
+}  // namespace PelorinCheck

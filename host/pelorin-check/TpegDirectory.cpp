@@ -1,0 +1,78 @@
+#include "host/pelorin-check/TpegDirectory.h"
+
+#include <sys/stat.h>
+
+#include <utility>
+
+#include "host/pelorin-check/Options.h"
+#include "module/Config.h"
+#include "player/InputFile.h"
+#include "producers/Utf8Text.h"
+#include "runtime/SplitPath.h"
+
+namespace PelorinCheck {
+namespace {
+
+const char kStorage[] = "/fs/sda0";
+const char kConfigUnderRoot[] = "/quillan/Pelorin.cfg";
+
+bool IsDirectory(const std::string& path) {
+  struct stat info;
+  return ::stat(path.c_str(), &info) == 0 && S_ISDIR(info.st_mode);
+}
+
+// Whether the module's own file reader can open `path`.
+bool Opens(const std::string& path) {
+  Quillan::InputFile file(path, 0);
+  return file.Open() == Quillan::FileStatus::kSuccess;
+}
+
+}  // namespace
+
+TpegDirectory::TpegDirectory(std::string configuredDir, std::string root)
+    : m_checking(true), m_configuredDir(std::move(configuredDir)), m_root(std::move(root)) {}
+
+bool TpegDirectory::FromOptions(const Options& options, TpegDirectory* directory,
+                                std::string* error) {
+  *directory = TpegDirectory();
+  if (options.root.empty() && options.configFile.empty()) return true;
+  if (!options.root.empty() && !IsDirectory(options.root)) {
+    *error = "--root: '" + options.root + "' is not a directory";
+    return false;
+  }
+  std::string configPath = options.configFile;
+  if (configPath.empty()) {
+    configPath = options.root + kConfigUnderRoot;
+  } else if (!Opens(configPath) || IsDirectory(configPath)) {
+    *error = "--config: cannot read '" + configPath + "'";
+    return false;
+  }
+  const Quillan::Config config = Quillan::Config::FromFile(configPath);
+  *directory = TpegDirectory(config.GetString("tpegsDir", ""), options.root);
+  return true;
+}
+
+std::string TpegDirectory::HeadUnitPath(const std::string& eventsPath,
+                                        const std::string& fileName) const {
+  std::string dir = m_configuredDir;
+  if (dir.empty()) Quillan::SplitPath(eventsPath, &dir, nullptr);
+  const std::string path = dir.empty() ? fileName : dir + "/" + fileName;
+  return Quillan::Utf8Text::FromBytes(path);
+}
+
+std::string TpegDirectory::LocalPath(const std::string& eventsPath,
+                                     const std::string& fileName) const {
+  const std::string path = HeadUnitPath(eventsPath, fileName);
+  const size_t storageLength = sizeof(kStorage) - 1;
+  const bool onStorage = path.compare(0, storageLength, kStorage) == 0 &&
+                         (path.size() == storageLength || path[storageLength] == '/');
+  if (m_root.empty() || !onStorage) return path;
+  return m_root + path.substr(storageLength);
+}
+
+bool TpegDirectory::FileExists(const std::string& localPath) {
+  struct stat info;
+  return ::stat(localPath.c_str(), &info) == 0 && !S_ISDIR(info.st_mode);
+}
+
+}  // namespace PelorinCheck
