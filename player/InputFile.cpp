@@ -88,18 +88,19 @@ void InputFile::Close() {
 bool InputFile::IsOpen() const { return m_descriptor != -1; }
 
 FileStatus InputFile::Read(void* buffer, uint32_t length, uint32_t* count) {
+  // The common case of the byte-at-a-time readers, kept free of calls.
+  if (length == 1 && m_bufferPos < m_bufferEnd && buffer != nullptr && count != nullptr) {
+    *static_cast<uint8_t*>(buffer) = m_buffer[m_bufferPos++];
+    *count = 1;
+    return FileStatus::kSuccess;
+  }
+  return ReadSlow(buffer, length, count);
+}
+
+FileStatus InputFile::ReadSlow(void* buffer, uint32_t length, uint32_t* count) {
   if (count != nullptr) *count = 0;
   if (buffer == nullptr || count == nullptr || m_descriptor == -1) return FileStatus::kIoError;
-
-  // The common case of the byte-at-a-time readers, kept free of calls.
-  if (m_bufferPos < m_bufferEnd) {
-    if (length == 1) {
-      *static_cast<uint8_t*>(buffer) = m_buffer[m_bufferPos++];
-      *count = 1;
-      return FileStatus::kSuccess;
-    }
-    return DeliverBuffered(buffer, length, count);
-  }
+  if (m_bufferPos < m_bufferEnd) return DeliverBuffered(buffer, length, count);
   if (length == 0) return FileStatus::kEndOfFile;  // as read(2) of 0 bytes
 
   // Nothing buffered: ask the descriptor again, so that bytes appended to the
@@ -112,6 +113,16 @@ FileStatus InputFile::Read(void* buffer, uint32_t length, uint32_t* count) {
   m_bufferPos = 0;
   m_bufferEnd = static_cast<uint32_t>(result);
   return DeliverBuffered(buffer, length, count);
+}
+
+const uint8_t* InputFile::PeekReady(uint32_t* count) {
+  *count = m_bufferEnd - m_bufferPos;
+  return *count != 0 ? m_buffer + m_bufferPos : nullptr;
+}
+
+void InputFile::TakeReady(uint32_t count) {
+  const uint32_t available = m_bufferEnd - m_bufferPos;
+  m_bufferPos += count < available ? count : available;
 }
 
 FileStatus InputFile::Seek(int64_t offset, int origin) {

@@ -32,6 +32,9 @@ class InputFile : public ByteReader {
   bool IsOpen() const;
   using ByteReader::Read;
   FileStatus Read(void* buffer, uint32_t length, uint32_t* count) override;
+  // The buffered bytes not yet delivered.
+  const uint8_t* PeekReady(uint32_t* count) override;
+  void TakeReady(uint32_t count) override;
   // origin: 0 from the start, 1 from the current position, 2 from the end
   // (anything else counts as 0).
   FileStatus Seek(int64_t offset, int origin);
@@ -39,6 +42,8 @@ class InputFile : public ByteReader {
   const std::string& GetPath() const { return m_path; }
 
  private:
+  // Read beyond the single-byte fast path: refills, large reads, errors.
+  FileStatus ReadSlow(void* buffer, uint32_t length, uint32_t* count);
   // Copies up to `length` buffered bytes to the caller.
   FileStatus DeliverBuffered(void* buffer, uint32_t length, uint32_t* count);
   // One read call straight into the caller's buffer.

@@ -56,6 +56,7 @@ bool RecordReader::ReadLine(ReadStatus* status) {
 
   bool anyByteRead = false;
   for (;;) {
+    if (TakeReadyRun()) anyByteRead = true;
     uint8_t byte = 0;
     const ByteResult result = ReadByte(m_file, &byte);
     if (result == ByteResult::kEnd) {
@@ -71,6 +72,25 @@ bool RecordReader::ReadLine(ReadStatus* status) {
     if (byte == kCarriageReturn) return FinishAfterCarriageReturn(status);
     m_line.push_back(static_cast<char>(byte));
   }
+}
+
+bool RecordReader::TakeReadyRun() {
+  // Only ordinary bytes are taken here; line ends, end of file and errors
+  // all go through the single-byte reads.
+  uint32_t available = 0;
+  const uint8_t* ready = m_file.PeekReady(&available);
+  if (ready == nullptr || available == 0) return false;
+  const void* lineFeed = std::memchr(ready, kLineFeed, available);
+  size_t run = lineFeed != nullptr
+                   ? static_cast<size_t>(static_cast<const uint8_t*>(lineFeed) - ready)
+                   : available;
+  const void* carriageReturn = std::memchr(ready, kCarriageReturn, run);
+  if (carriageReturn != nullptr)
+    run = static_cast<size_t>(static_cast<const uint8_t*>(carriageReturn) - ready);
+  if (run == 0) return false;
+  m_line.append(reinterpret_cast<const char*>(ready), run);
+  m_file.TakeReady(static_cast<uint32_t>(run));
+  return true;
 }
 
 bool RecordReader::FinishAfterCarriageReturn(ReadStatus* status) {

@@ -23,6 +23,16 @@ const char* SkipPlus(const char* first, const char* last) {
   return first;
 }
 
+// The whole of [first, last) as a finite double with a decimal point.
+bool ConvertDouble(const char* first, const char* last, double* value) {
+  first = SkipPlus(first, last);
+  double result = 0.0;
+  const std::from_chars_result parsed = std::from_chars(first, last, result);
+  if (parsed.ec != std::errc() || parsed.ptr != last || !std::isfinite(result)) return false;
+  *value = result;
+  return true;
+}
+
 }  // namespace
 
 bool IsTrimmedSpace(char c) {
@@ -42,28 +52,18 @@ bool ParseDouble(const char* text, size_t length, char decimalMark, double* valu
   size_t end = 0;
   Trim(text, length, &begin, &end);
   if (begin == end || end - begin > kMaxNumberText) return false;
+  if (decimalMark == '.') return ConvertDouble(text + begin, text + end, value);
 
   // std::from_chars reads only the decimal point and ignores the locale: map
   // the requested mark onto it. Under a comma mark a "." ends the number, as
   // it would for the C library in a decimal-comma locale.
   char digits[kMaxNumberText];
-  size_t count = 0;
   for (size_t i = begin; i < end; ++i) {
-    char c = text[i];
-    if (decimalMark != '.') {
-      if (c == '.') return false;
-      if (c == decimalMark) c = '.';
-    }
-    digits[count++] = c;
+    const char c = text[i];
+    if (c == '.') return false;
+    digits[i - begin] = c == decimalMark ? '.' : c;
   }
-  const char* first = SkipPlus(digits, digits + count);
-  double result = 0.0;
-  const std::from_chars_result parsed = std::from_chars(first, digits + count, result);
-  if (parsed.ec != std::errc() || parsed.ptr != digits + count || !std::isfinite(result)) {
-    return false;
-  }
-  *value = result;
-  return true;
+  return ConvertDouble(digits, digits + (end - begin), value);
 }
 
 bool ParseDecimal(const char* text, size_t length, double* value) {

@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <string>
@@ -18,11 +19,12 @@ namespace Quillan {
 namespace {
 
 // Serves bytes from memory; fails with kIoError once `failAt` bytes were
-// delivered.
+// delivered. With a `readyChunk`, it also offers the bytes up to the next
+// multiple of it as read ahead, as a buffered file does.
 class MemoryReader : public ByteReader {
  public:
-  explicit MemoryReader(std::string bytes, size_t failAt = std::string::npos)
-      : m_bytes(std::move(bytes)), m_failAt(failAt) {}
+  explicit MemoryReader(std::string bytes, size_t failAt = std::string::npos, size_t readyChunk = 0)
+      : m_bytes(std::move(bytes)), m_failAt(failAt), m_readyChunk(readyChunk) {}
   using ByteReader::Read;
   FileStatus Read(void* buffer, uint32_t length, uint32_t* count) override {
     *count = 0;
@@ -32,11 +34,24 @@ class MemoryReader : public ByteReader {
     *count = 1;
     return FileStatus::kSuccess;
   }
+  const uint8_t* PeekReady(uint32_t* count) override {
+    size_t end = m_readyChunk == 0 ? m_pos : (m_pos / m_readyChunk + 1) * m_readyChunk;
+    end = std::min({end, m_bytes.size(), m_failAt});
+    *count = static_cast<uint32_t>(end - m_pos);
+    return reinterpret_cast<const uint8_t*>(m_bytes.data()) + m_pos;
+  }
+  void TakeReady(uint32_t count) override {
+    uint32_t ready = 0;
+    PeekReady(&ready);
+    ASSERT_LE(count, ready);
+    m_pos += count;
+  }
   void Rewind() { m_pos = 0; }
 
  private:
   std::string m_bytes;
   size_t m_failAt;
+  size_t m_readyChunk;
   size_t m_pos = 0;
 };
 
@@ -62,9 +77,19 @@ std::vector<Result> ReadAll(ByteReader& reader) {
   return results;
 }
 
+bool operator==(const Result& a, const Result& b) {
+  return a.status == b.status && a.time == b.time && a.tag == b.tag && a.payload == b.payload;
+}
+
+// The results byte by byte; taking read-ahead runs must give the same.
 std::vector<Result> ReadAll(const std::string& bytes) {
   MemoryReader reader(bytes);
-  return ReadAll(reader);
+  const std::vector<Result> results = ReadAll(reader);
+  for (size_t chunk : {1u, 3u, 4096u}) {
+    MemoryReader buffered(bytes, std::string::npos, chunk);
+    EXPECT_TRUE(ReadAll(buffered) == results) << "read ahead in runs of " << chunk;
+  }
+  return results;
 }
 
 Result ReadOne(const std::string& line) { return ReadAll(line).front(); }
@@ -137,11 +162,13 @@ TEST(RecordReaderLines, ResetDropsThePushedBackByte) {
 }
 
 TEST(RecordReaderLines, ReadErrorsEndWithoutARecord) {
-  MemoryReader midLine("1 $A\n2 $B", 7);
-  const std::vector<Result> results = ReadAll(midLine);
-  ASSERT_EQ(results.size(), 2u);
-  EXPECT_EQ(results[0].status, ReadStatus::kRecord);
-  EXPECT_EQ(results[1].status, ReadStatus::kReadError);
+  for (size_t chunk : {0u, 4096u}) {
+    MemoryReader midLine("1 $A\n2 $B", 7, chunk);
+    const std::vector<Result> results = ReadAll(midLine);
+    ASSERT_EQ(results.size(), 2u);
+    EXPECT_EQ(results[0].status, ReadStatus::kRecord);
+    EXPECT_EQ(results[1].status, ReadStatus::kReadError);
+  }
   MemoryReader afterCr("1 $A\r2", 5);
   EXPECT_EQ(ReadAll(afterCr).front().status, ReadStatus::kReadError);
 }
