@@ -1,0 +1,271 @@
+// The provider base: re-entrant write sections that report once at the
+// outermost end, in marking order with duplicates; one writer at a time;
+// readers that may read while a report is delivered; start-up and shut-down
+// with their "SD_DATAPOOL" trace.
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <chrono>
+#include <functional>
+#include <future>
+#include <mutex>
+#include <thread>
+#include <vector>
+
+#include "DataPoolDirectory.h"
+#include "DataPoolInterface.h"
+#include "runtime/SDDataProvider.h"
+#include "tests/support/TraceCapture.h"
+
+namespace {
+
+using Quillan::SDDataProvider;
+
+class RecordingDataPool : public DataPoolInterface {
+ public:
+  int RegisterProvider(DataPoolReadInterface* provider, uint32_t id) override {
+    registered.push_back({provider, id});
+    return 0;
+  }
+  int Subscribe(DataListener*, uint32_t) override { return 0; }
+  int UnregisterProvider(uint32_t id) override {
+    unregistered.push_back(id);
+    return 0;
+  }
+  int ReportChangedValues(const uint32_t* ids, uint32_t count) override {
+    std::vector<uint32_t> report(ids, ids + count);
+    if (onReport) onReport(report);
+    std::lock_guard<std::mutex> guard(m_lock);
+    m_reports.push_back(report);
+    return 0;
+  }
+  std::vector<std::vector<uint32_t>> Reports() {
+    std::lock_guard<std::mutex> guard(m_lock);
+    return m_reports;
+  }
+
+  std::vector<std::pair<DataPoolReadInterface*, uint32_t>> registered;
+  std::vector<uint32_t> unregistered;
+  std::function<void(const std::vector<uint32_t>&)> onReport;
+
+ private:
+  std::mutex m_lock;
+  std::vector<std::vector<uint32_t>> m_reports;
+};
+
+// Two integer values (ids 0 and 1) and one id (5) with a count.
+class PairProvider : public SDDataProvider {
+ public:
+  PairProvider(DataPoolInterface* pool, uint32_t id) : SDDataProvider(pool, id) {}
+  bool GetValue(uint32_t id, int32_t* value) override {
+    if (id > 1) return false;
+    *value = m_values[id];
+    return true;
+  }
+  bool GetIntAt(uint32_t, uint32_t, int32_t*) override { return false; }
+  bool GetText(uint32_t, std::string*) override { return false; }
+  bool GetTextAt(uint32_t, uint32_t, std::string*) override { return false; }
+  uint32_t GetValueType(uint32_t id) override { return id <= 1 ? 0 : 10; }
+  uint32_t GetCount(uint32_t id) override { return id == 5 ? 3 : kNoCount; }
+  // Called inside a write section.
+  void Store(uint32_t id, int32_t value) {
+    m_values[id] = value;
+    MarkChanged(id);
+  }
+
+ private:
+  int32_t m_values[2] = {0, 0};
+};
+
+constexpr uint32_t kProviderId = 177;
+
+class SDDataProviderTest : public ::testing::Test {
+ protected:
+  RecordingDataPool pool;
+  PairProvider provider{&pool, kProviderId};
+};
+
+TEST_F(SDDataProviderTest, NestedSectionsReportOnceAtTheOutermostEndInMarkingOrder) {
+  provider.LockWrite();
+  provider.Store(1, 10);
+  provider.LockWrite();
+  provider.Store(0, 20);
+  provider.Store(1, 30);
+  provider.UnlockWrite();
+  EXPECT_TRUE(pool.Reports().empty()) << "an inner section does not report";
+  provider.Store(1, 40);
+  provider.UnlockWrite();
+  ASSERT_EQ(pool.Reports().size(), 1u);
+  EXPECT_EQ(pool.Reports()[0], (std::vector<uint32_t>{1, 0, 1, 1}));
+
+  provider.LockWrite();
+  provider.UnlockWrite();
+  EXPECT_EQ(pool.Reports().size(), 1u) << "a section without changes reports nothing";
+
+  provider.LockWrite();
+  provider.Store(0, 1);
+  provider.UnlockWrite();
+  ASSERT_EQ(pool.Reports().size(), 2u);
+  EXPECT_EQ(pool.Reports()[1], (std::vector<uint32_t>{0})) << "the list is emptied after a report";
+}
+
+TEST_F(SDDataProviderTest, PublishChangesSendsPendingIdsOnlyOnce) {
+  provider.LockWrite();
+  provider.Store(0, 5);
+  provider.PublishChanges();
+  ASSERT_EQ(pool.Reports().size(), 1u);
+  provider.UnlockWrite();
+  EXPECT_EQ(pool.Reports().size(), 1u);
+  provider.PublishChanges();
+  EXPECT_EQ(pool.Reports().size(), 1u);
+}
+
+TEST_F(SDDataProviderTest, UnmatchedUnlockWriteIsIgnored) {
+  provider.UnlockWrite();
+  provider.LockWrite();
+  provider.Store(0, 1);
+  provider.UnlockWrite();
+  EXPECT_EQ(pool.Reports().size(), 1u);
+  // The section really ended: another thread can write now.
+  std::thread other([&] {
+    provider.LockWrite();
+    provider.Store(1, 2);
+    provider.UnlockWrite();
+  });
+  other.join();
+  EXPECT_EQ(pool.Reports().size(), 2u);
+}
+
+TEST_F(SDDataProviderTest, RangeComesFromTheCount) {
+  uint32_t first = 9;
+  uint32_t count = 9;
+  EXPECT_TRUE(provider.GetRange(5, &first, &count));
+  EXPECT_EQ(first, 0u);
+  EXPECT_EQ(count, 3u);
+  EXPECT_FALSE(provider.GetRange(0, &first, &count));
+  EXPECT_EQ(count, SDDataProvider::kNoCount);
+  const uint8_t* bytes = nullptr;
+  uint32_t size = 0;
+  EXPECT_FALSE(provider.GetBuffer(0, &bytes, &size));
+  EXPECT_FALSE(provider.GetBufferAt(0, 0, &bytes, &size));
+  EXPECT_FALSE(provider.Unsupported6());
+}
+
+TEST_F(SDDataProviderTest, StartUpAndShutDownRegisterAndTraceOnTheDataPoolChannel) {
+  {
+    pelorin_test::TraceCapture capture(2);
+    provider.StartUp();
+    provider.ShutDown();
+    const auto lines = capture.Lines();
+    ASSERT_EQ(lines.size(), 2u);
+    EXPECT_EQ(lines[0].channel, "SD_DATAPOOL");
+    EXPECT_EQ(lines[0].text, "SDDataProvider::StartUp() providerID=177");
+    EXPECT_EQ(lines[1].text, "SDDataProvider::ShutDown() providerID=177");
+  }
+  {
+    pelorin_test::TraceCapture quiet(3);
+    provider.StartUp();
+    EXPECT_TRUE(quiet.Lines().empty());
+  }
+  ASSERT_EQ(pool.registered.size(), 2u);
+  EXPECT_EQ(pool.registered[0].first, &provider);
+  EXPECT_EQ(pool.registered[0].second, kProviderId);
+  EXPECT_EQ(pool.unregistered, (std::vector<uint32_t>{kProviderId}));
+}
+
+TEST_F(SDDataProviderTest, DestructionLeavesTheDirectoryAndUnregisters) {
+  RecordingDataPool own;
+  auto* temporary = new PairProvider(&own, 178);
+  EXPECT_EQ(DataPoolDirectory::FindProvider(178), temporary);
+  EXPECT_EQ(DataPoolDirectory::FindProvider(kProviderId), &provider);
+  delete temporary;
+  EXPECT_EQ(DataPoolDirectory::FindProvider(178), nullptr);
+  EXPECT_EQ(own.unregistered, (std::vector<uint32_t>{178}));
+}
+
+// While the first writer's report is being delivered, a reader on another
+// thread gets in, but a second writer waits until the report is done.
+TEST_F(SDDataProviderTest, ReportIsDeliveredOutsideTheReadLockButInsideTheWriteGate) {
+  std::atomic<bool> secondWriterDone{false};
+  std::atomic<bool> writerDoneDuringReport{true};
+  std::future_status readerStatus = std::future_status::timeout;
+  std::promise<int32_t> readValue;
+  std::thread reader;
+  std::thread secondWriter;
+  pool.onReport = [&](const std::vector<uint32_t>& ids) {
+    if (ids != std::vector<uint32_t>{0}) return;
+    reader = std::thread([&] {
+      int32_t value = 0;
+      provider.LockRead();
+      provider.GetValue(0, &value);
+      provider.UnlockRead();
+      readValue.set_value(value);
+    });
+    // A reader held off by a write lock still held would time out here.
+    readerStatus = readValue.get_future().wait_for(std::chrono::seconds(10));
+    secondWriter = std::thread([&] {
+      provider.LockWrite();
+      provider.Store(1, 8);
+      provider.UnlockWrite();
+      secondWriterDone = true;
+    });
+    // Give the second writer every chance to get through a gate left open.
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    writerDoneDuringReport = secondWriterDone.load();
+  };
+  provider.LockWrite();
+  provider.Store(0, 7);
+  provider.UnlockWrite();
+  reader.join();
+  secondWriter.join();
+  EXPECT_EQ(readerStatus, std::future_status::ready);
+  EXPECT_FALSE(writerDoneDuringReport.load());
+  EXPECT_TRUE(secondWriterDone.load());
+  ASSERT_EQ(pool.Reports().size(), 2u);
+  EXPECT_EQ(pool.Reports()[1], (std::vector<uint32_t>{1}));
+}
+
+// Several writers nest sections and store one number in both values;
+// readers must never see the values differ, and each report must hold the
+// ids of exactly one outermost section.
+TEST_F(SDDataProviderTest, ConcurrentWritersAndReadersStayConsistent) {
+  constexpr int kWriters = 3;
+  constexpr int kSections = 300;
+  std::atomic<int> writersLeft{kWriters};
+  std::atomic<bool> torn{false};
+  std::vector<std::thread> threads;
+  for (int w = 0; w < kWriters; ++w) {
+    threads.emplace_back([&, w] {
+      for (int i = 1; i <= kSections; ++i) {
+        provider.LockWrite();
+        provider.Store(0, w * 1000 + i);
+        provider.LockWrite();
+        provider.Store(1, w * 1000 + i);
+        provider.UnlockWrite();
+        provider.UnlockWrite();
+      }
+      --writersLeft;
+    });
+  }
+  for (int r = 0; r < 2; ++r) {
+    threads.emplace_back([&] {
+      while (writersLeft.load() > 0) {
+        int32_t a = -1;
+        int32_t b = -2;
+        provider.LockRead();
+        provider.GetValue(0, &a);
+        provider.GetValue(1, &b);
+        provider.UnlockRead();
+        if (a != b) torn = true;
+      }
+    });
+  }
+  for (auto& thread : threads) thread.join();
+  EXPECT_FALSE(torn.load());
+  const auto reports = pool.Reports();
+  ASSERT_EQ(reports.size(), static_cast<size_t>(kWriters * kSections));
+  for (const auto& report : reports) EXPECT_EQ(report, (std::vector<uint32_t>{0, 1}));
+}
+
+}  // namespace
