@@ -71,7 +71,7 @@ INSTANTIATE_TEST_SUITE_P(
         WorkedExample{"Speed1_Real", 1.0, true, kLogAtSpeed1, {0, 1000, 1000, 2000, 1000}},
         WorkedExample{"Speed2", 2.0, false, kLogAtSpeed2, {0, 500, 1500, 500}},
         WorkedExample{"Speed2_Real", 2.0, true, kLogAtSpeed2, {0, 500, 1500, 500}}),
-    [](const ::testing::TestParamInfo<WorkedExample>& info) { return info.param.name; });
+    [](const ::testing::TestParamInfo<WorkedExample>& tp) { return tp.param.name; });
 
 TEST(InteractiveRunnerTest, StepTraceShowsTheDelayInSeconds) {
   pelorin_test::TraceCapture capture(2);
@@ -123,8 +123,8 @@ INSTANTIATE_TEST_SUITE_P(TickBeyondOrBeforeRecord, InteractiveRunnerRetimingTest
                                       "17 $TMC a\n20 $TMC b\n30 $TMC c\n",
                                       {"tick 19", "record 20 $TMC b", "next 30"},
                                       (23000 - 20000) / 2}),
-                         [](const ::testing::TestParamInfo<Retiming>& info) {
-                           return info.param.name;
+                         [](const ::testing::TestParamInfo<Retiming>& tp) {
+                           return tp.param.name;
                          });
 
 TEST(InteractiveRunnerTest, NonPositiveSpeedMeansRecordedSpeed) {
@@ -220,8 +220,8 @@ TEST_P(InteractiveRunnerOneChainTest, StartRightAfterRunDoesNotDoubleThePlayback
 }
 
 INSTANTIATE_TEST_SUITE_P(CancelledOrTaken, InteractiveRunnerOneChainTest, ::testing::Bool(),
-                         [](const ::testing::TestParamInfo<bool>& info) {
-                           return info.param ? "StepTakenByTheLoop" : "StepCancelled";
+                         [](const ::testing::TestParamInfo<bool>& tp) {
+                           return tp.param ? "StepTakenByTheLoop" : "StepCancelled";
                          });
 
 TEST(InteractiveRunnerTest, RecordsWithoutAPositiveTimeAreNeverDispatched) {

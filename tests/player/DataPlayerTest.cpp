@@ -1,0 +1,355 @@
+// DataPlayer: paths and runner choice from the configuration, the consumers
+// and service faces, moving message date-times to the present (in a time
+// zone far from UTC), the lifecycle component, and shutting down in the
+// middle of playback with each runner.
+
+#include "player/DataPlayer.h"
+
+#include <gtest/gtest.h>
+#include <stdlib.h>
+#include <time.h>
+
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <functional>
+#include <memory>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "OnlineTrafficReply.h"
+#include "OnlineTrafficService.h"
+#include "comm/Lifecycle.h"
+#include "player/InteractiveRunner.h"
+#include "player/Runner.h"
+#include "producers/RecordDispatcher.h"
+#include "producers/TrafficDataListener.h"
+#include "runtime/DateTime.h"
+#include "tests/support/TempFile.h"
+#include "tests/support/TestTime.h"
+#include "tests/support/TraceCapture.h"
+
+namespace Quillan {
+namespace {
+
+using pelorin_test::ScaledMs;
+using pelorin_test::TempFile;
+using Strings = std::vector<std::string>;
+
+Config MakeConfig(const std::string& text) {
+  TempFile file(text);
+  return Config::FromFile(file.Path());
+}
+
+// Counts the TMC messages that leave the player, taking `pauseMs` over each.
+class CountingListener : public TrafficDataListener {
+ public:
+  explicit CountingListener(uint32_t pauseMs = 0) : m_pauseMs(pauseMs) {}
+  void OnServiceList(ServiceList) override {}
+  void OnTmcMessage(std::shared_ptr<TmcMessageData>) override {
+    m_messages.fetch_add(1);
+    if (m_pauseMs > 0) std::this_thread::sleep_for(std::chrono::milliseconds(m_pauseMs));
+  }
+  size_t Messages() const { return m_messages.load(); }
+
+ private:
+  uint32_t m_pauseMs;
+  std::atomic<size_t> m_messages{0};
+};
+
+class FinishFlag : public RunnerListener {
+ public:
+  void OnFinished(Runner*) override { m_finished.store(true); }
+  bool Finished() const { return m_finished.load(); }
+
+ private:
+  std::atomic<bool> m_finished{false};
+};
+
+bool WaitUntil(const std::function<bool()>& condition, uint32_t timeoutMs) {
+  const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(timeoutMs);
+  while (!condition()) {
+    if (std::chrono::steady_clock::now() > deadline) return false;
+    std::this_thread::sleep_for(std::chrono::milliseconds(1));
+  }
+  return true;
+}
+
+std::string TmcLines(int count, double start, double step) {
+  std::string events;
+  for (int i = 0; i < count; ++i) events += std::to_string(start + i * step) + " $TMC\n";
+  return events;
+}
+
+struct PathCase {
+  const char* config;
+  const char* eventsPath;
+  const char* tpegsDir;
+};
+
+class DataPlayerPathTest : public ::testing::TestWithParam<PathCase> {};
+
+TEST_P(DataPlayerPathTest, TheTpegDirectoryDefaultsToTheEventsFileDirectory) {
+  pelorin_test::TraceCapture capture(2);
+  DataPlayer player(MakeConfig(GetParam().config));
+  Strings expected;
+  if (*GetParam().eventsPath != '\0') {
+    expected.push_back(std::string("DataPlayer::GetEventsFilePath: eventsFilePath=") +
+                       GetParam().eventsPath);
+  }
+  expected.push_back(std::string("DataPlayer::GetTpegsDirPath: tpegsDirPath=") +
+                     GetParam().tpegsDir);
+  Strings paths;
+  for (const std::string& text : capture.Texts()) {
+    if (text.rfind("DataPlayer::Get", 0) == 0) paths.push_back(text);
+  }
+  EXPECT_EQ(paths, expected);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Configurations, DataPlayerPathTest,
+    ::testing::Values(PathCase{"", "/fs/sda0/quillan/events", "/fs/sda0/quillan/"},
+                      PathCase{"eventsFile=/data/rec/a.txt\n", "/data/rec/a.txt", "/data/rec/"},
+                      PathCase{"eventsFile=a.txt\n", "a.txt", ""},
+                      PathCase{"eventsFile=/data/a.txt\ntpegsDir=/tpeg\n", "", "/tpeg"}));
+
+struct ChoiceCase {
+  const char* config;
+  const char* logLine;
+  bool interactive;
+};
+
+class DataPlayerRunnerChoiceTest : public ::testing::TestWithParam<ChoiceCase> {};
+
+TEST_P(DataPlayerRunnerChoiceTest, TheConfigurationChoosesTheRunner) {
+  pelorin_test::TraceCapture capture(2);
+  DataPlayer player(MakeConfig(GetParam().config));
+  Runner* runner = player.GetRunner();
+  EXPECT_EQ(player.GetRunner(), runner);
+  EXPECT_TRUE(capture.Contains(GetParam().logLine)) << capture.Texts().back();
+  EXPECT_EQ(dynamic_cast<InteractiveRunner*>(runner) != nullptr, GetParam().interactive);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Configurations, DataPlayerRunnerChoiceTest,
+    ::testing::Values(ChoiceCase{"", "DataPlayer: using InteractiveRunner autostart=0, speed=0",
+                                 true},
+                      ChoiceCase{"playbackSpeed=-3\nautostart=on\n",
+                                 "DataPlayer: using InteractiveRunner autostart=1, speed=-3", true},
+                      ChoiceCase{"interactive=false\nplaybackSpeed=2\n",
+                                 "DataPlayer: using RealTimeRunner speed=2", false},
+                      ChoiceCase{"interactive=false\nplaybackSpeed=0\n",
+                                 "DataPlayer: using BatchedRunner", false},
+                      ChoiceCase{"interactive=false\n", "DataPlayer: using BatchedRunner", false}));
+
+TEST(DataPlayerTest, RecordsReachTheDispatcherThenTheOnlineProducer) {
+  DataPlayer player{Config()};
+  const std::vector<RecordConsumer*> consumers = player.GetConsumers();
+  ASSERT_EQ(consumers.size(), 2u);
+  EXPECT_EQ(consumers[0], static_cast<RecordConsumer*>(player.GetRecordDispatcher()));
+  EXPECT_EQ(dynamic_cast<OnlineTrafficReply*>(consumers[1]), player.GetOnlineTrafficReply());
+  EXPECT_NE(player.GetOnlineTrafficReply(), nullptr);
+  EXPECT_EQ(player.GetTimeAdjuster(), static_cast<TimeAdjuster*>(&player));
+}
+
+TEST(DataPlayerTest, AFileOfTmcRecordsReachesTheTrafficListeners) {
+  TempFile events(TmcLines(50, 1416131460.0, 1.0));
+  DataPlayer player(MakeConfig("eventsFile=" + events.Path() + "\ninteractive=false\n"));
+  CountingListener listener;
+  FinishFlag finish;
+  player.GetRecordDispatcher()->AddListener(&listener);
+  player.GetRunner()->AddListener(&finish);
+  PlayerService* service = &player;
+  ASSERT_EQ(service->Run(), 0);
+  ASSERT_TRUE(WaitUntil([&] { return finish.Finished(); }, ScaledMs(5000)));
+  EXPECT_EQ(listener.Messages(), 50u);
+  EXPECT_EQ(player.GetRecordDispatcher()->GetLastTmcTime(), 1416131509u);
+  EXPECT_EQ(service->Run(), 2);
+}
+
+// --- Moving message date-times to the present -----------------------------
+
+// 2021-03-01 00:30:00 UTC.
+constexpr uint32_t kNow = 1614558600u;
+
+void FixedNow(DateTime& now) { DateTimeFromSeconds(now, kNow); }
+
+// An online traffic service that accepts every call at once.
+class AcceptingService : public OnlineTrafficService {
+ public:
+  ~AcceptingService() override = default;
+  int setOnlineTrafficDataStatus(int32_t) override { return 0; }
+  int getInventory() override { return 0; }
+  int getNewData() override { return 0; }
+  int setNewData(std::shared_ptr<CIString>) override { return 0; }
+  int setNewSession() override { return 0; }
+  int setTimeoutForFallback(int64_t) override { return 0; }
+  int dsiConnectionStateChanged(int32_t) override { return 0; }
+};
+
+struct Message {
+  uint8_t bytes[24] = {};
+  Message(uint8_t kind, std::initializer_list<uint8_t> first,
+          std::initializer_list<uint8_t> second) {
+    bytes[0] = kind;
+    std::copy(first.begin(), first.end(), bytes + 14);
+    std::copy(second.begin(), second.end(), bytes + 18);
+    for (int i = 1; i < 14; ++i) bytes[i] = static_cast<uint8_t>(0xA0 + i);
+    bytes[22] = 0x5A;
+    bytes[23] = 0xA5;
+  }
+  std::vector<uint8_t> Times() const { return std::vector<uint8_t>(bytes + 14, bytes + 22); }
+};
+
+// Runs the checks once per time zone: the shift must not depend on it.
+class DataPlayerTimeAdjusterTest : public ::testing::TestWithParam<const char*> {
+ protected:
+  void SetUp() override {
+    const char* saved = getenv("TZ");
+    m_hadTz = saved != nullptr;
+    if (m_hadTz) m_savedTz = saved;
+    setenv("TZ", GetParam(), 1);
+    tzset();
+    m_player.SetDateTimeSource(&FixedNow);
+  }
+  void TearDown() override {
+    if (m_hadTz) {
+      setenv("TZ", m_savedTz.c_str(), 1);
+    } else {
+      unsetenv("TZ");
+    }
+    tzset();
+  }
+  // Gives the dispatcher a last TMC time `seconds` before now.
+  void RecordTmcBefore(int64_t seconds) {
+    m_player.GetRecordDispatcher()->OnRecord(static_cast<uint32_t>(kNow - seconds), "$TMC", "");
+  }
+  std::vector<uint8_t> Adjust(Message message) {
+    m_player.GetTimeAdjuster()->AdjustMessageTimes(message.bytes);
+    EXPECT_EQ(message.bytes[13], 0xAD);  // bytes outside the date-times stay
+    EXPECT_EQ(message.bytes[22], 0x5A);
+    return message.Times();
+  }
+
+  DataPlayer m_player{Config()};
+  bool m_hadTz = false;
+  std::string m_savedTz;
+};
+
+using Bytes = std::vector<uint8_t>;
+
+TEST_P(DataPlayerTimeAdjusterTest, TmcMessagesMoveByTheDistanceToTheLastTmcRecord) {
+  Message message(0, {12, 31, 23, 30}, {2, 28, 23, 45});
+  EXPECT_EQ(Adjust(message), message.Times());  // no TMC record yet
+  RecordTmcBefore(3600);
+  // One hour on: the year and the month roll over.
+  EXPECT_EQ(Adjust(message), (Bytes{1, 1, 0, 30, 3, 1, 0, 45}));
+  // A recording ahead of now moves times back, across the year.
+  RecordTmcBefore(-7200);
+  EXPECT_EQ(Adjust(Message(0, {1, 1, 1, 0}, {6, 15, 12, 5})), (Bytes{12, 31, 23, 0, 6, 15, 10, 5}));
+}
+
+TEST_P(DataPlayerTimeAdjusterTest, DateTimesWithoutMonthOrDayAreLeftAlone) {
+  RecordTmcBefore(86400);
+  EXPECT_EQ(Adjust(Message(0, {3, 0, 10, 10}, {3, 5, 10, 10})),
+            (Bytes{3, 0, 10, 10, 3, 6, 10, 10}));
+  EXPECT_EQ(Adjust(Message(0, {3, 5, 10, 10}, {0, 5, 10, 10})),
+            (Bytes{3, 6, 10, 10, 0, 5, 10, 10}));
+}
+
+TEST_P(DataPlayerTimeAdjusterTest, OnlineMessagesMoveByTheLastOnlineDataTime) {
+  RecordTmcBefore(3600);
+  const Message online(1, {1, 25, 10, 0}, {2, 1, 8, 59});
+  EXPECT_EQ(Adjust(online), online.Times());  // no data file announced yet
+
+  AcceptingService service;
+  OnlineTrafficReply* reply = m_player.GetOnlineTrafficReply();
+  reply->SetService(&service);
+  reply->OnServiceStatus(0);
+  reply->OnServiceValue(1);
+  ASSERT_EQ(m_player.GetConsumers()[1]->OnRecord(kNow - 40 * 86400, "$TOT", "setNewData:a.bin"), 0);
+  for (uint8_t kind : {1, 2}) {
+    Message message = online;
+    message.bytes[0] = kind;
+    EXPECT_EQ(Adjust(message), (Bytes{3, 6, 10, 0, 3, 13, 8, 59}));
+  }
+  const Message other(3, {1, 25, 10, 0}, {2, 1, 8, 59});
+  EXPECT_EQ(Adjust(other), other.Times());
+}
+
+INSTANTIATE_TEST_SUITE_P(TimeZones, DataPlayerTimeAdjusterTest,
+                         ::testing::Values("UTC0", "KIT-14", "HST10",
+                                           "NZST-12NZDT,M9.5.0,M4.1.0/3"),
+                         [](const ::testing::TestParamInfo<const char*>& tp) {
+                           return "Zone" + std::to_string(tp.index);
+                         });
+
+// --- Lifecycle component ---------------------------------------------------
+
+class RecordingPeer : public comm::LifecyclePeer {
+ public:
+  void OnStarted(comm::Lifecycle* component, const comm::LifecycleRequest&) override {
+    calls.push_back(component->IsStarted() ? "started" : "started?");
+  }
+  void OnStopped(comm::Lifecycle* component, const comm::LifecycleRequest&) override {
+    calls.push_back(component->IsStopped() ? "stopped" : "stopped?");
+  }
+  Strings calls;
+};
+
+TEST(DataPlayerTest, TheLifecycleComponentReportsToItsPeer) {
+  DataPlayer player{Config()};
+  comm::Lifecycle* lifecycle = player.GetLifecycle();
+  ASSERT_NE(lifecycle, nullptr);
+  EXPECT_TRUE(lifecycle->IsStopped());
+  lifecycle->Start();  // no peer yet
+  EXPECT_TRUE(lifecycle->IsStarted());
+  RecordingPeer peer;
+  lifecycle->SetPeer(&peer);
+  lifecycle->Stop();
+  lifecycle->Start();
+  EXPECT_EQ(peer.calls, (Strings{"stopped", "started"}));
+  EXPECT_FALSE(lifecycle->IsStopped());
+}
+
+// --- Shutting down in the middle of playback -------------------------------
+
+struct Midway {
+  const char* name;
+  const char* config;
+  int records;
+  double spacing;
+};
+
+class DataPlayerShutDownTest : public ::testing::TestWithParam<Midway> {};
+
+TEST_P(DataPlayerShutDownTest, DestroyingThePlayerMidwayStopsPlaybackAtOnce) {
+  const Midway& midway = GetParam();
+  TempFile events(TmcLines(midway.records, 1416131460.0, midway.spacing));
+  CountingListener listener(1);
+  auto player = std::make_unique<DataPlayer>(
+      MakeConfig("eventsFile=" + events.Path() + "\n" + midway.config));
+  player->GetRecordDispatcher()->AddListener(&listener);
+  ASSERT_EQ(player->Run(), 0);
+  ASSERT_TRUE(WaitUntil([&] { return listener.Messages() >= 1; }, ScaledMs(5000)));
+
+  const auto before = std::chrono::steady_clock::now();
+  player.reset();
+  const auto took = std::chrono::steady_clock::now() - before;
+  EXPECT_LT(took, std::chrono::milliseconds(ScaledMs(2000)));
+  const size_t delivered = listener.Messages();
+  EXPECT_LT(delivered, static_cast<size_t>(midway.records));
+  std::this_thread::sleep_for(std::chrono::milliseconds(20));
+  EXPECT_EQ(listener.Messages(), delivered);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Runners, DataPlayerShutDownTest,
+    ::testing::Values(Midway{"Interactive", "autostart=1\n", 3, 1000.0},
+                      Midway{"RealTime", "interactive=false\nplaybackSpeed=1\n", 3, 1000.0},
+                      Midway{"Batched", "interactive=false\n", 100000, 1.0}),
+    [](const ::testing::TestParamInfo<Midway>& tp) { return tp.param.name; });
+
+}  // namespace
+}  // namespace Quillan

@@ -1,0 +1,349 @@
+// Player: running, failing to run, start/stop/speed forwarding, the end of
+// the file and its replay, bad input, one playback under contention from
+// host threads, and wall-clock pacing on a real work loop.
+
+#include "player/Player.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <chrono>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "player/InputFile.h"
+#include "player/Runner.h"
+#include "runtime/WorkLoopInterface.h"
+#include "tests/support/PlaybackProbe.h"
+#include "tests/support/RecordingWorkLoop.h"
+#include "tests/support/TempFile.h"
+#include "tests/support/TestTime.h"
+#include "tests/support/TraceCapture.h"
+
+namespace Quillan {
+namespace {
+
+using pelorin_test::PlaybackProbe;
+using pelorin_test::RecordingWorkLoop;
+using pelorin_test::ScaledMs;
+using pelorin_test::TempFile;
+using Strings = std::vector<std::string>;
+
+// A player whose only consumer (and second listener) is a probe, on a work
+// loop of the test's choice.
+class TestPlayer : public Player {
+ public:
+  TestPlayer(const Config& config, PlaybackProbe* probe) : Player(config), m_probe(probe) {
+    GetRunner()->AddListener(probe);
+  }
+  ~TestPlayer() override { ShutDownPlayback(); }
+  std::vector<RecordConsumer*> GetConsumers() override { return {m_probe}; }
+  using Player::SetWorkLoopFactory;
+
+  // Plays on a recording loop: held steps, or a real loop when `real`.
+  RecordingWorkLoop* UseRecordingLoop(bool real) {
+    auto* loop = real ? new RecordingWorkLoop(CreateWorkLoop(), 0) : new RecordingWorkLoop();
+    SetWorkLoopFactory([loop] { return loop; });
+    return loop;
+  }
+  bool InputOpen() const { return m_inputFile != nullptr && m_inputFile->IsOpen(); }
+
+ private:
+  PlaybackProbe* m_probe;
+};
+
+// A configuration file's contents made into a Config.
+Config MakeConfig(const std::string& text) {
+  TempFile file(text);
+  return Config::FromFile(file.Path());
+}
+
+std::string Numbered(int count, double start, double step) {
+  std::string events;
+  for (int i = 0; i < count; ++i) {
+    events += std::to_string(start + i * step) + " $TMC " + std::to_string(i) + "\n";
+  }
+  return events;
+}
+
+bool WaitUntil(const std::function<bool()>& condition, uint32_t timeoutMs) {
+  const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(timeoutMs);
+  while (!condition()) {
+    if (std::chrono::steady_clock::now() > deadline) return false;
+    std::this_thread::sleep_for(std::chrono::milliseconds(1));
+  }
+  return true;
+}
+
+TEST(PlayerTest, RunStartsTheNamedLoopOnceAndOnlyOnce) {
+  pelorin_test::TraceCapture capture(2);
+  TempFile events("1 $TMC a\n");
+  PlaybackProbe probe;
+  TestPlayer player(MakeConfig("eventsFile=" + events.Path() + "\ninteractive=false\n"), &probe);
+  RecordingWorkLoop* loop = player.UseRecordingLoop(false);
+  EXPECT_EQ(player.Run(), 0);
+  EXPECT_EQ(loop->Name(), "Quillan::DataPlayer");
+  EXPECT_EQ(loop->Posts().size(), 1u);
+
+  EXPECT_EQ(player.Run(), 2);
+  EXPECT_EQ(capture.Lines().back().text, "Player::Run workloop already running");
+  EXPECT_EQ(capture.Lines().back().level, 4);
+  EXPECT_EQ(loop->Posts().size(), 1u);
+  loop->RunAll();
+  EXPECT_EQ(probe.Log(), (Strings{"record 1 $TMC a", "finished"}));
+  EXPECT_FALSE(player.InputOpen());
+}
+
+TEST(PlayerTest, AMissingEventsFileFailsRunOnceThenRunReportsRunning) {
+  pelorin_test::TraceCapture capture(2);
+  PlaybackProbe probe;
+  TestPlayer player(MakeConfig("eventsFile=/nonexistent/pelorin/events\n"), &probe);
+  EXPECT_EQ(player.Run(), 1);
+  EXPECT_TRUE(
+      capture.Contains("DataPlayer::CreateInput: failed to open /nonexistent/pelorin/"
+                       "events, error=1"));
+  EXPECT_TRUE(capture.Contains("Player::Initialize: Failed to create input."));
+  EXPECT_EQ(player.Run(), 2);
+  EXPECT_FALSE(player.RewindInput());
+}
+
+TEST(PlayerTest, ALoopThatCannotBeMadeFailsRun) {
+  pelorin_test::TraceCapture capture(2);
+  PlaybackProbe probe;
+  TestPlayer player(Config(), &probe);
+  player.SetWorkLoopFactory([]() -> WorkLoopInterface* { return nullptr; });
+  EXPECT_EQ(player.Run(), 1);
+  EXPECT_TRUE(capture.Contains("Player::Initialize: m_workLoop failed to initialize."));
+}
+
+TEST(PlayerTest, ANeverRunPlayerMakesNoLoop) {
+  int loopsMade = 0;
+  PlaybackProbe probe;
+  {
+    TestPlayer player(Config(), &probe);
+    player.SetWorkLoopFactory([&loopsMade]() -> WorkLoopInterface* {
+      ++loopsMade;
+      return nullptr;
+    });
+    player.StartPlayback();  // interactive, but not bound to a loop yet
+    player.SetSpeed(2.0);
+    player.Stop();
+  }
+  EXPECT_EQ(loopsMade, 0);
+}
+
+TEST(PlayerTest, StartStopAndSpeedLeaveTheFixedPaceRunnersAlone) {
+  pelorin_test::TraceCapture capture(2);
+  TempFile events("1 $TMC a\n2 $TMC b\n");
+  for (const char* kind : {"playbackSpeed=2\n", ""}) {
+    PlaybackProbe probe;
+    TestPlayer player(MakeConfig("eventsFile=" + events.Path() + "\ninteractive=false\n" + kind),
+                      &probe);
+    RecordingWorkLoop* loop = player.UseRecordingLoop(false);
+    ASSERT_EQ(player.Run(), 0);
+    loop->RunAll();
+    capture.Clear();
+    player.StartPlayback();
+    player.SetSpeed(3.0);
+    player.Stop();
+    EXPECT_EQ(capture.Texts(), Strings{"Player::StartPlayback"});
+    EXPECT_EQ(probe.Records(), 2u);
+    EXPECT_EQ(loop->Held(), 0u);
+  }
+}
+
+class PlayerReplayTest : public ::testing::TestWithParam<bool> {};
+
+TEST_P(PlayerReplayTest, StartAfterTheEndReplaysTheFileFromItsStart) {
+  TempFile events("10 $TMC a\n11 $TMC b\n15 $TMC c\n");
+  PlaybackProbe probe;
+  TestPlayer player(MakeConfig("eventsFile=" + events.Path() + "\nautostart=1\n"), &probe);
+  RecordingWorkLoop* loop = player.UseRecordingLoop(GetParam());
+  ASSERT_EQ(player.Run(), 0);
+  if (GetParam()) {
+    ASSERT_TRUE(probe.WaitForFinishes(1, ScaledMs(5000)));
+  } else {
+    loop->RunAll();
+  }
+  EXPECT_TRUE(WaitUntil([&] { return !player.InputOpen(); }, ScaledMs(5000)));
+
+  player.StartPlayback();
+  if (GetParam()) {
+    ASSERT_TRUE(probe.WaitForFinishes(2, ScaledMs(5000)));
+  } else {
+    loop->RunAll();
+  }
+  EXPECT_EQ(probe.Payloads(), (Strings{"a", "b", "c", "a", "b", "c"}));
+  EXPECT_EQ(probe.Finishes(), 2u);
+}
+
+INSTANTIATE_TEST_SUITE_P(HeldAndRealLoop, PlayerReplayTest, ::testing::Bool(),
+                         [](const ::testing::TestParamInfo<bool>& tp) {
+                           return tp.param ? "RealLoop" : "HeldSteps";
+                         });
+
+TEST(PlayerTest, AMalformedLineEndsPlaybackExactlyThere) {
+  TempFile events("1 $TMC a\n2 $TMC b\nbroken-line-without-blank\n4 $TMC c\n");
+  for (const char* kind :
+       {"interactive=false\nplaybackSpeed=1000\n", "interactive=false\n", "autostart=true\n"}) {
+    PlaybackProbe probe;
+    TestPlayer player(MakeConfig("eventsFile=" + events.Path() + "\n" + kind), &probe);
+    ASSERT_EQ(player.Run(), 0);
+    ASSERT_TRUE(probe.WaitForFinishes(1, ScaledMs(5000))) << kind;
+    EXPECT_EQ(probe.Payloads(), (Strings{"a", "b"})) << kind;
+  }
+}
+
+TEST(PlayerTest, StopAndStartResumeWherePlaybackStood) {
+  pelorin_test::TraceCapture capture(2);
+  TempFile events(Numbered(10, 1000.0, 1.0));
+  PlaybackProbe probe;
+  TestPlayer player(MakeConfig("eventsFile=" + events.Path() + "\nautostart=true\n"), &probe);
+  player.UseRecordingLoop(true);
+  probe.SetOnRecord([&player](size_t number) {
+    if (number == 3) player.Stop();
+  });
+  ASSERT_EQ(player.Run(), 0);
+  ASSERT_TRUE(WaitUntil([&] { return capture.Contains("InteractiveRunner::Execute: stopping"); },
+                        ScaledMs(5000)));
+  EXPECT_EQ(probe.Payloads(), (Strings{"0", "1", "2"}));
+  EXPECT_EQ(probe.Log().back(), "next 1003");
+
+  player.StartPlayback();
+  ASSERT_TRUE(probe.WaitForFinishes(1, ScaledMs(5000)));
+  EXPECT_EQ(probe.Payloads(), (Strings{"0", "1", "2", "3", "4", "5", "6", "7", "8", "9"}));
+}
+
+// Checks that the log is made of whole passes over `count` records: each
+// record once, in order, and each end reported right after the last record.
+void ExpectWholePasses(const Strings& log, int count) {
+  int expected = 0;
+  int passes = 0;
+  for (const std::string& entry : log) {
+    if (entry.rfind("record ", 0) == 0) {
+      ASSERT_EQ(entry.substr(entry.rfind(' ') + 1), std::to_string(expected)) << "pass " << passes;
+      ++expected;
+    } else if (entry == "finished") {
+      ASSERT_EQ(expected, count) << "an end reported in the middle of pass " << passes;
+      expected = 0;
+      ++passes;
+    }
+  }
+  EXPECT_EQ(expected, 0);
+  EXPECT_GE(passes, 1);
+}
+
+TEST(PlayerTest, HostThreadsStartingAndStoppingGetOnePlayback) {
+  const int kRecords = 120;
+  TempFile events(Numbered(kRecords, 1000.0, 0.01));
+  PlaybackProbe probe;
+  TestPlayer player(
+      MakeConfig("eventsFile=" + events.Path() + "\nplaybackSpeed=5\nautostart=false\n"), &probe);
+  ASSERT_EQ(player.Run(), 0);
+
+  std::atomic<bool> go{false};
+  std::vector<std::thread> hosts;
+  for (int t = 0; t < 4; ++t) {
+    hosts.emplace_back([&player, &go, t] {
+      while (!go.load()) std::this_thread::yield();
+      for (int i = 0; i < 150; ++i) {
+        player.StartPlayback();
+        if ((i + t) % 3 == 0) std::this_thread::sleep_for(std::chrono::microseconds(200));
+        if (t == 3) player.SetSpeed(5.0);
+        player.Stop();
+        if ((i + t) % 4 == 0) std::this_thread::sleep_for(std::chrono::microseconds(300));
+      }
+    });
+  }
+  go.store(true);
+  for (std::thread& host : hosts) host.join();
+
+  player.StartPlayback();
+  ASSERT_TRUE(WaitUntil([&] { return player.GetRunner()->IsFinished(); }, ScaledMs(20000)));
+  ExpectWholePasses(probe.Log(), kRecords);
+}
+
+// Wall-clock pacing on a real loop: bounds are loose above, since a loaded
+// machine only ever delays a step, and tight below.
+class Stopwatch : public RecordConsumer, public RunnerListener {
+ public:
+  int OnRecord(uint32_t, const std::string&, const std::string&) override {
+    Mark(m_records);
+    return 0;
+  }
+  void OnTick(Runner*, double) override { Mark(m_ticks); }
+  void OnFinished(Runner*) override { m_finished.store(true); }
+
+  std::vector<double> Records() { return Copy(m_records); }
+  std::vector<double> Ticks() { return Copy(m_ticks); }
+  bool Finished() const { return m_finished.load(); }
+
+ private:
+  void Mark(std::vector<double>& marks) {
+    std::lock_guard<std::mutex> guard(m_lock);
+    marks.push_back(std::chrono::duration<double, std::milli>(Clock::now() - m_start).count());
+  }
+  std::vector<double> Copy(const std::vector<double>& marks) {
+    std::lock_guard<std::mutex> guard(m_lock);
+    return marks;
+  }
+  using Clock = std::chrono::steady_clock;
+  const Clock::time_point m_start = Clock::now();
+  std::mutex m_lock;
+  std::vector<double> m_records;
+  std::vector<double> m_ticks;
+  std::atomic<bool> m_finished{false};
+};
+
+class StopwatchPlayer : public Player {
+ public:
+  StopwatchPlayer(const Config& config, Stopwatch* watch) : Player(config), m_watch(watch) {
+    GetRunner()->AddListener(watch);
+  }
+  ~StopwatchPlayer() override { ShutDownPlayback(); }
+  std::vector<RecordConsumer*> GetConsumers() override { return {m_watch}; }
+
+ private:
+  Stopwatch* m_watch;
+};
+
+const double kSlack = 400.0 * pelorin_test::TimeScale();
+
+TEST(PlayerWallClockTest, RealTimeRecordsKeepTheirSpacingOverSpeed) {
+  TempFile events("1000 a\n1000.5 b\n1001 c\n");
+  Stopwatch watch;
+  StopwatchPlayer player(
+      MakeConfig("eventsFile=" + events.Path() + "\ninteractive=false\nplaybackSpeed=2\n"), &watch);
+  ASSERT_EQ(player.Run(), 0);
+  ASSERT_TRUE(WaitUntil([&] { return watch.Finished(); }, ScaledMs(5000)));
+  const std::vector<double> marks = watch.Records();
+  ASSERT_EQ(marks.size(), 3u);
+  for (size_t i = 1; i < marks.size(); ++i) {
+    EXPECT_GE(marks[i] - marks[i - 1], 245.0);
+    EXPECT_LE(marks[i] - marks[i - 1], 250.0 + kSlack);
+  }
+}
+
+TEST(PlayerWallClockTest, InteractiveTicksComeEveryTwoSecondsWhateverTheSpeed) {
+  TempFile events("100 a\n104 b\n108.5 c\n");
+  Stopwatch watch;
+  StopwatchPlayer player(
+      MakeConfig("eventsFile=" + events.Path() + "\nautostart=1\nplaybackSpeed=4\n"), &watch);
+  ASSERT_EQ(player.Run(), 0);
+  ASSERT_TRUE(WaitUntil([&] { return watch.Finished(); }, ScaledMs(10000)));
+  const std::vector<double> ticks = watch.Ticks();
+  const std::vector<double> records = watch.Records();
+  ASSERT_EQ(ticks.size(), 2u);
+  ASSERT_EQ(records.size(), 3u);
+  EXPECT_GE(ticks[1] - ticks[0], 1995.0);
+  EXPECT_LE(ticks[1] - ticks[0], 2000.0 + kSlack);
+  EXPECT_GE(records[1] - records[0], 995.0);
+  EXPECT_LE(records[1] - records[0], 1000.0 + kSlack);
+}
+
+}  // namespace
+}  // namespace Quillan
