@@ -1,0 +1,202 @@
+// The key=value payload grammar shared by the "$TMC" and "$TSL" producers,
+// run on a producer whose keys are "a" and "b", and the text conversions that
+// the producers apply to the values.
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "producers/IntegerText.h"
+#include "producers/PayloadProducer.h"
+#include "producers/Utf8Text.h"
+
+namespace Quillan {
+namespace {
+
+using Fields = std::vector<std::pair<int, std::string>>;
+
+class NullMessage : public ProducedMessage {
+ public:
+  void DeliverTo(TrafficDataListener&) override {}
+};
+
+// Records what Parse asks of it; refuses the value "reject".
+class RecordingProducer : public PayloadProducer {
+ public:
+  void Begin() override {
+    fields.clear();
+    nextItems = 0;
+  }
+  void InitKeys(KeyTable& keys) override {
+    ++initKeysCalls;
+    keys["a"] = 1;
+    keys["b"] = 2;
+  }
+  int SetField(int field, const std::string& value) override {
+    if (value == "reject") return 7;
+    fields.emplace_back(field, value);
+    return 0;
+  }
+  void NextItem() override { ++nextItems; }
+  std::unique_ptr<ProducedMessage> CreateMessage() override {
+    return std::make_unique<NullMessage>();
+  }
+
+  Fields fields;
+  int nextItems = 0;
+  int initKeysCalls = 0;
+};
+
+struct GrammarCase {
+  std::string payload;
+  bool produces;
+  Fields fields;  // stored before the end or the failure
+  int nextItems;
+};
+
+TEST(PayloadGrammar, EveryPayloadOfTheGrammarTable) {
+  const std::vector<GrammarCase> cases = {
+      {"a=1 b=2", true, {{1, "1"}, {2, "2"}}, 1},
+      {"a=1;b=2", true, {{1, "1"}, {2, "2"}}, 2},
+      {"a=1;", true, {{1, "1"}}, 1},
+      {"a=1 ", true, {{1, "1"}}, 1},
+      {"a=", false, {}, 1},
+      {"a= b=2", true, {{1, ""}, {2, "2"}}, 1},
+      {"a=1  b=2", false, {{1, "1"}}, 1},
+      {"a1", false, {}, 1},
+      {"=1", false, {}, 1},
+      {"a=\"x y;z\" b=2", true, {{1, "x y;z"}, {2, "2"}}, 1},
+      {"a=\"x y", true, {{1, "x y"}}, 1},
+      {"a=\"\"", false, {}, 1},
+      {"a=\"\" b=2", true, {{1, ""}, {2, "2"}}, 1},
+      {"a=\"x\"yb=2", true, {{1, "x"}, {2, "2"}}, 1},
+      {"a=\"x\";b=2", true, {{1, "x"}, {2, "2"}}, 2},
+      {"A=1", false, {}, 1},
+      {"", true, {}, 0},
+      {"a=\"", false, {}, 1},
+      {";", false, {}, 1},
+      {" ; ;", false, {}, 1},
+      {"a=1;;b=2", false, {{1, "1"}}, 2},
+      {"b=2 a=reject b=3", false, {{2, "2"}}, 1},
+      {"a=x=y", true, {{1, "x=y"}}, 1},
+  };
+  RecordingProducer producer;
+  for (const GrammarCase& c : cases) {
+    SCOPED_TRACE("payload: " + c.payload);
+    EXPECT_EQ(producer.Parse(c.payload) != nullptr, c.produces);
+    EXPECT_EQ(producer.fields, c.fields);
+    EXPECT_EQ(producer.nextItems, c.nextItems);
+  }
+  EXPECT_EQ(producer.initKeysCalls, 1);
+}
+
+TEST(PayloadGrammar, ExplainsWhereAndWhyAPayloadFails) {
+  struct Expected {
+    std::string payload;
+    ParseFailure kind;
+    size_t offset;
+    std::string key;
+  };
+  const std::vector<Expected> cases = {
+      {"a=1  b=2", ParseFailure::kUnknownKey, 4, " b"},
+      {"a1", ParseFailure::kMissingEquals, 0, ""},
+      {"a=1 b", ParseFailure::kMissingEquals, 4, ""},
+      {"a=1 =2", ParseFailure::kEmptyKey, 4, ""},
+      {"b=1 a=\"", ParseFailure::kQuoteAtEnd, 6, "a"},
+      {"a=1 b=", ParseFailure::kEmptyValueAtEnd, 6, "b"},
+      {"a=\"\"", ParseFailure::kEmptyValueAtEnd, 3, "a"},
+      {"a=1;b=reject", ParseFailure::kFieldRejected, 4, "b"},
+  };
+  RecordingProducer producer;
+  for (const Expected& c : cases) {
+    SCOPED_TRACE("payload: " + c.payload);
+    ParseError error;
+    EXPECT_EQ(producer.Parse(c.payload, &error), nullptr);
+    EXPECT_EQ(error.kind, c.kind);
+    EXPECT_EQ(error.offset, c.offset);
+    EXPECT_EQ(error.key, c.key);
+  }
+  ParseError error;
+  error.kind = ParseFailure::kUnknownKey;
+  EXPECT_NE(producer.Parse("a=1", &error), nullptr);
+  EXPECT_EQ(error.kind, ParseFailure::kNone);
+}
+
+TEST(PayloadGrammar, OddBytesAndHugeValuesAreTakenAsTheyStand) {
+  RecordingProducer producer;
+  const std::string huge(1 << 20, 'x');
+  EXPECT_NE(producer.Parse("a=" + huge + " b=2"), nullptr);
+  ASSERT_EQ(producer.fields.size(), 2u);
+  EXPECT_EQ(producer.fields[0].second, huge);
+
+  const char kWithNul[] = "a=x\0y b=\xC4\xFF";
+  EXPECT_NE(producer.Parse(std::string(kWithNul, sizeof(kWithNul) - 1)), nullptr);
+  EXPECT_EQ(producer.fields, (Fields{{1, std::string("x\0y", 3)}, {2, "\xC4\xFF"}}));
+  EXPECT_EQ(producer.Parse(std::string("a\0=1", 4)), nullptr);
+  EXPECT_EQ(producer.Parse("\"a\"=1"), nullptr);
+}
+
+TEST(IntegerText, WholeTextMustBeANumberInRange) {
+  struct Case {
+    std::string text;
+    int base;
+    bool converts;
+    int64_t value;
+  };
+  const std::vector<Case> cases = {
+      {"12", 10, true, 12},
+      {" +12\t", 10, true, 12},
+      {"-12", 10, true, -12},
+      {"0012", 10, true, 12},
+      {"9223372036854775807", 10, true, INT64_MAX},
+      {"-9223372036854775808", 10, true, INT64_MIN},
+      {"9223372036854775808", 10, false, 0},
+      {"99999999999999999999999", 10, false, 0},
+      {"12abc", 10, false, 0},
+      {"1 2", 10, false, 0},
+      {"- 1", 10, false, 0},
+      {"1F", 10, false, 0},
+      {"", 10, false, 0},
+      {"+", 10, false, 0},
+      {std::string("1\0", 2), 10, false, 0},
+      {"1F", 16, true, 31},
+      {"ff", 16, true, 255},
+      {"0x1f", 16, true, 31},
+      {"-0X10", 16, true, -16},
+      {"0x", 16, false, 0},
+      {"g", 16, false, 0},
+      {"7FFFFFFFFFFFFFFF", 16, true, INT64_MAX},
+      {"10000000000000000", 16, false, 0},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE("text: " + c.text);
+    int64_t value = 99;
+    EXPECT_EQ(IntegerText::Convert(c.text, c.base, &value), c.converts);
+    EXPECT_EQ(value, c.converts ? c.value : 99);
+    EXPECT_EQ(c.base == 10 ? IntegerText::DecimalOrZero(c.text) : IntegerText::HexOrZero(c.text),
+              c.value);
+  }
+}
+
+TEST(Utf8Text, KeepsUtf8AndReadsOtherHighBytesAsLatin1) {
+  const std::vector<std::pair<std::string, std::string>> cases = {
+      {"Radio 1", "Radio 1"},
+      {"\xC4", "\xC3\x84"},      // Latin-1 A umlaut
+      {"\xC3\x84", "\xC3\x84"},  // already UTF-8
+      {"\xE2\x82\xAC\xF0\x9F\x9A\x97", "\xE2\x82\xAC\xF0\x9F\x9A\x97"},
+      {"\xC0\x80", "\xC3\x80\xC2\x80"},              // overlong NUL
+      {"\xED\xA0\x80", "\xC3\xAD\xC2\xA0\xC2\x80"},  // surrogate
+      {"\xE2\x82", "\xC3\xA2\xC2\x82"},              // cut short
+      {"\xF5\x80\x80\x80", "\xC3\xB5\xC2\x80\xC2\x80\xC2\x80"},
+      {std::string("a\0b", 3), std::string("a\0b", 3)},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE("bytes: " + c.first);
+    EXPECT_EQ(Utf8Text::FromBytes(c.first), c.second);
+  }
+}
+
+}  // namespace
+}  // namespace Quillan

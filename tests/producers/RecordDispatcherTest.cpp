@@ -1,0 +1,227 @@
+// The record dispatcher with its "$TMC" and "$TSL" producers, seen from the
+// traffic-data listeners.
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "CIString.h"
+#include "CITypesFactory.h"
+#include "producers/PayloadProducer.h"
+#include "producers/RecordDispatcher.h"
+#include "producers/TrafficDataListener.h"
+
+namespace Quillan {
+namespace {
+
+using asi::navigation::trafficinfo::sTIServiceListEntry;
+
+// Keeps what it receives; appends its name to a shared log per delivery.
+class RecordingListener : public TrafficDataListener {
+ public:
+  explicit RecordingListener(std::vector<std::string>* log = nullptr, std::string name = "")
+      : m_log(log), m_name(std::move(name)) {}
+  void OnServiceList(ServiceList list) override {
+    lists.push_back(list);
+    if (m_log) m_log->push_back(m_name);
+  }
+  void OnTmcMessage(std::shared_ptr<TmcMessageData> message) override {
+    messages.push_back(message);
+    if (m_log) m_log->push_back(m_name);
+  }
+
+  std::vector<ServiceList> lists;
+  std::vector<std::shared_ptr<TmcMessageData>> messages;
+
+ private:
+  std::vector<std::string>* m_log;
+  std::string m_name;
+};
+
+std::vector<uint8_t> Bytes(const std::shared_ptr<CIUInt8Array>& array) {
+  return std::vector<uint8_t>(array->data(), array->data() + array->size());
+}
+
+class RecordDispatcherTest : public ::testing::Test {
+ protected:
+  void SetUp() override { ASSERT_TRUE(dispatcher.AddListener(&listener)); }
+
+  // The one TMC message that `payload` delivers.
+  std::shared_ptr<TmcMessageData> Tmc(const std::string& payload) {
+    listener.messages.clear();
+    EXPECT_EQ(dispatcher.OnRecord(5, "$TMC", payload), 0) << payload;
+    return listener.messages.size() == 1 ? listener.messages[0] : nullptr;
+  }
+  // The service list that `payload` delivers.
+  ServiceList Tsl(const std::string& payload) {
+    listener.lists.clear();
+    EXPECT_EQ(dispatcher.OnRecord(5, "$TSL", payload), 0) << payload;
+    return listener.lists.size() == 1 ? listener.lists[0] : nullptr;
+  }
+
+  RecordDispatcher dispatcher;
+  RecordingListener listener;
+};
+
+TEST_F(RecordDispatcherTest, RecordsWithoutAMessageReachNoListener) {
+  EXPECT_EQ(dispatcher.OnRecord(10, "$TOT", "getInventory"), 1);
+  EXPECT_EQ(dispatcher.OnRecord(10, "$tmc", "LTN=1"), 1);
+  EXPECT_EQ(dispatcher.OnRecord(10, "", ""), 1);
+  EXPECT_EQ(dispatcher.OnRecord(10, "$TMC", "ltn=1"), 1);
+  EXPECT_EQ(dispatcher.OnRecord(10, "$TMC", "LTN=1 SID="), 1);
+  EXPECT_EQ(dispatcher.OnRecord(10, "$TSL", "sd_SID=1; sd_SID=2"), 1);
+  EXPECT_TRUE(listener.messages.empty());
+  EXPECT_TRUE(listener.lists.empty());
+  EXPECT_EQ(dispatcher.GetLastTmcTime(), 0u);
+}
+
+TEST_F(RecordDispatcherTest, LastTmcTimeFollowsProducedTmcMessagesOnly) {
+  EXPECT_EQ(dispatcher.OnRecord(100, "$TMC", ""), 0);
+  EXPECT_EQ(dispatcher.GetLastTmcTime(), 100u);
+  EXPECT_EQ(dispatcher.OnRecord(200, "$TMC", "LTN"), 1);
+  EXPECT_EQ(dispatcher.OnRecord(300, "$TSL", ""), 0);
+  EXPECT_EQ(dispatcher.GetLastTmcTime(), 100u);
+  ASSERT_TRUE(dispatcher.RemoveListener(&listener));
+  EXPECT_EQ(dispatcher.OnRecord(400, "$TMC", "LTN=1"), 0);
+  EXPECT_EQ(dispatcher.GetLastTmcTime(), 400u);
+  EXPECT_EQ(listener.messages.size(), 1u);
+}
+
+TEST_F(RecordDispatcherTest, ListenersAreUniqueAndServedInRegistrationOrder) {
+  std::vector<std::string> log;
+  RecordingListener first(&log, "first"), second(&log, "second"), third(&log, "third");
+  ASSERT_TRUE(dispatcher.RemoveListener(&listener));
+  EXPECT_FALSE(dispatcher.RemoveListener(&listener));
+  EXPECT_FALSE(dispatcher.AddListener(nullptr));
+  for (RecordingListener* each : {&first, &second, &third})
+    EXPECT_TRUE(dispatcher.AddListener(each));
+  EXPECT_FALSE(dispatcher.AddListener(&second));
+  dispatcher.OnRecord(1, "$TMC", "");
+  EXPECT_TRUE(dispatcher.RemoveListener(&second));
+  dispatcher.OnRecord(2, "$TSL", "");
+  EXPECT_EQ(log, (std::vector<std::string>{"first", "second", "third", "first", "third"}));
+  // Every listener holds the same data object.
+  EXPECT_EQ(first.messages[0], second.messages[0]);
+  EXPECT_EQ(first.lists[0], third.lists[0]);
+}
+
+TEST_F(RecordDispatcherTest, ReplacedProducerServesTheTagAndDiagnosesPayloads) {
+  PayloadProducer* original = dispatcher.FindProducer("$TMC");
+  ASSERT_NE(original, nullptr);
+  EXPECT_EQ(dispatcher.FindProducer("$TOT"), nullptr);
+  ParseError error;
+  EXPECT_EQ(original->Parse("LTN=1 ltn=2", &error), nullptr);
+  EXPECT_EQ(error.kind, ParseFailure::kUnknownKey);
+  EXPECT_EQ(error.key, "ltn");
+  EXPECT_EQ(error.offset, 6u);
+  // "$TMC" now builds service lists; the old producer stays owned.
+  dispatcher.RegisterProducer("$TMC", dispatcher.FindProducer("$TSL"));
+  EXPECT_EQ(dispatcher.OnRecord(7, "$TMC", "sd_SID=1"), 0);
+  EXPECT_EQ(listener.lists.size(), 1u);
+  EXPECT_EQ(dispatcher.GetLastTmcTime(), 7u);
+}
+
+TEST_F(RecordDispatcherTest, TmcMessageFieldsFromTheirKeys) {
+  auto message = Tmc("timeStamp=1416131460 LTN=1 SID=34;PID=53761 tmcData=0A:1F:22:3C:00");
+  ASSERT_TRUE(message && message->tmcData);
+  EXPECT_EQ(message->timeStamp, 1416131460u);
+  EXPECT_EQ(message->ltn, 1);
+  EXPECT_EQ(message->sid, 34);
+  EXPECT_EQ(message->pid, 53761u);
+  EXPECT_EQ(Bytes(message->tmcData), (std::vector<uint8_t>{0x0A, 0x1F, 0x22, 0x3C, 0x00}));
+
+  auto empty = Tmc("");
+  ASSERT_TRUE(empty);
+  EXPECT_EQ(empty->timeStamp + empty->ltn + empty->sid + empty->pid, 0u);
+  EXPECT_EQ(empty->tmcData, nullptr);
+  EXPECT_NE(empty, message);  // each record starts fresh data
+  EXPECT_EQ(message->ltn, 1);
+
+  auto partial = Tmc("SID=3 SID=4");
+  EXPECT_EQ(partial->sid, 4);
+  EXPECT_EQ(partial->ltn, 0);
+  EXPECT_EQ(partial->tmcData, nullptr);
+}
+
+TEST_F(RecordDispatcherTest, TmcNumbersKeepTheirLowBitsAndUnreadableOnesAreZero) {
+  EXPECT_EQ(Tmc("LTN=300")->ltn, 44);
+  EXPECT_EQ(Tmc("LTN=-1")->ltn, 255);
+  EXPECT_EQ(Tmc("SID=12abc")->sid, 0);
+  EXPECT_EQ(Tmc("PID=4294967295")->pid, 4294967295u);
+  EXPECT_EQ(Tmc("PID=4294967296")->pid, 0u);
+  EXPECT_EQ(Tmc("timeStamp=-1")->timeStamp, 4294967295u);
+  EXPECT_EQ(Tmc("timeStamp=\" +17 \"")->timeStamp, 17u);
+  EXPECT_EQ(Tmc("timeStamp=99999999999999999999")->timeStamp, 0u);
+}
+
+TEST_F(RecordDispatcherTest, TmcDataIsColonSeparatedHexadecimal) {
+  const std::vector<std::pair<std::string, std::vector<uint8_t>>> cases = {
+      {"0A::1F", {0x0A, 0x00, 0x1F}},
+      {"0A:", {0x0A}},
+      {"1FF", {0xFF}},
+      {"ab:AB:0x1c:+2", {0xAB, 0xAB, 0x1C, 0x02}},
+      {"zz:-1", {0x00, 0xFF}},
+      {":", {0x00}},
+      {"\"\" LTN=1", {}},
+      {"\"1 2\"", {0x00}},
+  };
+  for (const auto& c : cases) {
+    auto message = Tmc("tmcData=" + c.first);
+    ASSERT_TRUE(message && message->tmcData) << c.first;
+    EXPECT_EQ(Bytes(message->tmcData), c.second) << c.first;
+  }
+  EXPECT_EQ(Bytes(Tmc("tmcData=01:02 tmcData=03")->tmcData), std::vector<uint8_t>{0x03});
+}
+
+TEST_F(RecordDispatcherTest, ServiceListEntriesFollowTheSemicolons) {
+  ServiceList list =
+      Tsl("serviceType=1 sd_SID=34 sd_LTCC=13 sd_LTN=1 sd_PID=53761 sd_SPN=RADIO1 monitorState=1;"
+          "serviceType=1 sd_SID=35 sd_LTN=2 sd_MGS=3 sd_ST=9 sd_Q=300 SID_A=1 SID_B=2 SID_C=258;");
+  ASSERT_TRUE(list);
+  ASSERT_EQ(list->size(), 2u);
+  const sTIServiceListEntry& first = *(*list)[0];
+  EXPECT_EQ(first.serviceType, 1u);
+  EXPECT_EQ(first.monitorState, 1u);
+  EXPECT_EQ(first.serviceDescription->sd_SID, 34);
+  EXPECT_EQ(first.serviceDescription->sd_LTCC, 13);
+  EXPECT_EQ(first.serviceDescription->sd_PID, 53761u);
+  ASSERT_TRUE(first.serviceDescription->sd_SPN);
+  EXPECT_EQ(first.serviceDescription->sd_SPN->utf8(), "RADIO1");
+  EXPECT_EQ(first.serviceDescription->sd_SPN->encoding(), CITypesFactory::kEncodingUtf8);
+  EXPECT_EQ(first.serviceDescription->sd_sendername, nullptr);
+  const sTIServiceListEntry& second = *(*list)[1];
+  EXPECT_NE(second.serviceDescription, first.serviceDescription);
+  EXPECT_EQ(second.serviceDescription->sd_MGS, 3);
+  EXPECT_EQ(second.serviceDescription->sd_ST, 9u);
+  EXPECT_EQ(second.serviceDescription->sd_Q, 44);
+  EXPECT_EQ(second.serviceDescription->sd_SPN, nullptr);
+  EXPECT_EQ(second.serviceIdentifiers->SID_A + second.serviceIdentifiers->SID_B, 3);
+  EXPECT_EQ(second.serviceIdentifiers->SID_C, 2);
+  EXPECT_EQ(second.monitorState, 0u);
+
+  EXPECT_TRUE(Tsl("")->empty());
+  EXPECT_EQ(Tsl("sd_SID=1;sd_SID=2")->size(), 2u);
+  EXPECT_NE(Tsl(""), list);  // every record is a new list
+  EXPECT_EQ(list->size(), 2u);
+}
+
+TEST_F(RecordDispatcherTest, ServiceIdentifierAndTextsAsTheHeadUnitWantsThem) {
+  const std::vector<std::pair<std::string, int64_t>> ids = {
+      {"-2", -2}, {"4294967295", -1}, {"2147483648", INT32_MIN}, {"x", 0}, {"4294967298", 2}};
+  for (const auto& c : ids) {
+    EXPECT_EQ((*Tsl("SS_ID=" + c.first))[0]->serviceIdentifiers->SS_ID, c.second) << c.first;
+  }
+  auto description = [&](const std::string& payload) {
+    return (*Tsl(payload))[0]->serviceDescription;
+  };
+  EXPECT_EQ(description("sd_SPN=A sd_SPN=\"Radio Eins\"")->sd_SPN->utf8(), "Radio Eins");
+  EXPECT_EQ(description("sd_sendername=B\xC4R")->sd_sendername->utf8(), "B\xC3\x84R");
+  EXPECT_EQ(description("sd_sendername=B\xC3\x84R")->sd_sendername->utf8(), "B\xC3\x84R");
+  const char kNul[] = "sd_SPN=AB\0C";
+  EXPECT_EQ(description(std::string(kNul, sizeof(kNul) - 1))->sd_SPN->utf8(), "AB");
+}
+
+}  // namespace
+}  // namespace Quillan
