@@ -87,8 +87,10 @@ bool HeadUnit::Start(bool raiseStartEvent, std::string* error) {
              (cause.empty() ? std::string() : ": " + cause);
     return false;
   }
+  // A module that did not say which runner it chose runs the interactive
+  // one, its default; the start event does nothing to the others.
   const RunnerKind runner = m_trace.Runner();
-  if (runner == RunnerKind::kInteractive) {
+  if (runner == RunnerKind::kInteractive || runner == RunnerKind::kUnknown) {
     if (raiseStartEvent) StartPlayback();
   } else {
     m_playing.store(true);

@@ -1,0 +1,146 @@
+// Command line and control input of pelorin-host.
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "ControlCommand.h"
+#include "Options.h"
+
+namespace PelorinHost {
+namespace {
+
+struct Parsed {
+  bool ok = false;
+  Options options;
+  std::string error;
+};
+
+Parsed Parse(std::vector<std::string> args) {
+  args.insert(args.begin(), "pelorin-host");
+  std::vector<const char*> argv;
+  for (const std::string& arg : args) argv.push_back(arg.c_str());
+  Parsed parsed;
+  parsed.ok =
+      ParseOptions(static_cast<int>(argv.size()), argv.data(), &parsed.options, &parsed.error);
+  return parsed;
+}
+
+TEST(HostOptions, DefaultsPlayInteractivelyWithoutEventsFile) {
+  const Parsed parsed = Parse({});
+  ASSERT_TRUE(parsed.ok) << parsed.error;
+  EXPECT_EQ(parsed.options.runner, RunnerChoice::kInteractive);
+  EXPECT_FALSE(parsed.options.SetsConfiguration());
+  EXPECT_EQ(parsed.options.tpegLatencyMs, 10u);
+  EXPECT_EQ(parsed.options.traceLevel, -1);
+  EXPECT_TRUE(parsed.options.eventsFile.empty());
+}
+
+TEST(HostOptions, ValuesInBothSpellingsAndOneEventsFile) {
+  const Parsed parsed = Parse({"--realtime=2.5", "--tpeg-latency", "250", "--trace=3", "--json",
+                               "--timeout", "1.5", "--tpegs-dir", "/t", "rec.txt"});
+  ASSERT_TRUE(parsed.ok) << parsed.error;
+  EXPECT_EQ(parsed.options.runner, RunnerChoice::kRealtime);
+  EXPECT_DOUBLE_EQ(parsed.options.realtimeSpeed, 2.5);
+  EXPECT_EQ(parsed.options.tpegLatencyMs, 250u);
+  EXPECT_EQ(parsed.options.traceLevel, 3);
+  EXPECT_TRUE(parsed.options.json);
+  EXPECT_DOUBLE_EQ(parsed.options.timeoutSeconds, 1.5);
+  EXPECT_EQ(parsed.options.tpegsDir, "/t");
+  EXPECT_EQ(parsed.options.eventsFile, "rec.txt");
+  EXPECT_TRUE(parsed.options.SetsConfiguration());
+}
+
+TEST(HostOptions, DoubleDashEndsOptions) {
+  const Parsed parsed = Parse({"--batched", "--", "--odd-name"});
+  ASSERT_TRUE(parsed.ok) << parsed.error;
+  EXPECT_EQ(parsed.options.eventsFile, "--odd-name");
+}
+
+TEST(HostOptions, RejectsWhatCannotBeUsed) {
+  const std::vector<std::vector<std::string>> bad = {
+      {"--bogus"},
+      {"--realtime"},
+      {"--realtime", "0"},
+      {"--realtime", "fast"},
+      {"--speed", "-1"},
+      {"--tpeg-latency", "-5"},
+      {"--trace", "9"},
+      {"--timeout", "0"},
+      {"--json=yes"},
+      {"a.txt", "b.txt"},
+      {"--batched", "--realtime", "2"},
+      {"--batched", "--speed", "2"},
+      {"--realtime", "2", "--paused"},
+      {"--root", "/r", "events"},
+      {"--root", "/r", "--batched"},
+  };
+  for (const auto& args : bad) {
+    const Parsed parsed = Parse(args);
+    EXPECT_FALSE(parsed.ok) << args.front();
+    EXPECT_FALSE(parsed.error.empty());
+    EXPECT_EQ(parsed.error.find('\n'), std::string::npos);
+  }
+}
+
+TEST(HostOptions, HelpNamesEveryOption) {
+  const std::string help = HelpText();
+  for (const char* option :
+       {"--batched", "--realtime", "--interactive", "--speed", "--autostart", "--paused",
+        "--tpegs-dir", "--control", "--tpeg-latency", "--tpeg-offline", "--json", "--trace",
+        "--timeout", "--module", "--root", "--help", "--version", "Examples:"}) {
+    EXPECT_NE(help.find(option), std::string::npos) << option;
+  }
+}
+
+TEST(HostControls, LinesBecomeCommands) {
+  EXPECT_EQ(ControlCommand::FromLine("start").kind, ControlCommand::kStart);
+  EXPECT_EQ(ControlCommand::FromLine("  STOP \r").kind, ControlCommand::kStop);
+  EXPECT_EQ(ControlCommand::FromLine("quit").kind, ControlCommand::kQuit);
+  EXPECT_EQ(ControlCommand::FromLine("").kind, ControlCommand::kNone);
+  const ControlCommand speed = ControlCommand::FromLine("speed  250");
+  EXPECT_EQ(speed.kind, ControlCommand::kSpeed);
+  EXPECT_EQ(speed.percent, 250);
+  for (const char* bad : {"speed", "speed 0", "speed 12x", "start now", "jump"}) {
+    const ControlCommand command = ControlCommand::FromLine(bad);
+    EXPECT_EQ(command.kind, ControlCommand::kInvalid) << bad;
+    EXPECT_FALSE(command.error.empty());
+  }
+}
+
+TEST(HostControls, SpeedStepsStayInRange) {
+  EXPECT_EQ(StepSpeed(100, true), 200);
+  EXPECT_EQ(StepSpeed(100, false), 50);
+  EXPECT_EQ(StepSpeed(1, false), 1);
+  EXPECT_EQ(StepSpeed(80000, true), 100000);
+}
+
+std::vector<ControlCommand::Kind> FeedKeys(KeyDecoder& keys, const std::string& bytes,
+                                           std::string* echo) {
+  std::vector<ControlCommand::Kind> kinds;
+  for (char byte : bytes) {
+    const ControlCommand command = keys.Feed(static_cast<unsigned char>(byte), echo);
+    if (command.kind != ControlCommand::kNone) kinds.push_back(command.kind);
+  }
+  return kinds;
+}
+
+TEST(HostControls, TerminalKeys) {
+  KeyDecoder keys;
+  std::string echo;
+  using K = ControlCommand;
+  EXPECT_EQ(FeedKeys(keys, " \x1b[A\x1b[D\x1bOB", &echo),
+            (std::vector<ControlCommand::Kind>{K::kToggle, K::kFaster, K::kSlower, K::kSlower}));
+  // A typed line: the blank inside it is text, backspace edits it.
+  EXPECT_EQ(FeedKeys(keys,
+                     "speex\x7f"
+                     "d 300\r",
+                     &echo),
+            (std::vector<ControlCommand::Kind>{K::kSpeed}));
+  EXPECT_NE(echo.find("speex"), std::string::npos);
+  EXPECT_EQ(FeedKeys(keys, "\x04", &echo), (std::vector<ControlCommand::Kind>{K::kEndOfInput}));
+}
+
+}  // namespace
+}  // namespace PelorinHost

@@ -1,0 +1,356 @@
+// The host's own parts: JSON formatting, output items, the simulated data
+// pool's read-back, status line, private configuration, trace following.
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "CITypesFactory.h"
+#include "DataPoolDirectory.h"
+#include "DataPoolProviderInterface.h"
+#include "EndSignal.h"
+#include "JsonValue.h"
+#include "JsonWriter.h"
+#include "Output.h"
+#include "Reporter.h"
+#include "SimulatedDataPool.h"
+#include "StatusLine.h"
+#include "StorageRoot.h"
+#include "TraceFollower.h"
+#include "tracing/Channel.h"
+
+namespace PelorinHost {
+namespace {
+
+using pelorin_host_test::JsonValue;
+
+std::string Escaped(const std::string& bytes) {
+  std::string out;
+  JsonWriter::AppendEscaped(out, bytes.data(), bytes.size());
+  return out;
+}
+
+TEST(HostJsonWriter, EscapesAsJsonRequires) {
+  EXPECT_EQ(Escaped("plain text"), "plain text");
+  EXPECT_EQ(Escaped("a\"b\\c"), "a\\\"b\\\\c");
+  EXPECT_EQ(Escaped("\n\r\t\b\f"), "\\n\\r\\t\\b\\f");
+  EXPECT_EQ(Escaped(std::string("\x01\x1f\x00", 3)), "\\u0001\\u001f\\u0000");
+  EXPECT_EQ(Escaped("\x7f"), "\x7f");
+}
+
+TEST(HostJsonWriter, KeepsValidUtf8AndEscapesOtherBytes) {
+  EXPECT_EQ(Escaped("Stra\xc3\x9f"
+                    "e \xe2\x82\xac \xf0\x9f\x9a\x97"),
+            "Stra\xc3\x9f"
+            "e \xe2\x82\xac \xf0\x9f\x9a\x97");
+  EXPECT_EQ(Escaped("\xff"), "\\u00ff");
+  EXPECT_EQ(Escaped("a\xc3"), "a\\u00c3");                                 // cut sequence
+  EXPECT_EQ(Escaped("\xc0\xaf"), "\\u00c0\\u00af");                        // overlong
+  EXPECT_EQ(Escaped("\xed\xa0\x80"), "\\u00ed\\u00a0\\u0080");             // surrogate
+  EXPECT_EQ(Escaped("\xf4\x90\x80\x80"), "\\u00f4\\u0090\\u0080\\u0080");  // beyond U+10FFFF
+  EXPECT_EQ(Escaped("\xe2\x82"
+                    "x"),
+            "\\u00e2\\u0082x");
+}
+
+TEST(HostJsonWriter, BuildsNestedValuesWithNumbers) {
+  JsonWriter json;
+  json.Clear();
+  json.BeginObject();
+  json.Key("t");
+  json.Milliseconds(12500);
+  json.Key("a");
+  json.BeginArray();
+  json.Int(-5);
+  json.Uint(4294967295u);
+  json.Null();
+  json.BeginObject();
+  json.EndObject();
+  json.EndArray();
+  json.Key("h");
+  json.HexString(reinterpret_cast<const uint8_t*>("\x0a\xff"), 2);
+  json.Key("id");
+  json.IdString(0x4d000001);
+  json.EndObject();
+  EXPECT_EQ(json.Text(),
+            "{\"t\":12.5,\"a\":[-5,4294967295,null,{}],\"h\":\"0aff\",\"id\":\"0x4d000001\"}");
+  std::string millis;
+  JsonWriter::AppendMilliseconds(millis, 7000);
+  JsonWriter::AppendMilliseconds(millis += ' ', 1003125);
+  JsonWriter::AppendMilliseconds(millis += ' ', 1);
+  EXPECT_EQ(millis, "7 1003.125 0.001");
+}
+
+// Collects what a Reporter writes, through a pipe.
+class ReporterCapture {
+ public:
+  explicit ReporterCapture(bool json) {
+    EXPECT_EQ(pipe(m_fds), 0);
+    m_output = std::make_unique<Output>(m_fds[1], m_fds[1]);
+    m_reporter = std::make_unique<Reporter>(*m_output, json);
+  }
+  ~ReporterCapture() {
+    close(m_fds[0]);
+    close(m_fds[1]);
+  }
+  Reporter& reporter() { return *m_reporter; }
+  std::vector<std::string> Lines() {
+    m_output->Flush();
+    std::string text;
+    char buffer[65536];
+    const ssize_t got = read(m_fds[0], buffer, sizeof(buffer));
+    if (got > 0) text.assign(buffer, static_cast<size_t>(got));
+    std::vector<std::string> lines;
+    size_t start = 0;
+    for (size_t end; (end = text.find('\n', start)) != std::string::npos; start = end + 1) {
+      lines.push_back(text.substr(start, end - start));
+    }
+    return lines;
+  }
+  // The line parsed, its "t" checked and replaced by 0.
+  JsonValue Parsed(const std::string& line) {
+    JsonValue value;
+    std::string error;
+    EXPECT_TRUE(JsonValue::Parse(line, &value, &error)) << error << ": " << line;
+    EXPECT_EQ(value["t"].type(), JsonValue::Type::kNumber) << line;
+    EXPECT_EQ(value.Keys().size() >= 2 ? value.Keys()[0] + value.Keys()[1] : "", "ttype");
+    return value;
+  }
+
+ private:
+  int m_fds[2] = {-1, -1};
+  std::unique_ptr<Output> m_output;
+  std::unique_ptr<Reporter> m_reporter;
+};
+
+std::string WithoutTime(const std::string& line) {
+  const size_t comma = line.find(',');
+  return "{" + line.substr(comma + 1);
+}
+
+TEST(HostReporter, TmcMessagesAsJson) {
+  ReporterCapture capture(true);
+  Quillan::TmcMessageData message;
+  message.timeStamp = 1416131460;
+  message.ltn = 1;
+  message.sid = 34;
+  message.pid = 53761;
+  message.tmcData = CITypesFactory::createUInt8Array(0);
+  for (uint8_t byte : {0x0a, 0x1f, 0x22, 0x3c, 0x00}) message.tmcData->append(byte);
+  capture.reporter().Tmc(message);
+  capture.reporter().Tmc(Quillan::TmcMessageData());
+  const auto lines = capture.Lines();
+  ASSERT_EQ(lines.size(), 2u);
+  capture.Parsed(lines[0]);
+  EXPECT_EQ(WithoutTime(lines[0]),
+            "{\"type\":\"tmc\",\"timeStamp\":1416131460,\"ltn\":1,\"sid\":34,\"pid\":53761,"
+            "\"tmcData\":\"0a1f223c00\"}");
+  EXPECT_EQ(WithoutTime(lines[1]),
+            "{\"type\":\"tmc\",\"timeStamp\":0,\"ltn\":0,\"sid\":0,\"pid\":0,\"tmcData\":null}");
+  EXPECT_EQ(capture.reporter().RecordsPlayed(), 2u);
+  EXPECT_EQ(capture.reporter().RecordTime(), 1416131460);
+}
+
+TEST(HostReporter, ServiceListsWithEveryMember) {
+  using asi::navigation::trafficinfo::sTIServiceDescription;
+  using asi::navigation::trafficinfo::sTIServiceIdentifiers;
+  using asi::navigation::trafficinfo::sTIServiceListEntry;
+  ReporterCapture capture(true);
+  auto entry = std::make_shared<sTIServiceListEntry>();
+  entry->serviceType = 1;
+  entry->monitorState = 1;
+  entry->serviceDescription = std::make_shared<sTIServiceDescription>();
+  entry->serviceDescription->sd_SID = 34;
+  entry->serviceDescription->sd_LTCC = 13;
+  entry->serviceDescription->sd_SPN = CITypesFactory::createString("RADIO \"1\"\xff", 3);
+  entry->serviceIdentifiers = std::make_shared<sTIServiceIdentifiers>();
+  entry->serviceIdentifiers->SS_ID = -2;
+  Quillan::ServiceListEntries entries{entry};
+  capture.reporter().ServiceList(&entries);
+  capture.reporter().ServiceList(nullptr);
+  const auto lines = capture.Lines();
+  ASSERT_EQ(lines.size(), 2u);
+  const JsonValue list = capture.Parsed(lines[0]);
+  EXPECT_EQ(
+      WithoutTime(lines[0]),
+      "{\"type\":\"serviceList\",\"entries\":[{\"serviceType\":1,\"sd_SID\":34,\"sd_MGS\":0,"
+      "\"sd_LTCC\":13,\"sd_LTN\":0,\"sd_PID\":0,\"sd_ST\":0,\"sd_SPN\":\"RADIO \\\"1\\\"\\u00ff\","
+      "\"sd_sendername\":null,\"sd_Q\":0,\"SID_A\":0,\"SID_B\":0,\"SID_C\":0,\"SS_ID\":-2,"
+      "\"monitorState\":1}]}");
+  EXPECT_EQ(WithoutTime(lines[1]), "{\"type\":\"serviceList\",\"entries\":[]}");
+}
+
+TEST(HostReporter, CallsValuesEventsTracesAndEnd) {
+  ReporterCapture capture(true);
+  capture.reporter().OnlineTrafficCall("setNewData",
+                                       {CallArgument::Text("/fs/sda0/quillan//a.bin")});
+  capture.reporter().OnlineTrafficCall("setTimeoutForFallback", {CallArgument::Number(-30)});
+  capture.reporter().OnlineTrafficCall("getInventory", {});
+  capture.reporter().DataPoolValue(0x4d000000, true, 13);
+  capture.reporter().DataPoolValue(0x4d000001, false, 0);
+  capture.reporter().Event(0x4d000000);
+  capture.reporter().Trace("Pelorin", 3, "a\tb");
+  capture.reporter().Finished();
+  const auto lines = capture.Lines();
+  ASSERT_EQ(lines.size(), 8u);
+  for (const std::string& line : lines) capture.Parsed(line);
+  const std::vector<std::string> expected = {
+      "{\"type\":\"onlineTraffic\",\"call\":\"setNewData\",\"args\":[\"/fs/sda0/quillan//a.bin\"]}",
+      "{\"type\":\"onlineTraffic\",\"call\":\"setTimeoutForFallback\",\"args\":[-30]}",
+      "{\"type\":\"onlineTraffic\",\"call\":\"getInventory\",\"args\":[]}",
+      "{\"type\":\"dataPool\",\"id\":\"0x4d000000\",\"value\":13}",
+      "{\"type\":\"dataPool\",\"id\":\"0x4d000001\",\"value\":null}",
+      "{\"type\":\"event\",\"id\":\"0x4d000000\"}",
+      "{\"type\":\"trace\",\"channel\":\"Pelorin\",\"level\":3,\"text\":\"a\\tb\"}",
+      "{\"type\":\"finished\"}"};
+  for (size_t i = 0; i < expected.size(); ++i) EXPECT_EQ(WithoutTime(lines[i]), expected[i]);
+  // The published tick is the record time the status line shows.
+  EXPECT_EQ(capture.reporter().RecordTime(), 13);
+}
+
+TEST(HostReporter, ReadableLinesOnePerItem) {
+  ReporterCapture capture(false);
+  Quillan::TmcMessageData message;
+  message.sid = 34;
+  message.tmcData = CITypesFactory::createUInt8Array(0);
+  message.tmcData->append(0xab);
+  message.tmcData->append(0x01);
+  capture.reporter().Tmc(message);
+  capture.reporter().Trace("Pelorin", 2, "line\nbreak");
+  const auto lines = capture.Lines();
+  ASSERT_EQ(lines.size(), 2u);
+  EXPECT_NE(lines[0].find("tmc"), std::string::npos);
+  EXPECT_NE(lines[0].find("sid=34"), std::string::npos);
+  EXPECT_NE(lines[0].find("data=ab:01"), std::string::npos);
+  EXPECT_NE(lines[1].find("line\\nbreak"), std::string::npos);
+}
+
+// A provider that serves 0x4d000000 and checks that it is read inside its
+// read section.
+class FakeProvider : public DataPoolProviderInterface {
+ public:
+  void LockRead() override { ++m_readers; }
+  void UnlockRead() override { --m_readers; }
+  bool GetValue(uint32_t id, int32_t* value) override {
+    EXPECT_EQ(m_readers, 1);
+    if (id != 0x4d000000) return false;
+    *value = m_value;
+    return true;
+  }
+  bool GetIntAt(uint32_t, uint32_t, int32_t*) override { return false; }
+  bool GetText(uint32_t, std::string*) override { return false; }
+  bool GetTextAt(uint32_t, uint32_t, std::string*) override { return false; }
+  bool GetBuffer(uint32_t, const uint8_t**, uint32_t*) override { return false; }
+  bool GetBufferAt(uint32_t, uint32_t, const uint8_t**, uint32_t*) override { return false; }
+  uint32_t GetValueType(uint32_t) override { return 0; }
+  uint32_t GetCount(uint32_t) override { return 0; }
+  bool GetRange(uint32_t, uint32_t*, uint32_t*) override { return false; }
+  void StartUp() override {}
+  void ShutDown() override {}
+  void LockWrite() override {}
+  void UnlockWrite() override {}
+  void PublishChanges() override {}
+
+  int m_readers = 0;
+  int32_t m_value = 0;
+};
+
+TEST(HostDataPool, ChangeReportsAreReadBackFromTheProvider) {
+  ReporterCapture capture(true);
+  SimulatedDataPool pool(capture.reporter());
+  FakeProvider provider;
+  provider.m_value = 1416131470;
+  DataPoolDirectory::EnterProvider(SimulatedDataPool::kPlaybackProviderId, &provider);
+  const uint32_t ids[] = {0x4d000000, 0x4d000001};
+  pool.ReportChangedValues(ids, 2);
+  pool.ReportChangedValues(ids, 0);
+  DataPoolDirectory::LeaveProvider(SimulatedDataPool::kPlaybackProviderId, &provider);
+  EXPECT_EQ(provider.m_readers, 0);
+  const auto lines = capture.Lines();
+  ASSERT_EQ(lines.size(), 2u);
+  EXPECT_EQ(WithoutTime(lines[0]),
+            "{\"type\":\"dataPool\",\"id\":\"0x4d000000\",\"value\":1416131470}");
+  EXPECT_EQ(WithoutTime(lines[1]), "{\"type\":\"dataPool\",\"id\":\"0x4d000001\",\"value\":null}");
+  // Without the module's speed table the speed cannot be set.
+  EXPECT_FALSE(pool.SetSpeedPercent(150));
+}
+
+TEST(HostStatusLine, ShowsUtcTimeRecordsAndSpeed) {
+  EXPECT_EQ(StatusLine::FormatUtc(1416131460), "2014-11-16 09:51:00 UTC");
+  EXPECT_EQ(StatusLine::FormatUtc(0), "--");
+  EXPECT_EQ(StatusLine::FormatSpeed(1.0), "1x");
+  EXPECT_EQ(StatusLine::FormatSpeed(0.25), "0.25x");
+  StatusInfo info;
+  info.recordTime = 1416131460;
+  info.records = 42;
+  info.speed = "1.5x";
+  info.state = "playing";
+  EXPECT_EQ(StatusLine::Format(info), "2014-11-16 09:51:00 UTC  records 42  speed 1.5x  playing");
+}
+
+TEST(HostStorageRoot, PrivateConfigurationFromOptions) {
+  PlaybackSettings settings;
+  settings.eventsFile = "/data/rec/a.txt";
+  settings.tpegsDir = "/data/tpeg";
+  settings.interactive = false;
+  settings.playbackSpeed = 2.5;
+  const std::string text = StorageRoot::ConfigText(settings);
+  EXPECT_NE(text.find("\neventsFile=/data/rec/a.txt\n"), std::string::npos);
+  EXPECT_NE(text.find("\ntpegsDir=/data/tpeg\n"), std::string::npos);
+  EXPECT_NE(text.find("\ninteractive=false\n"), std::string::npos);
+  EXPECT_NE(text.find("\nplaybackSpeed=2.5\n"), std::string::npos);
+  EXPECT_NE(text.find("\nautostart=false\n"), std::string::npos);
+  settings.playbackSpeed = 0.0;
+  EXPECT_EQ(StorageRoot::ConfigText(settings).find("playbackSpeed"), std::string::npos);
+
+  StorageRoot root;
+  std::string error;
+  ASSERT_TRUE(root.MakePrivate(settings, &error)) << error;
+  const std::string folder = root.Path();
+  EXPECT_EQ(access((folder + "/quillan/Pelorin.cfg").c_str(), R_OK), 0);
+  root.Remove();
+  EXPECT_NE(access(folder.c_str(), F_OK), 0);
+  EXPECT_FALSE(root.UseFolder("/nonexistent-pelorin-folder", &error));
+}
+
+TEST(HostTraceFollower, LearnsTheRunnerChoice) {
+  RunnerKind kind = RunnerKind::kUnknown;
+  double speed = 0.0;
+  EXPECT_TRUE(TraceFollower::ParseRunnerChoice(
+      "DataPlayer: using InteractiveRunner autostart=0, speed=2.5", &kind, &speed));
+  EXPECT_EQ(kind, RunnerKind::kInteractive);
+  EXPECT_DOUBLE_EQ(speed, 2.5);
+  EXPECT_TRUE(
+      TraceFollower::ParseRunnerChoice("DataPlayer: using RealTimeRunner speed=4", &kind, &speed));
+  EXPECT_EQ(kind, RunnerKind::kRealtime);
+  EXPECT_DOUBLE_EQ(speed, 4.0);
+  EXPECT_TRUE(TraceFollower::ParseRunnerChoice("DataPlayer: using BatchedRunner", &kind, &speed));
+  EXPECT_EQ(kind, RunnerKind::kBatched);
+  EXPECT_FALSE(TraceFollower::ParseRunnerChoice("Player::Run", &kind, &speed));
+}
+
+TEST(HostTraceFollower, FinishedReachesTheMainThreadAndFailuresAreKept) {
+  ReporterCapture capture(true);
+  EndSignal endSignal;
+  TraceFollower follower(capture.reporter(), endSignal, 3);
+  follower.Install();
+  tracing::Channel channel("Pelorin", 7, 2);
+  channel.log(2, "Runner::NotifyFinished");
+  channel.log(4, "DataPlayer::CreateInput: failed to open /x, error=1");
+  channel.log(4, "Player::Initialize: Failed to create input.");
+  follower.Remove();
+  EXPECT_EQ(endSignal.WaitFor(0), EndSignal::kFinished);
+  EXPECT_EQ(follower.FinishedCount(), 1u);
+  EXPECT_EQ(follower.FirstFailure(), "DataPlayer::CreateInput: failed to open /x, error=1");
+  const auto lines = capture.Lines();
+  // "finished", then the two failures as trace items (level 3 and above).
+  ASSERT_EQ(lines.size(), 3u);
+  EXPECT_EQ(capture.Parsed(lines[0])["type"].String(), "finished");
+  EXPECT_EQ(capture.Parsed(lines[1])["level"].Number(), 4);
+}
+
+}  // namespace
+}  // namespace PelorinHost
