@@ -1,0 +1,247 @@
+// The checker on whole events files: each diagnostic, line numbering as the
+// reader counts lines, and where playback ends.
+
+#include "host/pelorin-check/Checker.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "tests/check/CheckTestSupport.h"
+
+namespace {
+
+using pelorin_check_test::CollectingWriter;
+using pelorin_check_test::TempDir;
+using PelorinCheck::Checker;
+using PelorinCheck::Diagnostic;
+using PelorinCheck::DiagnosticKind;
+using PelorinCheck::FileSummary;
+using PelorinCheck::Severity;
+using PelorinCheck::TpegDirectory;
+using ::testing::HasSubstr;
+
+const char kGoodTmc[] = "timeStamp=1416131460 LTN=1 SID=34 PID=53761 tmcData=0A:1F:22";
+
+class CheckerTest : public ::testing::Test {
+ protected:
+  FileSummary Check(const std::string& bytes, const std::string& name = "events") {
+    const std::string path = m_dir.Write(name, bytes);
+    Checker checker(0.0, m_tpegs, m_writer);
+    return checker.CheckFile(path);
+  }
+
+  // The one diagnostic of `kind`; fails the test when there is not exactly one.
+  Diagnostic Only(DiagnosticKind kind) {
+    const std::vector<Diagnostic> found = m_writer.OfKind(kind);
+    EXPECT_EQ(found.size(), 1u) << "diagnostics of kind " << PelorinCheck::DiagnosticCode(kind);
+    return found.empty() ? Diagnostic() : found[0];
+  }
+
+  TempDir m_dir;
+  TpegDirectory m_tpegs;
+  CollectingWriter m_writer;
+};
+
+TEST_F(CheckerTest, CleanFileHasNoDiagnosticsAndOneSummary) {
+  const FileSummary summary =
+      Check(std::string("1416131460 $TMC ") + kGoodTmc + "\n1416131461,5 $TSL serviceType=1 " +
+            "sd_SID=34;serviceType=1\n1416131462 $TOT setNewSession\n1416131463 $TMC\n");
+  EXPECT_TRUE(m_writer.diagnostics.empty());
+  ASSERT_EQ(m_writer.summaries.size(), 1u);
+  EXPECT_EQ(summary.Lines(), 4u);
+  EXPECT_EQ(summary.PlayedRecords(), 4u);
+  EXPECT_EQ(summary.StopLine(), 0u);
+  EXPECT_EQ(summary.Errors() + summary.Warnings(), 0u);
+}
+
+struct MalformedCase {
+  const char* line;
+  const char* reason;
+};
+
+class MalformedLineTest : public CheckerTest,
+                          public ::testing::WithParamInterface<MalformedCase> {};
+
+TEST_P(MalformedLineTest, EndsPlaybackAndCountsTheLinesAfterIt) {
+  const FileSummary summary =
+      Check(std::string("10 $TMC\n") + GetParam().line + "\n11 $TMC\n12 $TMC\n");
+  const Diagnostic error = Only(DiagnosticKind::kMalformedLine);
+  EXPECT_EQ(error.severity, Severity::kError);
+  EXPECT_EQ(error.line, 2u);
+  EXPECT_THAT(error.message, HasSubstr(GetParam().reason));
+  EXPECT_THAT(error.message, HasSubstr("playback ends here"));
+  EXPECT_EQ(summary.StopLine(), 2u);
+  EXPECT_EQ(summary.LinesNeverPlayed(), 2u);
+  EXPECT_EQ(summary.PlayedRecords(), 1u);
+  EXPECT_EQ(summary.Errors(), 1u);
+}
+
+INSTANTIATE_TEST_SUITE_P(Reasons, MalformedLineTest,
+                         ::testing::Values(MalformedCase{"", "empty line"},
+                                           MalformedCase{"11$TMC", "no blank after the time stamp"},
+                                           MalformedCase{"11\t$TMC",
+                                                         "no blank after the time stamp"},
+                                           MalformedCase{" 11 $TMC", "empty time stamp"},
+                                           MalformedCase{"11  $TMC", "empty tag (two blanks"},
+                                           MalformedCase{"11 ", "empty tag (nothing after"}));
+
+TEST_F(CheckerTest, LaterMalformedLinesAreErrorsButPlaybackEndsAtTheFirst) {
+  const FileSummary summary = Check("1 $TMC\n\n2 $TMC\n 3 $TMC\n4 $FOO\n");
+  const std::vector<Diagnostic> errors = m_writer.OfKind(DiagnosticKind::kMalformedLine);
+  ASSERT_EQ(errors.size(), 2u);
+  EXPECT_EQ(errors[1].line, 4u);
+  EXPECT_THAT(errors[1].message, HasSubstr("would end here too"));
+  // Records after the end are still checked, but do not play.
+  EXPECT_EQ(Only(DiagnosticKind::kUnknownTag).line, 5u);
+  EXPECT_EQ(summary.StopLine(), 2u);
+  EXPECT_EQ(summary.LinesNeverPlayed(), 3u);
+  EXPECT_EQ(summary.PlayedRecords(), 1u);
+  EXPECT_EQ(summary.Errors(), 2u);
+  EXPECT_EQ(summary.Warnings(), 1u);
+}
+
+TEST_F(CheckerTest, MixedLineEndsAreNumberedAsTheReaderReadsThem) {
+  // CR LF, lone CR, LF, CR CR (the second CR opens the next line, whose time
+  // text then starts with it) and a last line without a line end.
+  const FileSummary summary =
+      Check("100 $TMC\r\n101 $TSL\r102 $FOO\n103 $TMC\r\r104 $BAR\n105 $TMC");
+  const std::vector<Diagnostic> unknown = m_writer.OfKind(DiagnosticKind::kUnknownTag);
+  ASSERT_EQ(unknown.size(), 2u);
+  EXPECT_EQ(unknown[0].line, 3u);
+  EXPECT_EQ(unknown[1].line, 5u);
+  EXPECT_EQ(m_writer.diagnostics.size(), 2u);  // "\r104" converts: no time warning
+  EXPECT_EQ(summary.Lines(), 6u);
+  EXPECT_EQ(summary.PlayedRecords(), 6u);
+  EXPECT_EQ(summary.LastTime(), 105.0);
+}
+
+TEST_F(CheckerTest, ReadErrorEndsTheCheckWithAnError) {
+  // A folder opens like a file but cannot be read.
+  Checker checker(0.0, m_tpegs, m_writer);
+  const FileSummary summary = checker.CheckFile(m_dir.Path());
+  const Diagnostic error = Only(DiagnosticKind::kReadError);
+  EXPECT_EQ(error.severity, Severity::kError);
+  EXPECT_EQ(error.line, 1u);
+  EXPECT_EQ(summary.StopLine(), 1u);
+  EXPECT_FALSE(summary.LinesAfterStopKnown());
+}
+
+TEST_F(CheckerTest, FileThatDoesNotOpenIsAnErrorWithoutSummary) {
+  Checker checker(0.0, m_tpegs, m_writer);
+  const FileSummary summary = checker.CheckFile(m_dir.Path() + "/missing");
+  const Diagnostic error = Only(DiagnosticKind::kOpenFailed);
+  EXPECT_EQ(error.line, 0u);
+  EXPECT_EQ(summary.Errors(), 1u);
+  EXPECT_TRUE(m_writer.summaries.empty());
+}
+
+TEST_F(CheckerTest, UnknownTagsAreWarningsWithALetterCaseHint) {
+  Check("1 $TMX\n2 $tmc\n3 $TMC\n");
+  const std::vector<Diagnostic> unknown = m_writer.OfKind(DiagnosticKind::kUnknownTag);
+  ASSERT_EQ(unknown.size(), 2u);
+  EXPECT_EQ(unknown[0].severity, Severity::kWarning);
+  EXPECT_EQ(unknown[0].tag, "$TMX");
+  EXPECT_THAT(unknown[0].message, ::testing::Not(HasSubstr("did you mean")));
+  EXPECT_THAT(unknown[1].message, HasSubstr("did you mean \"$TMC\""));
+}
+
+TEST_F(CheckerTest, PayloadFailuresNameTheKeyAndTheByte) {
+  Check(
+      "1 $TMC timeStamp=1 ltn=1\n"   // unknown key at payload byte 13
+      "2 $TMC timeStamp=1 LTN\n"     // no "=" for the last key
+      "3 $TSL sd_SID=1; sd_LTN=2\n"  // the blank after ";" starts the key
+      "4 $TMC LTN=\n"                // empty value at the end
+      "5 $TSL sd_SPN=\"RADIO 1\" sd_Q=3\n");
+  const std::vector<Diagnostic> refused = m_writer.OfKind(DiagnosticKind::kPayloadRefused);
+  ASSERT_EQ(refused.size(), 4u);
+  EXPECT_EQ(refused[0].key, "ltn");
+  EXPECT_EQ(refused[0].offset, 12u);
+  EXPECT_THAT(refused[0].message, HasSubstr("unknown key \"ltn\""));
+  EXPECT_THAT(refused[0].message, HasSubstr("byte 13 (column 20)"));
+  EXPECT_EQ(refused[1].line, 2u);
+  EXPECT_THAT(refused[1].message, HasSubstr("no \"=\""));
+  EXPECT_EQ(refused[2].key, " sd_LTN");
+  EXPECT_EQ(refused[2].tag, "$TSL");
+  EXPECT_THAT(refused[3].message, HasSubstr("empty value of \"LTN\""));
+}
+
+TEST_F(CheckerTest, OnlineTrafficCallsAreCheckedForMethodAndArguments) {
+  Check(
+      "1 $TOT\n"
+      "2 $TOT :x\n"
+      "3 $TOT getinventory\n"
+      "4 $TOT getInventory:x\n"
+      "5 $TOT setNewData\n"
+      "6 $TOT setTimeoutForFallback: 30\n"
+      "7 $TOT setNewData:\"my file.bin\"\n");
+  const std::vector<Diagnostic> empty = m_writer.OfKind(DiagnosticKind::kEmptyMethod);
+  ASSERT_EQ(empty.size(), 2u);
+  EXPECT_EQ(empty[1].line, 2u);
+  const Diagnostic unknown = Only(DiagnosticKind::kUnknownMethod);
+  EXPECT_THAT(unknown.message, HasSubstr("did you mean \"getInventory\""));
+  const std::vector<Diagnostic> count = m_writer.OfKind(DiagnosticKind::kArgumentCount);
+  ASSERT_EQ(count.size(), 2u);
+  EXPECT_THAT(count[0].message, HasSubstr("takes 0 arguments but has 1"));
+  EXPECT_THAT(count[1].message, HasSubstr("takes 1 argument but has 0"));
+  EXPECT_EQ(m_writer.diagnostics.size(), 5u);
+}
+
+TEST_F(CheckerTest, TimeStampsThatPlayAsZeroOrGoBackwards) {
+  Check(
+      "abc $TMC\n"  // does not convert
+      "0 $TMC\n"    // converts, to 0
+      "-5 $TMC\n"   // before 1970
+      "103 $TMC\n"
+      "101,5 $TMC\n"  // decimal comma converts; earlier than line 4
+      "101,5 $TMC\n"  // equal to its predecessor: fine
+      "200 $TMC\n");
+  EXPECT_EQ(Only(DiagnosticKind::kTimeNotConverted).line, 1u);
+  EXPECT_THAT(Only(DiagnosticKind::kTimeNotConverted).message, HasSubstr("\"abc\""));
+  const std::vector<Diagnostic> zero = m_writer.OfKind(DiagnosticKind::kTimeNotPositive);
+  ASSERT_EQ(zero.size(), 2u);
+  EXPECT_EQ(zero[0].line, 2u);
+  EXPECT_EQ(zero[1].line, 3u);
+  const Diagnostic backwards = Only(DiagnosticKind::kTimeBackwards);
+  EXPECT_EQ(backwards.line, 5u);
+  EXPECT_THAT(backwards.message, HasSubstr("101.5 is earlier than 103 on line 4"));
+}
+
+class TpegFileTest : public CheckerTest {
+ protected:
+  void SetUp() override {
+    m_dir.Write("rec/present.bin", "x");
+    m_dir.Write("root/tpeg/mapped.bin", "x");
+  }
+  static std::string Events() {
+    return "1 $TOT setNewData:present.bin\n2 $TOT setNewData:absent.bin\n"
+           "3 $TOT setNewData:mapped.bin\n";
+  }
+};
+
+TEST_F(TpegFileTest, WithoutRootOrConfigNothingIsLookedFor) {
+  Check(Events(), "rec/events");
+  EXPECT_TRUE(m_writer.diagnostics.empty());
+}
+
+TEST_F(TpegFileTest, DefaultDirectoryIsTheEventsFilesFolder) {
+  m_tpegs = TpegDirectory("", "");
+  Check(Events(), "rec/events");
+  const std::vector<Diagnostic> missing = m_writer.OfKind(DiagnosticKind::kTpegFileMissing);
+  ASSERT_EQ(missing.size(), 2u);
+  EXPECT_EQ(missing[0].line, 2u);
+  EXPECT_THAT(missing[0].message, HasSubstr("\"absent.bin\""));
+  EXPECT_THAT(missing[0].message, HasSubstr("/rec//absent.bin"));
+  EXPECT_EQ(missing[1].line, 3u);
+}
+
+TEST_F(TpegFileTest, StoragePathsMapIntoTheRoot) {
+  m_tpegs = TpegDirectory("/fs/sda0/tpeg", m_dir.Path() + "/root");
+  Check(Events(), "rec/events");
+  const std::vector<Diagnostic> missing = m_writer.OfKind(DiagnosticKind::kTpegFileMissing);
+  ASSERT_EQ(missing.size(), 2u);
+  EXPECT_EQ(missing[0].line, 1u);
+  EXPECT_THAT(missing[0].message, HasSubstr(m_dir.Path() + "/root/tpeg/present.bin"));
+  EXPECT_EQ(missing[1].line, 2u);
+}
+
+}  // namespace

@@ -1,0 +1,142 @@
+// The line tap must see every line exactly as the module's reader splits it;
+// otherwise reports would blame the wrong bytes. These tests hold it against
+// the reader itself.
+
+#include "host/pelorin-check/LineTap.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <random>
+#include <string>
+
+#include "player/RecordReader.h"
+#include "runtime/NumberText.h"
+
+namespace {
+
+using PelorinCheck::LineShape;
+using PelorinCheck::LineTap;
+
+// Serves a byte string, one read at a time of at most `chunk` bytes.
+class StringSource : public Quillan::ByteReader {
+ public:
+  explicit StringSource(std::string bytes, uint32_t chunk = 1)
+      : m_bytes(std::move(bytes)), m_chunk(chunk) {}
+  using ByteReader::Read;
+  Quillan::FileStatus Read(void* buffer, uint32_t length, uint32_t* count) override {
+    const size_t left = m_bytes.size() - m_pos;
+    const size_t n = std::min<size_t>({left, length, m_chunk});
+    std::memcpy(buffer, m_bytes.data() + m_pos, n);
+    m_pos += n;
+    *count = static_cast<uint32_t>(n);
+    return n == 0 ? Quillan::FileStatus::kEndOfFile : Quillan::FileStatus::kSuccess;
+  }
+
+ private:
+  std::string m_bytes;
+  size_t m_pos = 0;
+  uint32_t m_chunk;
+};
+
+// Reads every line of `bytes` through a tap and the module's reader and
+// checks that what the tap saw agrees with what the reader made of it.
+void ExpectTapAgreesWithReader(const std::string& bytes) {
+  SCOPED_TRACE(::testing::PrintToString(bytes));
+  StringSource source(bytes);
+  LineTap tap(source);
+  Quillan::RecordReader reader(tap);
+  Quillan::Record record;
+  for (int lines = 0; lines <= static_cast<int>(bytes.size()); ++lines) {
+    tap.BeginLine();
+    const Quillan::ReadStatus status = reader.ReadRecord(record);
+    if (status == Quillan::ReadStatus::kEndOfInput) {
+      EXPECT_EQ(tap.Offset(), bytes.size());
+      return;
+    }
+    const LineShape& line = tap.Line();
+    EXPECT_EQ(line.head, bytes.substr(line.start, line.head.size()));
+    const bool wellFormed = line.firstBlank != LineShape::kNoBlank && line.firstBlank > 0 &&
+                            line.afterBlank != -1 && line.afterBlank != ' ';
+    if (status == Quillan::ReadStatus::kMalformedLine) {
+      EXPECT_FALSE(wellFormed) << "line " << lines;
+      continue;
+    }
+    ASSERT_EQ(status, Quillan::ReadStatus::kRecord);
+    ASSERT_TRUE(wellFormed) << "line " << lines;
+    EXPECT_EQ(line.head.substr(line.firstBlank + 1, record.tag.size()), record.tag);
+    double time = 0.0;
+    if (Quillan::ParseDecimal(line.TimeText(), &time)) {
+      EXPECT_EQ(time, record.time);
+    } else {
+      EXPECT_EQ(record.time, 0.0);
+    }
+  }
+  ADD_FAILURE() << "the reader did not reach the end";
+}
+
+TEST(LineTapTest, AgreesWithTheReaderOnEveryLineEnd) {
+  for (const char* bytes :
+       {"1 $A\n2 $B\r\n3 $C\r4 $D", "1 $A\r\r2 $B\n", "1 $A\r 2 $B\n", "1 $A\r\r\r\n", "\n\r\n\r",
+        "1 $A\r", "1 $A\r\n", "1 $A\n\n", " 1 $A\n1  $A\n1 \n1\n", "\r1.5 $A x y\n"}) {
+    ExpectTapAgreesWithReader(bytes);
+  }
+}
+
+TEST(LineTapTest, AgreesWithTheReaderOnRandomBytes) {
+  std::mt19937 random(20241123);
+  const char alphabet[] = {'1', '.', ',', ' ', ' ', '\r', '\n', '$', 'x', '\t'};
+  for (int round = 0; round < 400; ++round) {
+    std::string bytes(random() % 40, ' ');
+    for (char& c : bytes) c = alphabet[random() % sizeof(alphabet)];
+    ExpectTapAgreesWithReader(bytes);
+  }
+}
+
+TEST(LineTapTest, SeesBytesDeliveredManyAtATime) {
+  StringSource source("12 $A\r\n 3 $B\n", 64);
+  LineTap tap(source);
+  char buffer[64];
+  uint32_t count = 0;
+  tap.BeginLine();
+  ASSERT_EQ(tap.Read(buffer, sizeof(buffer), &count), Quillan::FileStatus::kSuccess);
+  EXPECT_EQ(tap.Line().head, "12 $A");
+  EXPECT_EQ(tap.Line().firstBlank, 2u);
+  EXPECT_EQ(tap.Offset(), 13u);
+}
+
+TEST(LineTapTest, NamesWhyALineIsMalformed) {
+  const struct {
+    const char* line;
+    const char* reason;
+  } cases[] = {{"\n", "empty line"},
+               {"12$A\n", "no blank after the time stamp"},
+               {" 12 $A\n", "empty time stamp (the line starts with a blank)"},
+               {"12  $A\n", "empty tag (two blanks after the time stamp)"},
+               {"12 \n", "empty tag (nothing after the time stamp)"}};
+  for (const auto& c : cases) {
+    StringSource source(c.line);
+    LineTap tap(source);
+    Quillan::RecordReader reader(tap);
+    Quillan::Record record;
+    tap.BeginLine();
+    ASSERT_EQ(reader.ReadRecord(record), Quillan::ReadStatus::kMalformedLine) << c.line;
+    EXPECT_EQ(tap.Line().MalformedReason(), c.reason);
+  }
+}
+
+TEST(LineTapTest, KeepsOnlyABoundedHeadOfALongLine) {
+  const std::string time(5000, '1');
+  StringSource source(time + " $A payload\n");
+  LineTap tap(source);
+  Quillan::RecordReader reader(tap);
+  Quillan::Record record;
+  tap.BeginLine();
+  ASSERT_EQ(reader.ReadRecord(record), Quillan::ReadStatus::kRecord);
+  EXPECT_EQ(tap.Line().head.size(), LineShape::kHeadBytes);
+  EXPECT_EQ(tap.Line().length, time.size() + 11);
+  EXPECT_EQ(tap.Line().firstBlank, time.size());
+  EXPECT_FALSE(tap.Line().TimeTextKnown());
+}
+
+}  // namespace

@@ -1,0 +1,72 @@
+// The command line: what is accepted, what is refused with a one-line
+// reason.
+
+#include "host/pelorin-check/Options.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace {
+
+using PelorinCheck::Options;
+using ::testing::HasSubstr;
+
+Options Parsed(const std::vector<std::string>& arguments) {
+  Options options;
+  std::string error;
+  EXPECT_TRUE(Options::Parse(arguments, &options, &error)) << error;
+  return options;
+}
+
+std::string Refused(const std::vector<std::string>& arguments) {
+  Options options;
+  std::string error;
+  EXPECT_FALSE(Options::Parse(arguments, &options, &error));
+  EXPECT_EQ(error.find('\n'), std::string::npos);
+  return error;
+}
+
+TEST(OptionsTest, FlagsValuesAndFilesInAnyOrder) {
+  const Options options = Parsed({"a", "--strict", "--speed", "2.5", "--json", "--root=/media/usb",
+                                  "b", "--config", "my.cfg"});
+  EXPECT_EQ(options.files, (std::vector<std::string>{"a", "b"}));
+  EXPECT_TRUE(options.strict);
+  EXPECT_TRUE(options.json);
+  EXPECT_TRUE(options.hasSpeed);
+  EXPECT_EQ(options.speed, 2.5);
+  EXPECT_EQ(options.root, "/media/usb");
+  EXPECT_EQ(options.configFile, "my.cfg");
+}
+
+TEST(OptionsTest, DefaultsAndConventions) {
+  const Options plain = Parsed({"events"});
+  EXPECT_FALSE(plain.strict || plain.json || plain.hasSpeed);
+  EXPECT_TRUE(plain.root.empty() && plain.configFile.empty());
+  // The last of a repeated option wins; "1,5" reads as the module reads numbers.
+  EXPECT_EQ(Parsed({"--speed=3", "--speed=1,5", "e"}).speed, 1.5);
+  // "--" ends the options; "-" is standard input.
+  EXPECT_EQ(Parsed({"--", "--strict", "-"}).files, (std::vector<std::string>{"--strict", "-"}));
+  EXPECT_TRUE(Parsed({"-h"}).help);
+  EXPECT_TRUE(Parsed({"--version"}).version);
+}
+
+TEST(OptionsTest, UnusableArgumentsAreRefused) {
+  EXPECT_THAT(Refused({}), HasSubstr("no events file"));
+  EXPECT_THAT(Refused({"--strict"}), HasSubstr("no events file"));
+  EXPECT_THAT(Refused({"--fast", "e"}), HasSubstr("unknown option '--fast'"));
+  EXPECT_THAT(Refused({"-x", "e"}), HasSubstr("unknown option '-x'"));
+  EXPECT_THAT(Refused({"--strict=yes", "e"}), HasSubstr("'--strict' takes no value"));
+  EXPECT_THAT(Refused({"e", "--speed"}), HasSubstr("needs a value"));
+  EXPECT_THAT(Refused({"e", "--root="}), HasSubstr("non-empty value"));
+  for (const char* speed : {"0", "-1", "fast", "nan", "inf", "2x"}) {
+    EXPECT_THAT(Refused({"e", "--speed", speed}), HasSubstr("greater than 0")) << speed;
+  }
+}
+
+TEST(OptionsTest, HelpShowsAnExample) {
+  EXPECT_THAT(Options::HelpText(), HasSubstr("Example:"));
+  EXPECT_THAT(Options::HelpText(), HasSubstr("pelorin-check --speed"));
+  EXPECT_THAT(Options::VersionText(), HasSubstr("pelorin-check "));
+}
+
+}  // namespace
