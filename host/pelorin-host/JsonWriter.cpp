@@ -101,12 +101,22 @@ void JsonWriter::AppendEscaped(std::string& out, const char* data, size_t size) 
 
 void JsonWriter::AppendUnsigned(std::string& out, uint64_t value) {
   char digits[20];
-  int count = 0;
-  do {
-    digits[count++] = static_cast<char>('0' + value % 10);
-    value /= 10;
-  } while (value != 0);
-  while (count > 0) out += digits[--count];
+  char* end = digits + sizeof(digits);
+  char* start = end;
+  if (value <= 0xffffffffu) {
+    // 32-bit division is much cheaper on the 32-bit targets.
+    uint32_t small = static_cast<uint32_t>(value);
+    do {
+      *--start = static_cast<char>('0' + small % 10);
+      small /= 10;
+    } while (small != 0);
+  } else {
+    do {
+      *--start = static_cast<char>('0' + value % 10);
+      value /= 10;
+    } while (value != 0);
+  }
+  out.append(start, static_cast<size_t>(end - start));
 }
 
 void JsonWriter::AppendSigned(std::string& out, int64_t value) {

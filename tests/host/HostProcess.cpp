@@ -136,6 +136,16 @@ bool HostProcess::Start(const std::vector<std::string>& args) {
   return spawned == 0;
 }
 
+bool HostProcess::Running() {
+  if (m_pid <= 0) return false;
+  int status = 0;
+  const pid_t done = waitpid(m_pid, &status, WNOHANG);
+  if (done != m_pid) return true;
+  m_exitStatus = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+  m_pid = -1;
+  return false;
+}
+
 double HostProcess::Elapsed() const { return NowSeconds() - m_startSeconds; }
 
 void HostProcess::TakeLine(const std::string& line) {
@@ -237,15 +247,17 @@ int HostProcess::Wait(int timeoutMs) {
     while (!m_lines.empty()) ReadLine(&line, 0);
   }
   int status = 0;
-  if (m_out >= 0 || m_err >= 0) {
+  if ((m_out >= 0 || m_err >= 0) && m_pid > 0) {
     kill(m_pid, SIGKILL);
     waitpid(m_pid, &status, 0);
     m_pid = -1;
     return -1;
   }
-  waitpid(m_pid, &status, 0);
-  m_pid = -1;
-  m_exitStatus = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+  if (m_pid > 0) {
+    waitpid(m_pid, &status, 0);
+    m_pid = -1;
+    m_exitStatus = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+  }
   return m_exitStatus;
 }
 

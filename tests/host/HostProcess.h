@@ -53,6 +53,8 @@ class HostProcess {
   const std::string& Stderr() const { return m_stderr; }
   // True when the private TMPDIR of the child is empty again.
   bool TempDirEmpty() const;
+  // True while the child has not exited.
+  bool Running();
   // Wall-clock seconds since Start.
   double Elapsed() const;
 
