@@ -1,5 +1,7 @@
 #include "host/pelorin-check/LineTap.h"
 
+#include <cstring>
+
 namespace PelorinCheck {
 namespace {
 
@@ -26,6 +28,23 @@ Quillan::FileStatus LineTap::Read(void* buffer, uint32_t length, uint32_t* count
   return status;
 }
 
+const uint8_t* LineTap::PeekReady(uint32_t* count) { return m_source.PeekReady(count); }
+
+void LineTap::TakeReady(uint32_t count) {
+  uint32_t available = 0;
+  const uint8_t* ready = m_source.PeekReady(&available);
+  if (ready != nullptr && count <= available) {
+    if (m_phase == Phase::kContent && std::memchr(ready, kLineFeed, count) == nullptr &&
+        std::memchr(ready, kCarriageReturn, count) == nullptr) {
+      Append(ready, count);
+      m_offset += count;
+    } else {
+      for (uint32_t i = 0; i < count; ++i) Observe(ready[i]);
+    }
+  }
+  m_source.TakeReady(count);
+}
+
 void LineTap::BeginLine() {
   m_line.start = m_offset;
   m_line.length = 0;
@@ -35,7 +54,7 @@ void LineTap::BeginLine() {
   m_phase = Phase::kContent;
   if (m_hasCarried) {
     m_line.start = m_carriedOffset;
-    Append(m_carried);
+    Append(&m_carried, 1);
     m_hasCarried = false;
   }
 }
@@ -49,7 +68,7 @@ void LineTap::Observe(uint8_t byte) {
       } else if (byte == kCarriageReturn) {
         m_phase = Phase::kAfterCarriageReturn;
       } else {
-        Append(byte);
+        Append(&byte, 1);
       }
       break;
     case Phase::kAfterCarriageReturn:
@@ -65,14 +84,24 @@ void LineTap::Observe(uint8_t byte) {
   }
 }
 
-void LineTap::Append(uint8_t byte) {
-  if (m_line.head.size() < LineShape::kHeadBytes) m_line.head.push_back(static_cast<char>(byte));
+void LineTap::Append(const uint8_t* bytes, size_t count) {
+  const size_t room = LineShape::kHeadBytes - m_line.head.size();
+  m_line.head.append(reinterpret_cast<const char*>(bytes), count < room ? count : room);
   if (m_line.firstBlank == LineShape::kNoBlank) {
-    if (byte == kBlank) m_line.firstBlank = m_line.length;
-  } else if (m_line.length == m_line.firstBlank + 1) {
-    m_line.afterBlank = byte;
+    const void* blank = std::memchr(bytes, kBlank, count);
+    if (blank != nullptr) {
+      m_line.firstBlank =
+          m_line.length + static_cast<uint64_t>(static_cast<const uint8_t*>(blank) - bytes);
+    }
   }
-  ++m_line.length;
+  // The byte after the first blank, when it is among these.
+  if (m_line.firstBlank != LineShape::kNoBlank && m_line.afterBlank == -1) {
+    const uint64_t after = m_line.firstBlank + 1;
+    if (after >= m_line.length && after < m_line.length + count) {
+      m_line.afterBlank = bytes[after - m_line.length];
+    }
+  }
+  m_line.length += count;
 }
 
 }  // namespace PelorinCheck

@@ -6,6 +6,9 @@
 // all the reading; the tap only observes and keeps a bounded head of the
 // current line.
 //
+// Read-ahead runs (PeekReady, TakeReady) pass through, so the reader runs
+// as fast through the tap as on the bare file; the tap notes the runs taken.
+//
 // It follows the reader's line ends: a line ends at LF, CR LF or a lone CR;
 // after a lone CR the byte already read belongs to the next line, as data
 // even if it is a CR. Call BeginLine before every ReadRecord; Line() then
@@ -45,6 +48,8 @@ class LineTap : public Quillan::ByteReader {
 
   using ByteReader::Read;
   Quillan::FileStatus Read(void* buffer, uint32_t length, uint32_t* count) override;
+  const uint8_t* PeekReady(uint32_t* count) override;
+  void TakeReady(uint32_t count) override;
 
   // Starts watching the next line; a byte held back after a lone CR becomes
   // its first byte.
@@ -57,7 +62,8 @@ class LineTap : public Quillan::ByteReader {
   enum class Phase { kContent, kAfterCarriageReturn, kEnded };
 
   void Observe(uint8_t byte);
-  void Append(uint8_t byte);
+  // Adds bytes of line content (no line end among them).
+  void Append(const uint8_t* bytes, size_t count);
 
   Quillan::ByteReader& m_source;
   LineShape m_line;

@@ -169,7 +169,7 @@ void RecordChecks::CheckOnlineCall(uint64_t line, const Quillan::Record& record,
                                    std::vector<Diagnostic>& out) {
   Quillan::TotCall call;
   const int status = Quillan::OnlineTrafficProducer::CheckPayload(record.payload, &call);
-  const std::string method = ByteText::Quoted(call.method, 40);
+  const auto method = [&call] { return ByteText::Quoted(call.method, 40); };
   Diagnostic diagnostic;
   switch (status) {
     case Quillan::OnlineTrafficProducer::kEmptyMethod:
@@ -178,14 +178,14 @@ void RecordChecks::CheckOnlineCall(uint64_t line, const Quillan::Record& record,
       break;
     case Quillan::OnlineTrafficProducer::kUnknownMethod:
       diagnostic = Make(line, DiagnosticKind::kUnknownMethod,
-                        "unknown \"$TOT\" method " + method + CaseHint(call.method, MethodNames()) +
-                            "; no call is replayed");
+                        "unknown \"$TOT\" method " + method() +
+                            CaseHint(call.method, MethodNames()) + "; no call is replayed");
       break;
     case Quillan::OnlineTrafficProducer::kWrongArgumentCount: {
       const size_t expected =
           Quillan::OnlineTrafficProducer::FindMethod(call.method)->argumentCount;
       diagnostic = Make(line, DiagnosticKind::kArgumentCount,
-                        "\"$TOT\" method " + method + " takes " + std::to_string(expected) +
+                        "\"$TOT\" method " + method() + " takes " + std::to_string(expected) +
                             (expected == 1 ? " argument" : " arguments") + " but has " +
                             std::to_string(call.arguments.size()) + "; no call is replayed");
       break;

@@ -18,12 +18,18 @@ namespace {
 using PelorinCheck::LineShape;
 using PelorinCheck::LineTap;
 
-// Serves a byte string, one read at a time of at most `chunk` bytes.
+// Serves a byte string, one read at a time of at most `chunk` bytes; with
+// `peek`, it also offers up to 7 bytes at a time for read-ahead runs.
 class StringSource : public Quillan::ByteReader {
  public:
-  explicit StringSource(std::string bytes, uint32_t chunk = 1)
-      : m_bytes(std::move(bytes)), m_chunk(chunk) {}
+  explicit StringSource(std::string bytes, uint32_t chunk = 1, bool peek = false)
+      : m_bytes(std::move(bytes)), m_chunk(chunk), m_peek(peek) {}
   using ByteReader::Read;
+  const uint8_t* PeekReady(uint32_t* count) override {
+    *count = m_peek ? static_cast<uint32_t>(std::min<size_t>(7, m_bytes.size() - m_pos)) : 0;
+    return reinterpret_cast<const uint8_t*>(m_bytes.data() + m_pos);
+  }
+  void TakeReady(uint32_t count) override { m_pos += count; }
   Quillan::FileStatus Read(void* buffer, uint32_t length, uint32_t* count) override {
     const size_t left = m_bytes.size() - m_pos;
     const size_t n = std::min<size_t>({left, length, m_chunk});
@@ -37,13 +43,14 @@ class StringSource : public Quillan::ByteReader {
   std::string m_bytes;
   size_t m_pos = 0;
   uint32_t m_chunk;
+  bool m_peek;
 };
 
 // Reads every line of `bytes` through a tap and the module's reader and
 // checks that what the tap saw agrees with what the reader made of it.
-void ExpectTapAgreesWithReader(const std::string& bytes) {
-  SCOPED_TRACE(::testing::PrintToString(bytes));
-  StringSource source(bytes);
+void ExpectTapAgreesWithReader(const std::string& bytes, bool peek) {
+  SCOPED_TRACE(::testing::PrintToString(bytes) + (peek ? " with read-ahead" : ""));
+  StringSource source(bytes, 1, peek);
   LineTap tap(source);
   Quillan::RecordReader reader(tap);
   Quillan::Record record;
@@ -79,7 +86,8 @@ TEST(LineTapTest, AgreesWithTheReaderOnEveryLineEnd) {
   for (const char* bytes :
        {"1 $A\n2 $B\r\n3 $C\r4 $D", "1 $A\r\r2 $B\n", "1 $A\r 2 $B\n", "1 $A\r\r\r\n", "\n\r\n\r",
         "1 $A\r", "1 $A\r\n", "1 $A\n\n", " 1 $A\n1  $A\n1 \n1\n", "\r1.5 $A x y\n"}) {
-    ExpectTapAgreesWithReader(bytes);
+    ExpectTapAgreesWithReader(bytes, false);
+    ExpectTapAgreesWithReader(bytes, true);
   }
 }
 
@@ -89,7 +97,7 @@ TEST(LineTapTest, AgreesWithTheReaderOnRandomBytes) {
   for (int round = 0; round < 400; ++round) {
     std::string bytes(random() % 40, ' ');
     for (char& c : bytes) c = alphabet[random() % sizeof(alphabet)];
-    ExpectTapAgreesWithReader(bytes);
+    ExpectTapAgreesWithReader(bytes, round % 2 == 0);
   }
 }
 
@@ -127,7 +135,7 @@ TEST(LineTapTest, NamesWhyALineIsMalformed) {
 
 TEST(LineTapTest, KeepsOnlyABoundedHeadOfALongLine) {
   const std::string time(5000, '1');
-  StringSource source(time + " $A payload\n");
+  StringSource source(time + " $A payload\n", 1, true);
   LineTap tap(source);
   Quillan::RecordReader reader(tap);
   Quillan::Record record;
