@@ -138,12 +138,17 @@ std::string Options::HelpText() {
          "\n"
          "Example:\n"
          "  $ pelorin-check --speed 4 --root /media/usb rec/events\n"
-         "  rec/events:12: warning: unknown key \"ltn\" in the \"$TMC\" payload at byte 24; "
-         "the record is dropped\n"
+         "  rec/events:12: warning: unknown key \"ltn\" in the \"$TMC\" payload at byte 24 "
+         "(column 41); the record is dropped\n"
          "  rec/events:40: error: malformed line: empty tag (two blanks after the time "
          "stamp); playback ends here\n"
          "  rec/events: summary: 57 lines; 39 records play: $TMC 30, $TSL 2, $TOT 7\n"
-         "  ...\n";
+         "  rec/events: summary: first 2014-11-16 09:51:00 UTC, last 2014-11-16 10:02:10 UTC, "
+         "span 11m10s\n"
+         "  rec/events: summary: plays 11m10s at speed 1, 2m47.5s at speed 4\n"
+         "  rec/events: summary: playback ends at line 40: empty tag (two blanks after the "
+         "time stamp); 17 later lines never play\n"
+         "  rec/events: summary: 1 error, 1 warning\n";
 }
 
 std::string Options::VersionText() { return std::string("pelorin-check ") + PELORIN_VERSION_TEXT; }

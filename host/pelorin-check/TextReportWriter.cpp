@@ -66,8 +66,8 @@ void TextReportWriter::WriteTimes(const FileSummary& summary) {
 }
 
 void TextReportWriter::WriteStop(const FileSummary& summary) {
-  m_out << summary.File() << ": summary: playback ends at line " << summary.StopLine() << " ("
-        << summary.StopReason() << "); ";
+  m_out << summary.File() << ": summary: playback ends at line " << summary.StopLine() << ": "
+        << summary.StopReason() << "; ";
   if (summary.LinesAfterStopKnown()) {
     m_out << Plural(summary.LinesNeverPlayed(), "later line never plays", "later lines never play");
   } else {

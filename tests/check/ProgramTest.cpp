@@ -100,7 +100,7 @@ TEST_F(ProgramTest, ExitStatusFollowsTheWorstFinding) {
   EXPECT_EQ(failed.status, 2);
   EXPECT_THAT(failed.out, HasSubstr(broken + ":2: error: malformed line: empty line; playback "
                                              "ends here\n"));
-  EXPECT_THAT(failed.out, HasSubstr("playback ends at line 2 (empty line); 1 later line never"));
+  EXPECT_THAT(failed.out, HasSubstr("playback ends at line 2: empty line; 1 later line never"));
   EXPECT_EQ(Run({m_dir.Path() + "/missing"}).status, 2);
 }
 

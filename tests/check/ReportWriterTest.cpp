@@ -65,7 +65,7 @@ TEST(TextReportWriterTest, WritesTheSummary) {
             "rec/events: summary: first 2014-11-16 09:51:00 UTC, last 2014-11-16 09:51:03 UTC, "
             "span 3s\n"
             "rec/events: summary: plays 3s at speed 1, 1.5s at speed 2\n"
-            "rec/events: summary: playback ends at line 4 (empty line); 1 later line never plays\n"
+            "rec/events: summary: playback ends at line 4: empty line; 1 later line never plays\n"
             "rec/events: summary: 1 error, 0 warnings\n");
 }
 
