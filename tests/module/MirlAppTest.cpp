@@ -1,0 +1,272 @@
+// The application object against recording host interfaces: start-up and
+// attachment, interface hand-over, the run-level table, HMI events and
+// data-pool speed changes, and the mirroring of the runner's clock into the
+// data pool. Playback itself never runs here (nobody calls Run).
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <string>
+#include <vector>
+
+#include "DataPoolClientInterface.h"
+#include "DataPoolDirectory.h"
+#include "DataPoolProviderInterface.h"
+#include "module/MirlApp.h"
+#include "player/PlayerService.h"
+#include "tests/module/FakeHmiHost.h"
+#include "tests/support/TraceCapture.h"
+
+namespace {
+
+using pelorin_test::FakeDataPool;
+using pelorin_test::FakeEvents;
+using pelorin_test::FakeHost;
+using pelorin_test::FakeRegistration;
+using Quillan::MirlApp;
+
+constexpr uint32_t kStart = 0x4c000000;
+constexpr uint32_t kStop = 0x4c000001;
+constexpr uint32_t kSpeed = 0x4c000001;
+constexpr uint32_t kTick = 0x4d000000;
+constexpr uint32_t kNext = 0x4d000001;
+
+// Position of the first message containing `fragment`, or -1.
+int IndexOf(const std::vector<std::string>& texts, const std::string& fragment) {
+  for (size_t i = 0; i < texts.size(); ++i) {
+    if (texts[i].find(fragment) != std::string::npos) return static_cast<int>(i);
+  }
+  return -1;
+}
+
+int32_t ReadPlaybackValue(uint32_t id) {
+  DataPoolProviderInterface* provider = DataPoolDirectory::FindProvider(77);
+  if (provider == nullptr) return -999;
+  int32_t value = -999;
+  provider->LockRead();
+  provider->GetValue(id, &value);
+  provider->UnlockRead();
+  return value;
+}
+
+void SetSpeedPercent(int32_t percent) {
+  DataPoolClientInterface* table = DataPoolDirectory::FindClient(76);
+  ASSERT_NE(table, nullptr);
+  table->LockWrite();
+  table->SetInt(kSpeed, percent);
+  table->UnlockWrite();
+}
+
+class MirlAppTest : public ::testing::Test {
+ protected:
+  void SetUp() override { ASSERT_TRUE(app.Startup(&host)); }
+
+  void GiveInterfaces() {
+    app.SetInterface(100, 0, 0, &events);
+    app.SetInterface(101, 0, 0, &pool);
+  }
+
+  pelorin_test::StorageFolder storage{"interactive=1\nautostart=0\n", "100 $TMC\n"};
+  pelorin_test::TraceCapture trace{2};
+  FakeRegistration registration;
+  FakeHost host{&registration};
+  FakeEvents events;
+  FakeDataPool pool;
+  MirlApp app;
+};
+
+TEST_F(MirlAppTest, StartupAttachesToTheRegistrationWithoutRunningThePlayer) {
+  EXPECT_EQ(host.Requests(), (std::vector<std::pair<int, void*>>{{2, nullptr}}));
+  EXPECT_EQ(registration.Attached(), (std::vector<HmiModule*>{&app}));
+  EXPECT_TRUE(registration.Published().empty());
+  EXPECT_TRUE(trace.Contains("MirlApp::Startup"));
+  EXPECT_FALSE(trace.Contains("Player::Run"));
+  EXPECT_STREQ(app.GetName(), "Quillan::MirlApp");
+  EXPECT_STREQ(app.GetEventListenerFace()->GetName(), "Quillan::MirlApp");
+  EXPECT_STREQ(app.GetDataListenerFace()->GetName(), "Quillan::MirlApp");
+}
+
+TEST_F(MirlAppTest, TakesOnlyTheEventAndDataPoolInterfacesOfVersionZero) {
+  app.SetInterface(101, 1, 0, &pool);
+  app.SetInterface(100, 1, 0, &events);
+  app.SetInterface(102, 0, 0, &pool);
+  app.SetInterface(101, 0, 0, nullptr);
+  EXPECT_TRUE(pool.Subscriptions().empty());
+  EXPECT_TRUE(events.Listeners().empty());
+  EXPECT_EQ(DataPoolDirectory::FindProvider(77), nullptr);
+
+  GiveInterfaces();
+  using Listeners = std::vector<std::pair<EventListener*, int>>;
+  EXPECT_EQ(events.Listeners(), (Listeners{{app.GetEventListenerFace(), 0}}));
+  using Subscriptions = std::vector<std::pair<DataListener*, uint32_t>>;
+  EXPECT_EQ(pool.Subscriptions(), (Subscriptions{{app.GetDataListenerFace(), kSpeed}}));
+  EXPECT_NE(DataPoolDirectory::FindProvider(77), nullptr);
+  EXPECT_NE(DataPoolDirectory::FindClient(76), nullptr);
+}
+
+TEST_F(MirlAppTest, RunLevelsAroundTwoHundredPublishAndTearDown) {
+  GiveInterfaces();
+  EXPECT_EQ(app.OnRunLevel(150, 1), 200);
+  EXPECT_EQ(app.OnRunLevel(250, 1), 250);
+  EXPECT_EQ(app.OnRunLevel(200, 0), 200);
+  EXPECT_EQ(app.OnRunLevel(250, -1), 200);
+  EXPECT_EQ(app.OnRunLevel(150, -1), 150);
+  EXPECT_TRUE(registration.Published().empty());
+
+  EXPECT_EQ(app.OnRunLevel(200, 1), 200);
+  const auto published = registration.Published();
+  ASSERT_EQ(published.size(), 1u);
+  EXPECT_EQ(published[0].kind, 54);
+  EXPECT_EQ(published[0].version, 1);
+  EXPECT_EQ(published[0].runLevel, 201);
+  auto* service = static_cast<Quillan::PlayerService*>(published[0].service);
+  ASSERT_NE(service, nullptr);
+  EXPECT_NE(service->GetRecordDispatcher(), nullptr);
+  EXPECT_NE(service->GetTimeAdjuster(), nullptr);
+
+  // Going down through 200 deletes the player and both data-pool objects.
+  EXPECT_EQ(app.OnRunLevel(200, -1), 200);
+  EXPECT_EQ(DataPoolDirectory::FindProvider(77), nullptr);
+  EXPECT_EQ(DataPoolDirectory::FindClient(76), nullptr);
+  EXPECT_EQ(pool.Unregistered(), (std::vector<uint32_t>{77}));
+
+  // Later calls find nothing to act on.
+  trace.Clear();
+  EXPECT_EQ(app.OnRunLevel(200, 1), 200);
+  EXPECT_EQ(registration.Published().size(), 1u);
+  app.GetEventListenerFace()->OnEvent(kStart, 0);
+  app.GetEventListenerFace()->OnEvent(kStop, 0);
+  app.OnTick(nullptr, 5.0);
+  const uint32_t ids[] = {kSpeed};
+  app.OnValuesChanged(ids, 1);
+  EXPECT_TRUE(trace.Texts().empty());
+  EXPECT_TRUE(events.Notifications().empty());
+}
+
+TEST_F(MirlAppTest, TickAndNextEventAreRoundedStoredAndAnnounced) {
+  app.OnTick(nullptr, 3.0);  // no data pool yet: nothing to store
+  GiveInterfaces();
+  Quillan::RunnerListener* listener = app.GetRunnerListenerFace();
+  listener->OnTick(nullptr, 12.5);
+  EXPECT_EQ(ReadPlaybackValue(kTick), 13);
+  listener->OnTick(nullptr, 12.7);  // still 13: neither reported nor announced
+  listener->OnNextEvent(nullptr, -1.7);
+  EXPECT_EQ(ReadPlaybackValue(kNext), -1);
+  listener->OnNextEvent(nullptr, 2.49);
+  EXPECT_EQ(ReadPlaybackValue(kNext), 2);
+  listener->OnNextEvent(nullptr, 1e12);  // beyond the 32-bit range: saturates
+  EXPECT_EQ(ReadPlaybackValue(kNext), 2147483647);
+  listener->OnFinished(nullptr);
+
+  using Reports = std::vector<std::vector<uint32_t>>;
+  EXPECT_EQ(pool.Reports(), (Reports{{kTick}, {kNext}, {kNext}, {kNext}}));
+  using Notifications = std::vector<std::pair<uint32_t, int>>;
+  EXPECT_EQ(events.Notifications(),
+            (Notifications{{kTick, 0}, {kNext, 0}, {kNext, 0}, {kNext, 0}}));
+}
+
+TEST_F(MirlAppTest, ValuesAreStoredEvenWithoutAnEventInterface) {
+  app.SetInterface(101, 0, 0, &pool);
+  app.OnNextEvent(nullptr, 41.5);
+  EXPECT_EQ(ReadPlaybackValue(kNext), 42);
+  EXPECT_EQ(pool.Reports().size(), 1u);
+  EXPECT_TRUE(events.Notifications().empty());
+}
+
+TEST_F(MirlAppTest, StartEventSetsTheSpeedFromTheDataPoolThenStarts) {
+  GiveInterfaces();
+  SetSpeedPercent(150);
+  trace.Clear();
+  app.GetEventListenerFace()->OnEvent(kStart, 0);
+  const auto texts = trace.Texts();
+  const int speedRead = IndexOf(texts, "MirlApp::SetPlayerSpeedFromDP:playbackSpeed=150");
+  const int speedSet = IndexOf(texts, "InteractiveRunner::SetSpeed: 1.5");
+  const int started = IndexOf(texts, "Player::StartPlayback");
+  EXPECT_GE(speedRead, 0);
+  EXPECT_GT(speedSet, speedRead);
+  EXPECT_GT(started, speedSet);
+
+  trace.Clear();
+  SetSpeedPercent(100);
+  app.OnEvent(kStart, 0);  // the primary face reaches the same handler
+  EXPECT_TRUE(trace.Contains("MirlApp::SetPlayerSpeedFromDP:playbackSpeed=100"));
+  EXPECT_TRUE(trace.Contains("InteractiveRunner::SetSpeed: 1"));
+
+  trace.Clear();
+  app.GetEventListenerFace()->OnEvent(kStop, 0);
+  EXPECT_TRUE(trace.Contains("InteractiveRunner::Stop"));
+  EXPECT_FALSE(trace.Contains("SetPlayerSpeedFromDP"));
+
+  trace.Clear();
+  app.GetEventListenerFace()->OnEvent(0x4c000002, 0);
+  EXPECT_TRUE(trace.Texts().empty());
+}
+
+TEST_F(MirlAppTest, StartEventBeforeTheDataPoolStartsAtTheCurrentSpeed) {
+  trace.Clear();
+  app.OnEvent(kStart, 0);
+  EXPECT_FALSE(trace.Contains("SetPlayerSpeedFromDP"));
+  EXPECT_TRUE(trace.Contains("Player::StartPlayback"));
+}
+
+TEST_F(MirlAppTest, OnlyASpeedChangeInTheListSetsTheSpeed) {
+  const uint32_t ids[] = {kTick, kSpeed, 0x4c000002};
+  app.OnValuesChanged(ids, 3);  // before the data pool: nothing to read
+  EXPECT_FALSE(trace.Contains("SetPlayerSpeedFromDP"));
+
+  GiveInterfaces();
+  SetSpeedPercent(250);
+  trace.Clear();
+  app.GetDataListenerFace()->OnValuesChanged(ids, 3);
+  EXPECT_EQ(trace.Count("MirlApp::SetPlayerSpeedFromDP:playbackSpeed=250"), 1u);
+  EXPECT_TRUE(trace.Contains("InteractiveRunner::SetSpeed: 2.5"));
+  EXPECT_FALSE(trace.Contains("Player::StartPlayback"));
+
+  trace.Clear();
+  app.OnValuesChanged(ids, 0);
+  app.OnValuesChanged(ids, 1);  // only the tick id
+  app.OnValuesChanged(nullptr, 2);
+  EXPECT_TRUE(trace.Texts().empty());
+  SetSpeedPercent(100);
+}
+
+TEST_F(MirlAppTest, SecondDataPoolReplacesTheFirst) {
+  GiveInterfaces();
+  DataPoolProviderInterface* first = DataPoolDirectory::FindProvider(77);
+  FakeDataPool second;
+  app.SetInterface(101, 0, 0, &second);
+  EXPECT_EQ(pool.Unregistered(), (std::vector<uint32_t>{77}));
+  EXPECT_EQ(second.Subscriptions().size(), 1u);
+  DataPoolProviderInterface* replacement = DataPoolDirectory::FindProvider(77);
+  ASSERT_NE(replacement, nullptr);
+  app.OnTick(nullptr, 7.0);
+  EXPECT_TRUE(pool.Reports().empty());
+  EXPECT_EQ(second.Reports().size(), 1u);
+  EXPECT_EQ(ReadPlaybackValue(kTick), 7);
+  (void)first;
+  app.Shutdown();
+  EXPECT_EQ(second.Unregistered(), (std::vector<uint32_t>{77}));
+}
+
+TEST_F(MirlAppTest, ShutdownDetachesAndDeletesWhatTheApplicationOwns) {
+  GiveInterfaces();
+  app.Shutdown();
+  EXPECT_TRUE(trace.Contains("MirlApp::Shutdown"));
+  EXPECT_EQ(registration.Detached(), (std::vector<HmiModule*>{&app}));
+  EXPECT_EQ(DataPoolDirectory::FindProvider(77), nullptr);
+  EXPECT_EQ(DataPoolDirectory::FindClient(76), nullptr);
+  EXPECT_EQ(app.OnRunLevel(200, 1), 200);
+  EXPECT_TRUE(registration.Published().empty());
+}
+
+TEST(MirlAppWithoutRegistrationTest, StartsAndRunsLevelsWithoutAttaching) {
+  pelorin_test::StorageFolder storage("", "");
+  FakeHost host(nullptr);
+  MirlApp app;
+  EXPECT_TRUE(app.Startup(&host));
+  EXPECT_EQ(host.Requests().size(), 1u);
+  EXPECT_EQ(app.OnRunLevel(200, 1), 200);
+  app.Shutdown();
+}
+
+}  // namespace

@@ -1,0 +1,387 @@
+// The built libpelorin.so as the HMI host uses it: loaded with dlopen,
+// driven only through its three entry points and the interfaces it hands
+// the host, and unloaded with dlclose, again and again in one process.
+
+#include <dlfcn.h>
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "DataListener.h"
+#include "DataPoolClientInterface.h"
+#include "DataPoolDirectory.h"
+#include "DataPoolProviderInterface.h"
+#include "EventListener.h"
+#include "HmiModule.h"
+#include "player/PlayerService.h"
+#include "tests/module/FakeHmiHost.h"
+#include "tests/support/TraceCapture.h"
+#include "tracing/Channel.h"
+
+#ifndef PELORIN_MODULE_PATH
+#error "PELORIN_MODULE_PATH must name the built module"
+#endif
+
+namespace {
+
+using pelorin_test::FakeDataPool;
+using pelorin_test::FakeEvents;
+using pelorin_test::FakeHost;
+using pelorin_test::FakeRegistration;
+using pelorin_test::WaitUntil;
+
+constexpr uint32_t kStart = 0x4c000000;
+constexpr uint32_t kStop = 0x4c000001;
+constexpr uint32_t kSpeed = 0x4c000001;
+constexpr uint32_t kTick = 0x4d000000;
+constexpr uint32_t kNext = 0x4d000001;
+
+using Reports = std::vector<std::vector<uint32_t>>;
+using Notifications = std::vector<std::pair<uint32_t, int>>;
+
+// The module as the host sees it: a handle and the three entry points.
+class LoadedModule {
+ public:
+  using SetInterfaceFunction = void (*)(int, int, void*);
+  using CreateFunction = int16_t (*)();
+  using DestroyFunction = void (*)();
+
+  LoadedModule() {
+    m_handle = dlopen(PELORIN_MODULE_PATH, RTLD_NOW | RTLD_LOCAL);
+    if (m_handle == nullptr) {
+      ADD_FAILURE() << "dlopen: " << dlerror();
+      return;
+    }
+    setInterface = reinterpret_cast<SetInterfaceFunction>(dlsym(m_handle, "hmi_setInterface"));
+    create = reinterpret_cast<CreateFunction>(dlsym(m_handle, "hmi_createModule"));
+    destroy = reinterpret_cast<DestroyFunction>(dlsym(m_handle, "hmi_destroyModule"));
+  }
+  ~LoadedModule() { Unload(); }
+  LoadedModule(const LoadedModule&) = delete;
+  LoadedModule& operator=(const LoadedModule&) = delete;
+
+  bool Loaded() const { return m_handle && setInterface && create && destroy; }
+  void* Symbol(const char* name) const { return dlsym(m_handle, name); }
+
+  // Closes the handle; true when the library has really left the process.
+  bool Unload() {
+    if (m_handle == nullptr) return true;
+    dlclose(m_handle);
+    m_handle = nullptr;
+    void* still = dlopen(PELORIN_MODULE_PATH, RTLD_NOW | RTLD_NOLOAD);
+    if (still == nullptr) return true;
+    dlclose(still);
+    return false;
+  }
+
+  SetInterfaceFunction setInterface = nullptr;
+  CreateFunction create = nullptr;
+  DestroyFunction destroy = nullptr;
+
+ private:
+  void* m_handle = nullptr;
+};
+
+int32_t ReadPlaybackValue(uint32_t id) {
+  DataPoolProviderInterface* provider = DataPoolDirectory::FindProvider(77);
+  if (provider == nullptr) return -999;
+  int32_t value = -999;
+  provider->LockRead();
+  provider->GetValue(id, &value);
+  provider->UnlockRead();
+  return value;
+}
+
+// Records at 100.0 and 100.2 follow each other quickly; the third is far
+// away, so playback is still running (ticking every 2 s) when a test ends it.
+const char kEvents[] =
+    "100 $TMC\n"
+    "100.2 $TMC\n"
+    "5000 $TMC\n";
+
+// A host that has loaded the module, handed over its interfaces, raised the
+// module to run level 200 and run the published player service.
+class RunningHost {
+ public:
+  explicit RunningHost(LoadedModule& loaded) : m_module(loaded) {}
+
+  void Start() {
+    m_module.setInterface(500, 2, &host);
+    ASSERT_EQ(m_module.create(), 1);
+    ASSERT_EQ(registration.Attached().size(), 1u);
+    module = registration.Attached()[0];
+    // Data pool first, then events; the wrong versions and ids change nothing.
+    module->SetInterface(101, 1, 0, &pool);
+    module->SetInterface(100, 2, 0, &events);
+    module->SetInterface(105, 0, 0, &pool);
+    EXPECT_TRUE(pool.Subscriptions().empty());
+    EXPECT_TRUE(events.Listeners().empty());
+    module->SetInterface(101, 0, 0, &pool);
+    module->SetInterface(100, 0, 0, &events);
+    ASSERT_EQ(pool.Subscriptions().size(), 1u);
+    ASSERT_EQ(events.Listeners().size(), 1u);
+    EXPECT_EQ(pool.Subscriptions()[0].second, kSpeed);
+    dataListener = pool.Subscriptions()[0].first;
+    eventListener = events.Listeners()[0].first;
+
+    EXPECT_EQ(module->OnRunLevel(120, 1), 200);
+    EXPECT_TRUE(registration.Published().empty());
+    EXPECT_EQ(module->OnRunLevel(200, 1), 200);
+    ASSERT_EQ(registration.Published().size(), 1u);
+    service = static_cast<Quillan::PlayerService*>(registration.Published()[0].service);
+    ASSERT_NE(service, nullptr);
+    EXPECT_EQ(service->Run(), 0);
+    EXPECT_EQ(service->Run(), 2);
+  }
+
+  // Starts playback and waits until the far record has been read ahead.
+  void PlayToTheFarRecord() {
+    eventListener->OnEvent(kStart, 0);
+    ASSERT_TRUE(WaitUntil([] { return ReadPlaybackValue(kNext) == 5000; }));
+  }
+
+  FakeRegistration registration;
+  FakeHost host{&registration};
+  FakeEvents events;
+  FakeDataPool pool;
+  HmiModule* module = nullptr;
+  EventListener* eventListener = nullptr;
+  DataListener* dataListener = nullptr;
+  Quillan::PlayerService* service = nullptr;
+
+ private:
+  LoadedModule& m_module;
+};
+
+TEST(ModuleLoadTest, ExportsOnlyTheThreeEntryPoints) {
+  LoadedModule module;
+  ASSERT_TRUE(module.Loaded());
+  EXPECT_EQ(module.Symbol("_ZN7Quillan14PelorinChannelEv"), nullptr);
+  EXPECT_EQ(module.Symbol("_ZN7Quillan7MirlAppC1Ev"), nullptr);
+  EXPECT_EQ(module.Symbol("_ZN7Quillan14SDDataProvider9LockWriteEv"), nullptr);
+  EXPECT_TRUE(module.Unload());
+}
+
+TEST(ModuleLoadTest, FirstHostOfTheRightIdAndVersionWinsUntilDestroy) {
+  pelorin_test::StorageFolder storage("", "");
+  pelorin_test::TraceCapture trace(3);
+  LoadedModule module;
+  ASSERT_TRUE(module.Loaded());
+  FakeRegistration registration;
+  FakeHost first(&registration);
+  FakeHost second(&registration);
+
+  module.setInterface(500, 1, &first);
+  module.setInterface(501, 2, &first);
+  EXPECT_EQ(module.create(), 0) << "no host yet: made, not started";
+  EXPECT_TRUE(first.Requests().empty());
+  module.destroy();
+
+  module.setInterface(500, 2, &first);
+  module.setInterface(500, 2, &second);
+  EXPECT_EQ(module.create(), 1);
+  EXPECT_EQ(first.Requests().size(), 1u);
+  EXPECT_TRUE(second.Requests().empty());
+  module.destroy();
+
+  module.setInterface(500, 2, &second);  // accepted again after a destroy
+  EXPECT_EQ(module.create(), 1);
+  EXPECT_EQ(second.Requests().size(), 1u);
+  module.destroy();
+  EXPECT_FALSE(trace.Contains("HMI_CREATE_MODULE_SYMBOL")) << "level 2 is below threshold 3";
+  EXPECT_FALSE(trace.Contains("HMI_DESTROY_MODULE_SYMBOL"));
+  EXPECT_TRUE(module.Unload());
+}
+
+TEST(ModuleLoadTest, EntryPointsLogAtProgressLevel) {
+  pelorin_test::TraceCapture trace(2);
+  LoadedModule module;
+  ASSERT_TRUE(module.Loaded());
+  EXPECT_EQ(module.create(), 0);
+  module.destroy();
+  using Texts = std::vector<std::string>;
+  // The application made without a host is still shut down.
+  EXPECT_EQ(trace.Texts(),
+            (Texts{"HMI_CREATE_MODULE_SYMBOL", "HMI_DESTROY_MODULE_SYMBOL", "MirlApp::Shutdown"}));
+  EXPECT_EQ(trace.Lines()[0].channel, "Pelorin");
+  EXPECT_TRUE(module.Unload());
+}
+
+// The whole path: interfaces, run level, Run, a speed change through the
+// data pool, start and stop events, the playback clock in the data pool and
+// its change reports, then run level down in the middle of playback.
+TEST(ModuleLoadTest, PlaysUnderHmiControlAndGoesDownThroughTheRunLevel) {
+  pelorin_test::StorageFolder storage("interactive=1\nautostart=0\n", kEvents);
+  pelorin_test::TraceCapture trace(2);
+  LoadedModule module;
+  ASSERT_TRUE(module.Loaded());
+  RunningHost unit(module);
+  ASSERT_NO_FATAL_FAILURE(unit.Start());
+  EXPECT_TRUE(trace.Contains("Player::Run"));
+
+  // The data pool writes the speed: duplicates inside one section are
+  // reported once; a nested empty section reports with count 0 twice.
+  DataPoolClientInterface* table = DataPoolDirectory::FindClient(76);
+  ASSERT_NE(table, nullptr);
+  table->LockWrite();
+  EXPECT_TRUE(table->SetInt(kSpeed, 150));
+  EXPECT_TRUE(table->SetInt(kSpeed, 300));
+  table->UnlockWrite();
+  table->LockWrite();
+  table->LockWrite();
+  table->UnlockWrite();
+  table->UnlockWrite();
+  EXPECT_EQ(unit.pool.Reports(), (Reports{{kSpeed}, {}, {}}));
+  unit.pool.ClearReports();
+  const uint32_t changed[] = {kSpeed};
+  unit.dataListener->OnValuesChanged(changed, 1);
+  EXPECT_TRUE(trace.Contains("MirlApp::SetPlayerSpeedFromDP:playbackSpeed=300"));
+  EXPECT_TRUE(trace.Contains("InteractiveRunner::SetSpeed: 3"));
+
+  ASSERT_NO_FATAL_FAILURE(unit.PlayToTheFarRecord());
+  // Next event 100, tick 100, next event 100.2 (still 100: neither reported
+  // nor announced), next event 5000.
+  EXPECT_EQ(ReadPlaybackValue(kTick), 100);
+  const Reports clock = unit.pool.ReportsOf(0x4d);
+  ASSERT_GE(clock.size(), 3u);
+  EXPECT_EQ(Reports(clock.begin(), clock.begin() + 3), (Reports{{kNext}, {kTick}, {kNext}}));
+  const Notifications told = unit.events.Notifications();
+  ASSERT_GE(told.size(), 3u);
+  EXPECT_EQ(Notifications(told.begin(), told.begin() + 3),
+            (Notifications{{kNext, 0}, {kTick, 0}, {kNext, 0}}));
+
+  // The data pool reads the provider's constants through its interface.
+  DataPoolProviderInterface* provider = DataPoolDirectory::FindProvider(77);
+  ASSERT_NE(provider, nullptr);
+  EXPECT_EQ(provider->GetValueType(kNext), 0u);
+  EXPECT_EQ(provider->GetValueType(kSpeed), 10u);
+  EXPECT_EQ(provider->GetCount(kTick), 0xFFFFFFFFu);
+  // A host-side write section on the provider marks nothing: no report.
+  const size_t before = unit.pool.Reports().size();
+  provider->LockWrite();
+  provider->LockWrite();
+  provider->UnlockWrite();
+  provider->UnlockWrite();
+  EXPECT_EQ(unit.pool.Reports().size(), before);
+
+  // Stop: the queued step (due at the next tick, 2 s of wall-clock time
+  // after the first) finds the runner stopped. Start again: playback resumes
+  // at once with that tick.
+  unit.eventListener->OnEvent(kStop, 0);
+  EXPECT_TRUE(trace.Contains("InteractiveRunner::Stop"));
+  EXPECT_TRUE(WaitUntil([&] { return trace.Contains("InteractiveRunner::Execute: stopping"); }));
+  unit.eventListener->OnEvent(kStart, 0);
+  EXPECT_TRUE(WaitUntil([] { return ReadPlaybackValue(kTick) >= 102; }));
+
+  // Run level down in the middle of playback: player and data-pool objects
+  // go; later events find nothing to act on.
+  EXPECT_EQ(unit.module->OnRunLevel(200, -1), 200);
+  EXPECT_EQ(DataPoolDirectory::FindProvider(77), nullptr);
+  EXPECT_EQ(DataPoolDirectory::FindClient(76), nullptr);
+  EXPECT_EQ(unit.pool.Unregistered(), (std::vector<uint32_t>{77}));
+  const size_t notified = unit.events.NotificationCount();
+  trace.Clear();
+  unit.eventListener->OnEvent(kStart, 0);
+  unit.dataListener->OnValuesChanged(changed, 1);
+  EXPECT_FALSE(trace.Contains("Player::StartPlayback"));
+  EXPECT_FALSE(trace.Contains("SetPlayerSpeedFromDP"));
+  EXPECT_EQ(unit.events.NotificationCount(), notified);
+
+  module.destroy();
+  EXPECT_EQ(unit.registration.Detached(), (std::vector<HmiModule*>{unit.module}));
+  EXPECT_TRUE(trace.Contains("MirlApp::Shutdown"));
+  EXPECT_TRUE(module.Unload());
+}
+
+// Destroying the module while it plays ends playback, and a fresh load
+// starts from a fresh speed table (100 percent).
+TEST(ModuleLoadTest, DestroyInTheMiddleOfPlaybackAndLoadAgain) {
+  pelorin_test::StorageFolder storage("autostart=0\n", kEvents);
+  pelorin_test::TraceCapture trace(2);
+  for (int round = 0; round < 2; ++round) {
+    SCOPED_TRACE(round);
+    LoadedModule module;
+    ASSERT_TRUE(module.Loaded());
+    RunningHost unit(module);
+    ASSERT_NO_FATAL_FAILURE(unit.Start());
+    trace.Clear();
+    ASSERT_NO_FATAL_FAILURE(unit.PlayToTheFarRecord());
+    EXPECT_TRUE(trace.Contains("MirlApp::SetPlayerSpeedFromDP:playbackSpeed=100"));
+    if (round == 0) {
+      DataPoolClientInterface* table = DataPoolDirectory::FindClient(76);
+      table->LockWrite();
+      table->SetInt(kSpeed, 300);
+      table->UnlockWrite();
+    }
+    module.destroy();
+    EXPECT_EQ(DataPoolDirectory::FindProvider(77), nullptr);
+    EXPECT_EQ(DataPoolDirectory::FindClient(76), nullptr);
+    EXPECT_EQ(unit.registration.Detached().size(), 1u);
+    EXPECT_EQ(unit.pool.Unregistered(), (std::vector<uint32_t>{77}));
+    EXPECT_TRUE(module.Unload());
+  }
+  // The unloaded module's channel is gone: changing every "Pelorin"
+  // channel's threshold touches only live ones.
+  tracing::SetThreshold("Pelorin", 2);
+}
+
+TEST(ModuleLoadTest, BadUseDoesNotCrashOrLeak) {
+  pelorin_test::StorageFolder storage("autostart=0\n", kEvents);
+  pelorin_test::TraceCapture trace(2);
+  LoadedModule module;
+  ASSERT_TRUE(module.Loaded());
+
+  module.destroy();  // destroy without create: logs only
+  EXPECT_EQ(trace.Texts(), (std::vector<std::string>{"HMI_DESTROY_MODULE_SYMBOL"}));
+
+  FakeRegistration registration;
+  FakeHost host(&registration);
+  module.setInterface(500, 2, &host);
+  EXPECT_EQ(module.create(), 1);
+  EXPECT_EQ(module.create(), 1);  // create twice: the first is shut down first
+  ASSERT_EQ(registration.Attached().size(), 2u);
+  EXPECT_EQ(registration.Detached(), (std::vector<HmiModule*>{registration.Attached()[0]}));
+  HmiModule* app = registration.Attached()[1];
+
+  // Events before any interface: start and stop reach the player, nothing
+  // reaches the data pool or the event service.
+  trace.Clear();
+  app->OnEvent(kStart, 0);
+  app->OnEvent(kStop, 0);
+  EXPECT_TRUE(trace.Contains("Player::StartPlayback"));
+  EXPECT_FALSE(trace.Contains("SetPlayerSpeedFromDP"));
+
+  // Interfaces twice: a second event service gets the listener too; a second
+  // data pool replaces the first and its objects.
+  FakeEvents events;
+  FakeEvents otherEvents;
+  FakeDataPool pool;
+  FakeDataPool otherPool;
+  app->SetInterface(100, 0, 0, &events);
+  app->SetInterface(100, 0, 0, &otherEvents);
+  app->SetInterface(101, 0, 0, &pool);
+  app->SetInterface(101, 0, 0, &otherPool);
+  EXPECT_EQ(events.Listeners().size(), 1u);
+  EXPECT_EQ(otherEvents.Listeners().size(), 1u);
+  EXPECT_EQ(pool.Unregistered(), (std::vector<uint32_t>{77}));
+  EXPECT_EQ(otherPool.Subscriptions().size(), 1u);
+  EXPECT_NE(DataPoolDirectory::FindProvider(77), nullptr);
+  module.destroy();
+  EXPECT_EQ(otherPool.Unregistered(), (std::vector<uint32_t>{77}));
+  EXPECT_TRUE(module.Unload());
+}
+
+TEST(ModuleLoadTest, HostWithoutRegistration) {
+  pelorin_test::StorageFolder storage("", "");
+  LoadedModule module;
+  ASSERT_TRUE(module.Loaded());
+  FakeHost host(nullptr);
+  module.setInterface(500, 2, &host);
+  EXPECT_EQ(module.create(), 1);
+  EXPECT_EQ(host.Requests(), (std::vector<std::pair<int, void*>>{{2, nullptr}}));
+  module.destroy();
+  EXPECT_TRUE(module.Unload());
+}
+
+}  // namespace
