@@ -36,11 +36,12 @@ std::string ReadAll(const std::string& path) {
   return text.str();
 }
 
-// Splits the launcher that CMake gives (an emulator in cross builds).
+// The launcher that CMake gives (an emulator in cross builds), split into
+// its words.
 std::vector<std::string> Launcher() {
   std::vector<std::string> parts;
   std::stringstream launcher(PELORIN_CHECK_LAUNCHER);
-  for (std::string part; std::getline(launcher, part, ';');) {
+  for (std::string part; std::getline(launcher, part, '|');) {
     if (!part.empty()) parts.push_back(part);
   }
   return parts;
