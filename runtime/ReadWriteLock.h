@@ -28,6 +28,9 @@ class ReadWriteLock {
   void UnlockWrite();
 
  private:
+  // Tests read the counters through it to know when a writer is waiting.
+  friend class ReadWriteLockProbe;
+
   struct Holds {
     uint16_t reads = 0;
     uint16_t writes = 0;
