@@ -138,46 +138,22 @@ TEST(PayloadGrammar, OddBytesAndHugeValuesAreTakenAsTheyStand) {
   EXPECT_EQ(producer.Parse("\"a\"=1"), nullptr);
 }
 
+// The common cases are covered through the producers; these are the limits.
 TEST(IntegerText, WholeTextMustBeANumberInRange) {
-  struct Case {
-    std::string text;
-    int base;
-    bool converts;
-    int64_t value;
-  };
-  const std::vector<Case> cases = {
-      {"12", 10, true, 12},
-      {" +12\t", 10, true, 12},
-      {"-12", 10, true, -12},
-      {"0012", 10, true, 12},
-      {"9223372036854775807", 10, true, INT64_MAX},
-      {"-9223372036854775808", 10, true, INT64_MIN},
-      {"9223372036854775808", 10, false, 0},
-      {"99999999999999999999999", 10, false, 0},
-      {"12abc", 10, false, 0},
-      {"1 2", 10, false, 0},
-      {"- 1", 10, false, 0},
-      {"1F", 10, false, 0},
-      {"", 10, false, 0},
-      {"+", 10, false, 0},
-      {std::string("1\0", 2), 10, false, 0},
-      {"1F", 16, true, 31},
-      {"ff", 16, true, 255},
-      {"0x1f", 16, true, 31},
-      {"-0X10", 16, true, -16},
-      {"0x", 16, false, 0},
-      {"g", 16, false, 0},
-      {"7FFFFFFFFFFFFFFF", 16, true, INT64_MAX},
-      {"10000000000000000", 16, false, 0},
-  };
-  for (const Case& c : cases) {
-    SCOPED_TRACE("text: " + c.text);
-    int64_t value = 99;
-    EXPECT_EQ(IntegerText::Convert(c.text, c.base, &value), c.converts);
-    EXPECT_EQ(value, c.converts ? c.value : 99);
-    EXPECT_EQ(c.base == 10 ? IntegerText::DecimalOrZero(c.text) : IntegerText::HexOrZero(c.text),
-              c.value);
-  }
+  const std::vector<std::pair<std::string, int64_t>> decimal = {{"9223372036854775807", INT64_MAX},
+                                                                {"-9223372036854775808", INT64_MIN},
+                                                                {"9223372036854775808", 0},
+                                                                {"1 2", 0},
+                                                                {"- 1", 0},
+                                                                {std::string("1\0", 2), 0}};
+  for (const auto& c : decimal) EXPECT_EQ(IntegerText::DecimalOrZero(c.first), c.second) << c.first;
+  const std::vector<std::pair<std::string, int64_t>> hex = {
+      {"-0X10", -16}, {"0x", 0}, {"7FFFFFFFFFFFFFFF", INT64_MAX}, {"10000000000000000", 0}};
+  for (const auto& c : hex) EXPECT_EQ(IntegerText::HexOrZero(c.first), c.second) << c.first;
+  int64_t value = 99;
+  EXPECT_FALSE(IntegerText::Convert("0", 8, &value));
+  EXPECT_FALSE(IntegerText::Convert("", 10, &value));
+  EXPECT_EQ(value, 99);
 }
 
 TEST(Utf8Text, KeepsUtf8AndReadsOtherHighBytesAsLatin1) {
