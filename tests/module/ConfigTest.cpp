@@ -112,17 +112,13 @@ TEST(ConfigLookup, Booleans) {
 }
 
 TEST(ConfigLookup, Doubles) {
-  const Config config = ConfigFromBytes(
-      "point=1.5\ncomma=1,5\nneg=-3\nexp=2e-1\nplus=+4\n"
-      "word=fast\nboth=1.000,5\ntrail=1.5x\ninf=inf\nnan=nan\nhuge=1e999\n");
+  // The number grammar itself is NumberText's; here: both marks, and the
+  // default for anything else.
+  const Config config = ConfigFromBytes("point=1.5\ncomma=1,5\nword=fast\nboth=1.000,5\n");
   EXPECT_EQ(config.GetDouble("point", 0.0), 1.5);
   EXPECT_EQ(config.GetDouble("comma", 0.0), 1.5);
-  EXPECT_EQ(config.GetDouble("neg", 0.0), -3.0);
-  EXPECT_EQ(config.GetDouble("exp", 0.0), 0.2);
-  EXPECT_EQ(config.GetDouble("plus", 0.0), 4.0);
-  for (const char* key : {"word", "both", "trail", "inf", "nan", "huge", "absent"}) {
-    EXPECT_EQ(config.GetDouble(key, 7.25), 7.25) << key;
-  }
+  EXPECT_EQ(config.GetDouble("word", 7.25), 7.25);
+  EXPECT_EQ(config.GetDouble("both", 7.25), 7.25);
 }
 
 }  // namespace
