@@ -18,12 +18,12 @@ namespace {
 using PelorinCheck::LineShape;
 using PelorinCheck::LineTap;
 
-// Serves a byte string, one read at a time of at most `chunk` bytes; with
-// `peek`, it also offers up to 7 bytes at a time for read-ahead runs.
+// Serves a byte string one byte per read; with `peek`, it also offers up to
+// 7 bytes at a time for read-ahead runs.
 class StringSource : public Quillan::ByteReader {
  public:
-  explicit StringSource(std::string bytes, uint32_t chunk = 1, bool peek = false)
-      : m_bytes(std::move(bytes)), m_chunk(chunk), m_peek(peek) {}
+  explicit StringSource(std::string bytes, bool peek = false)
+      : m_bytes(std::move(bytes)), m_peek(peek) {}
   using ByteReader::Read;
   const uint8_t* PeekReady(uint32_t* count) override {
     *count = m_peek ? static_cast<uint32_t>(std::min<size_t>(7, m_bytes.size() - m_pos)) : 0;
@@ -32,7 +32,7 @@ class StringSource : public Quillan::ByteReader {
   void TakeReady(uint32_t count) override { m_pos += count; }
   Quillan::FileStatus Read(void* buffer, uint32_t length, uint32_t* count) override {
     const size_t left = m_bytes.size() - m_pos;
-    const size_t n = std::min<size_t>({left, length, m_chunk});
+    const size_t n = std::min<size_t>({left, length, 1});
     std::memcpy(buffer, m_bytes.data() + m_pos, n);
     m_pos += n;
     *count = static_cast<uint32_t>(n);
@@ -42,7 +42,6 @@ class StringSource : public Quillan::ByteReader {
  private:
   std::string m_bytes;
   size_t m_pos = 0;
-  uint32_t m_chunk;
   bool m_peek;
 };
 
@@ -50,7 +49,7 @@ class StringSource : public Quillan::ByteReader {
 // checks that what the tap saw agrees with what the reader made of it.
 void ExpectTapAgreesWithReader(const std::string& bytes, bool peek) {
   SCOPED_TRACE(::testing::PrintToString(bytes) + (peek ? " with read-ahead" : ""));
-  StringSource source(bytes, 1, peek);
+  StringSource source(bytes, peek);
   LineTap tap(source);
   Quillan::RecordReader reader(tap);
   Quillan::Record record;
@@ -101,18 +100,6 @@ TEST(LineTapTest, AgreesWithTheReaderOnRandomBytes) {
   }
 }
 
-TEST(LineTapTest, SeesBytesDeliveredManyAtATime) {
-  StringSource source("12 $A\r\n 3 $B\n", 64);
-  LineTap tap(source);
-  char buffer[64];
-  uint32_t count = 0;
-  tap.BeginLine();
-  ASSERT_EQ(tap.Read(buffer, sizeof(buffer), &count), Quillan::FileStatus::kSuccess);
-  EXPECT_EQ(tap.Line().head, "12 $A");
-  EXPECT_EQ(tap.Line().firstBlank, 2u);
-  EXPECT_EQ(tap.Offset(), 13u);
-}
-
 TEST(LineTapTest, NamesWhyALineIsMalformed) {
   const struct {
     const char* line;
@@ -135,7 +122,7 @@ TEST(LineTapTest, NamesWhyALineIsMalformed) {
 
 TEST(LineTapTest, KeepsOnlyABoundedHeadOfALongLine) {
   const std::string time(5000, '1');
-  StringSource source(time + " $A payload\n", 1, true);
+  StringSource source(time + " $A payload\n", true);
   LineTap tap(source);
   Quillan::RecordReader reader(tap);
   Quillan::Record record;

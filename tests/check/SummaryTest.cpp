@@ -86,16 +86,6 @@ TEST(FileSummaryTest, CountsWhatPlaysUpToTheFirstStop) {
   EXPECT_EQ(summary.LinesNeverPlayed(), 2u);
 }
 
-TEST(FileSummaryTest, ReadErrorLeavesTheRestUnknown) {
-  FileSummary summary("events", 0.0);
-  summary.AddRecord(10.0, "$TMC");
-  summary.SetReadError(2);
-  EXPECT_FALSE(summary.HasOtherSpeed());
-  EXPECT_EQ(summary.Lines(), 2u);
-  EXPECT_EQ(summary.StopLine(), 2u);
-  EXPECT_FALSE(summary.LinesAfterStopKnown());
-}
-
 TEST(TimeTextTest, DateTimesAreUtc) {
   EXPECT_EQ(TimeText::DateTime(1416131460.25, TimeText::Style::kText),
             "2014-11-16 09:51:00.25 UTC");
