@@ -1,16 +1,15 @@
 #pragma once
 // Recording stand-ins for the HMI host's interfaces (module registration,
 // host, event service, data pool) and a storage folder for the module's
-// fixed paths, shared by the module tests. Every fake records what it is
-// asked, in order, and is thread-safe: the module calls the event service
-// and the data pool on the player's work-loop thread while a test reads.
+// fixed paths, shared by the module and data-pool tests. Each fake records
+// what it is asked, in order, and is thread-safe: the module calls the event
+// service and the data pool on the player's work-loop thread.
 
 #include <stdlib.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <chrono>
-#include <condition_variable>
 #include <cstdint>
 #include <cstdio>
 #include <functional>
@@ -30,8 +29,7 @@
 
 namespace pelorin_test {
 
-// Waits for a condition that another thread brings about. Polls, so the
-// fakes need not signal; the deadline is scaled for slow configurations.
+// Polls until `condition` holds; false at the (scaled) deadline.
 inline bool WaitUntil(const std::function<bool()>& condition, uint32_t ms = 5000) {
   const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(ScaledMs(ms));
   while (!condition()) {
@@ -41,154 +39,102 @@ inline bool WaitUntil(const std::function<bool()>& condition, uint32_t ms = 5000
   return true;
 }
 
-class FakeRegistration : public ModuleRegistration {
+// A thread-safe list of recorded calls.
+template <typename T>
+class Journal {
  public:
-  struct Publication {
-    int kind;
-    int version;
-    int runLevel;
-    void* service;
-  };
-
-  int AttachModule(HmiModule* module) override {
+  void Add(T entry) {
     std::lock_guard<std::mutex> guard(m_lock);
-    m_attached.push_back(module);
-    return 0;
+    m_entries.push_back(std::move(entry));
   }
-  int DetachModule(HmiModule* module) override {
+  std::vector<T> All() const {
     std::lock_guard<std::mutex> guard(m_lock);
-    m_detached.push_back(module);
-    return 0;
+    return m_entries;
   }
-  int PublishService(int kind, int version, int runLevel, void* service) override {
+  void Clear() {
     std::lock_guard<std::mutex> guard(m_lock);
-    m_published.push_back({kind, version, runLevel, service});
-    return 0;
-  }
-
-  std::vector<HmiModule*> Attached() const {
-    std::lock_guard<std::mutex> guard(m_lock);
-    return m_attached;
-  }
-  std::vector<HmiModule*> Detached() const {
-    std::lock_guard<std::mutex> guard(m_lock);
-    return m_detached;
-  }
-  std::vector<Publication> Published() const {
-    std::lock_guard<std::mutex> guard(m_lock);
-    return m_published;
+    m_entries.clear();
   }
 
  private:
   mutable std::mutex m_lock;
-  std::vector<HmiModule*> m_attached;
-  std::vector<HmiModule*> m_detached;
-  std::vector<Publication> m_published;
+  std::vector<T> m_entries;
+};
+
+class FakeRegistration : public ModuleRegistration {
+ public:
+  struct Publication {
+    int kind, version, runLevel;
+    void* service;
+  };
+  int AttachModule(HmiModule* module) override { return attached.Add(module), 0; }
+  int DetachModule(HmiModule* module) override { return detached.Add(module), 0; }
+  int PublishService(int kind, int version, int runLevel, void* service) override {
+    return published.Add({kind, version, runLevel, service}), 0;
+  }
+
+  Journal<HmiModule*> attached, detached;
+  Journal<Publication> published;
 };
 
 class FakeHost : public HostInterface {
  public:
   explicit FakeHost(ModuleRegistration* registration) : m_registration(registration) {}
   ModuleRegistration* GetRegistration(int version, void* reserved) override {
-    std::lock_guard<std::mutex> guard(m_lock);
-    m_requests.push_back({version, reserved});
+    requests.Add({version, reserved});
     return m_registration;
   }
-  std::vector<std::pair<int, void*>> Requests() const {
-    std::lock_guard<std::mutex> guard(m_lock);
-    return m_requests;
-  }
+
+  Journal<std::pair<int, void*>> requests;
 
  private:
-  mutable std::mutex m_lock;
   ModuleRegistration* m_registration;
-  std::vector<std::pair<int, void*>> m_requests;
 };
 
 class FakeEvents : public EventInterface {
  public:
   int AddEventListener(EventListener* listener, int flags) override {
-    std::lock_guard<std::mutex> guard(m_lock);
-    m_listeners.push_back({listener, flags});
-    return 0;
+    return listeners.Add({listener, flags}), 0;
   }
   int NotifyValueChanged(uint32_t id, int argument) override {
-    std::lock_guard<std::mutex> guard(m_lock);
-    m_notifications.push_back({id, argument});
-    return 0;
+    return notifications.Add({id, argument}), 0;
   }
 
-  std::vector<std::pair<EventListener*, int>> Listeners() const {
-    std::lock_guard<std::mutex> guard(m_lock);
-    return m_listeners;
-  }
-  std::vector<std::pair<uint32_t, int>> Notifications() const {
-    std::lock_guard<std::mutex> guard(m_lock);
-    return m_notifications;
-  }
-  size_t NotificationCount() const { return Notifications().size(); }
-
- private:
-  mutable std::mutex m_lock;
-  std::vector<std::pair<EventListener*, int>> m_listeners;
-  std::vector<std::pair<uint32_t, int>> m_notifications;
+  Journal<std::pair<EventListener*, int>> listeners;
+  Journal<std::pair<uint32_t, int>> notifications;
 };
 
 class FakeDataPool : public DataPoolInterface {
  public:
   int RegisterProvider(DataPoolReadInterface* provider, uint32_t id) override {
-    std::lock_guard<std::mutex> guard(m_lock);
-    m_registered.push_back({provider, id});
-    return 0;
+    return registered.Add({provider, id}), 0;
   }
   int Subscribe(DataListener* listener, uint32_t valueId) override {
-    std::lock_guard<std::mutex> guard(m_lock);
-    m_subscriptions.push_back({listener, valueId});
-    return 0;
+    return subscriptions.Add({listener, valueId}), 0;
   }
-  int UnregisterProvider(uint32_t id) override {
-    std::lock_guard<std::mutex> guard(m_lock);
-    m_unregistered.push_back(id);
-    return 0;
-  }
+  int UnregisterProvider(uint32_t id) override { return unregistered.Add(id), 0; }
   int ReportChangedValues(const uint32_t* ids, uint32_t count) override {
-    std::lock_guard<std::mutex> guard(m_lock);
-    m_reports.emplace_back(ids, ids + count);
+    std::vector<uint32_t> report(ids, ids + count);
+    if (onReport) onReport(report);
+    reports.Add(report);
     return 0;
-  }
-
-  std::vector<std::pair<DataListener*, uint32_t>> Subscriptions() const {
-    std::lock_guard<std::mutex> guard(m_lock);
-    return m_subscriptions;
-  }
-  std::vector<uint32_t> Unregistered() const {
-    std::lock_guard<std::mutex> guard(m_lock);
-    return m_unregistered;
-  }
-  std::vector<std::vector<uint32_t>> Reports() const {
-    std::lock_guard<std::mutex> guard(m_lock);
-    return m_reports;
   }
   // The reports whose first id has this high byte (0x4c speed table, 0x4d
-  // playback values); reports without ids are left out.
+  // playback values).
   std::vector<std::vector<uint32_t>> ReportsOf(uint32_t highByte) const {
     std::vector<std::vector<uint32_t>> selected;
-    for (const auto& report : Reports()) {
+    for (const auto& report : reports.All()) {
       if (!report.empty() && (report[0] >> 24) == highByte) selected.push_back(report);
     }
     return selected;
   }
-  void ClearReports() {
-    std::lock_guard<std::mutex> guard(m_lock);
-    m_reports.clear();
-  }
 
- private:
-  mutable std::mutex m_lock;
-  std::vector<std::pair<DataPoolReadInterface*, uint32_t>> m_registered;
-  std::vector<std::pair<DataListener*, uint32_t>> m_subscriptions;
-  std::vector<uint32_t> m_unregistered;
-  std::vector<std::vector<uint32_t>> m_reports;
+  Journal<std::pair<DataPoolReadInterface*, uint32_t>> registered;
+  Journal<std::pair<DataListener*, uint32_t>> subscriptions;
+  Journal<uint32_t> unregistered;
+  Journal<std::vector<uint32_t>> reports;
+  // Called on the reporting thread before the report is recorded.
+  std::function<void(const std::vector<uint32_t>&)> onReport;
 };
 
 // A temporary folder served as the head unit's "/fs/sda0" while it lives,
@@ -214,6 +160,7 @@ class StorageFolder {
   StorageFolder(const StorageFolder&) = delete;
   StorageFolder& operator=(const StorageFolder&) = delete;
 
+ private:
   void Write(const std::string& name, const std::string& contents) const {
     std::FILE* file = std::fopen((m_root + "/" + name).c_str(), "wb");
     if (file == nullptr) return;
@@ -221,7 +168,6 @@ class StorageFolder {
     std::fclose(file);
   }
 
- private:
   std::string m_root;
 };
 

@@ -1,11 +1,10 @@
-// The application object against recording host interfaces: start-up and
-// attachment, interface hand-over, the run-level table, HMI events and
-// data-pool speed changes, and the mirroring of the runner's clock into the
-// data pool. Playback itself never runs here (nobody calls Run).
+// The application object against recording host interfaces: the run-level
+// table, HMI events and data-pool speed changes, and the mirroring of the
+// runner's clock into the data pool, rounding included. Playback never runs
+// here (nobody calls Run); the module test drives the whole path.
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -75,35 +74,6 @@ class MirlAppTest : public ::testing::Test {
   MirlApp app;
 };
 
-TEST_F(MirlAppTest, StartupAttachesToTheRegistrationWithoutRunningThePlayer) {
-  EXPECT_EQ(host.Requests(), (std::vector<std::pair<int, void*>>{{2, nullptr}}));
-  EXPECT_EQ(registration.Attached(), (std::vector<HmiModule*>{&app}));
-  EXPECT_TRUE(registration.Published().empty());
-  EXPECT_TRUE(trace.Contains("MirlApp::Startup"));
-  EXPECT_FALSE(trace.Contains("Player::Run"));
-  EXPECT_STREQ(app.GetName(), "Quillan::MirlApp");
-  EXPECT_STREQ(app.GetEventListenerFace()->GetName(), "Quillan::MirlApp");
-  EXPECT_STREQ(app.GetDataListenerFace()->GetName(), "Quillan::MirlApp");
-}
-
-TEST_F(MirlAppTest, TakesOnlyTheEventAndDataPoolInterfacesOfVersionZero) {
-  app.SetInterface(101, 1, 0, &pool);
-  app.SetInterface(100, 1, 0, &events);
-  app.SetInterface(102, 0, 0, &pool);
-  app.SetInterface(101, 0, 0, nullptr);
-  EXPECT_TRUE(pool.Subscriptions().empty());
-  EXPECT_TRUE(events.Listeners().empty());
-  EXPECT_EQ(DataPoolDirectory::FindProvider(77), nullptr);
-
-  GiveInterfaces();
-  using Listeners = std::vector<std::pair<EventListener*, int>>;
-  EXPECT_EQ(events.Listeners(), (Listeners{{app.GetEventListenerFace(), 0}}));
-  using Subscriptions = std::vector<std::pair<DataListener*, uint32_t>>;
-  EXPECT_EQ(pool.Subscriptions(), (Subscriptions{{app.GetDataListenerFace(), kSpeed}}));
-  EXPECT_NE(DataPoolDirectory::FindProvider(77), nullptr);
-  EXPECT_NE(DataPoolDirectory::FindClient(76), nullptr);
-}
-
 TEST_F(MirlAppTest, RunLevelsAroundTwoHundredPublishAndTearDown) {
   GiveInterfaces();
   EXPECT_EQ(app.OnRunLevel(150, 1), 200);
@@ -111,10 +81,10 @@ TEST_F(MirlAppTest, RunLevelsAroundTwoHundredPublishAndTearDown) {
   EXPECT_EQ(app.OnRunLevel(200, 0), 200);
   EXPECT_EQ(app.OnRunLevel(250, -1), 200);
   EXPECT_EQ(app.OnRunLevel(150, -1), 150);
-  EXPECT_TRUE(registration.Published().empty());
+  EXPECT_TRUE(registration.published.All().empty());
 
   EXPECT_EQ(app.OnRunLevel(200, 1), 200);
-  const auto published = registration.Published();
+  const auto published = registration.published.All();
   ASSERT_EQ(published.size(), 1u);
   EXPECT_EQ(published[0].kind, 54);
   EXPECT_EQ(published[0].version, 1);
@@ -128,19 +98,19 @@ TEST_F(MirlAppTest, RunLevelsAroundTwoHundredPublishAndTearDown) {
   EXPECT_EQ(app.OnRunLevel(200, -1), 200);
   EXPECT_EQ(DataPoolDirectory::FindProvider(77), nullptr);
   EXPECT_EQ(DataPoolDirectory::FindClient(76), nullptr);
-  EXPECT_EQ(pool.Unregistered(), (std::vector<uint32_t>{77}));
+  EXPECT_EQ(pool.unregistered.All(), (std::vector<uint32_t>{77}));
 
   // Later calls find nothing to act on.
   trace.Clear();
   EXPECT_EQ(app.OnRunLevel(200, 1), 200);
-  EXPECT_EQ(registration.Published().size(), 1u);
+  EXPECT_EQ(registration.published.All().size(), 1u);
   app.GetEventListenerFace()->OnEvent(kStart, 0);
   app.GetEventListenerFace()->OnEvent(kStop, 0);
   app.OnTick(nullptr, 5.0);
   const uint32_t ids[] = {kSpeed};
   app.OnValuesChanged(ids, 1);
   EXPECT_TRUE(trace.Texts().empty());
-  EXPECT_TRUE(events.Notifications().empty());
+  EXPECT_TRUE(events.notifications.All().empty());
 }
 
 TEST_F(MirlAppTest, TickAndNextEventAreRoundedStoredAndAnnounced) {
@@ -159,9 +129,9 @@ TEST_F(MirlAppTest, TickAndNextEventAreRoundedStoredAndAnnounced) {
   listener->OnFinished(nullptr);
 
   using Reports = std::vector<std::vector<uint32_t>>;
-  EXPECT_EQ(pool.Reports(), (Reports{{kTick}, {kNext}, {kNext}, {kNext}}));
+  EXPECT_EQ(pool.reports.All(), (Reports{{kTick}, {kNext}, {kNext}, {kNext}}));
   using Notifications = std::vector<std::pair<uint32_t, int>>;
-  EXPECT_EQ(events.Notifications(),
+  EXPECT_EQ(events.notifications.All(),
             (Notifications{{kTick, 0}, {kNext, 0}, {kNext, 0}, {kNext, 0}}));
 }
 
@@ -169,8 +139,8 @@ TEST_F(MirlAppTest, ValuesAreStoredEvenWithoutAnEventInterface) {
   app.SetInterface(101, 0, 0, &pool);
   app.OnNextEvent(nullptr, 41.5);
   EXPECT_EQ(ReadPlaybackValue(kNext), 42);
-  EXPECT_EQ(pool.Reports().size(), 1u);
-  EXPECT_TRUE(events.Notifications().empty());
+  EXPECT_EQ(pool.reports.All().size(), 1u);
+  EXPECT_TRUE(events.notifications.All().empty());
 }
 
 TEST_F(MirlAppTest, StartEventSetsTheSpeedFromTheDataPoolThenStarts) {
@@ -202,13 +172,6 @@ TEST_F(MirlAppTest, StartEventSetsTheSpeedFromTheDataPoolThenStarts) {
   EXPECT_TRUE(trace.Texts().empty());
 }
 
-TEST_F(MirlAppTest, StartEventBeforeTheDataPoolStartsAtTheCurrentSpeed) {
-  trace.Clear();
-  app.OnEvent(kStart, 0);
-  EXPECT_FALSE(trace.Contains("SetPlayerSpeedFromDP"));
-  EXPECT_TRUE(trace.Contains("Player::StartPlayback"));
-}
-
 TEST_F(MirlAppTest, OnlyASpeedChangeInTheListSetsTheSpeed) {
   const uint32_t ids[] = {kTick, kSpeed, 0x4c000002};
   app.OnValuesChanged(ids, 3);  // before the data pool: nothing to read
@@ -228,45 +191,6 @@ TEST_F(MirlAppTest, OnlyASpeedChangeInTheListSetsTheSpeed) {
   app.OnValuesChanged(nullptr, 2);
   EXPECT_TRUE(trace.Texts().empty());
   SetSpeedPercent(100);
-}
-
-TEST_F(MirlAppTest, SecondDataPoolReplacesTheFirst) {
-  GiveInterfaces();
-  DataPoolProviderInterface* first = DataPoolDirectory::FindProvider(77);
-  FakeDataPool second;
-  app.SetInterface(101, 0, 0, &second);
-  EXPECT_EQ(pool.Unregistered(), (std::vector<uint32_t>{77}));
-  EXPECT_EQ(second.Subscriptions().size(), 1u);
-  DataPoolProviderInterface* replacement = DataPoolDirectory::FindProvider(77);
-  ASSERT_NE(replacement, nullptr);
-  app.OnTick(nullptr, 7.0);
-  EXPECT_TRUE(pool.Reports().empty());
-  EXPECT_EQ(second.Reports().size(), 1u);
-  EXPECT_EQ(ReadPlaybackValue(kTick), 7);
-  (void)first;
-  app.Shutdown();
-  EXPECT_EQ(second.Unregistered(), (std::vector<uint32_t>{77}));
-}
-
-TEST_F(MirlAppTest, ShutdownDetachesAndDeletesWhatTheApplicationOwns) {
-  GiveInterfaces();
-  app.Shutdown();
-  EXPECT_TRUE(trace.Contains("MirlApp::Shutdown"));
-  EXPECT_EQ(registration.Detached(), (std::vector<HmiModule*>{&app}));
-  EXPECT_EQ(DataPoolDirectory::FindProvider(77), nullptr);
-  EXPECT_EQ(DataPoolDirectory::FindClient(76), nullptr);
-  EXPECT_EQ(app.OnRunLevel(200, 1), 200);
-  EXPECT_TRUE(registration.Published().empty());
-}
-
-TEST(MirlAppWithoutRegistrationTest, StartsAndRunsLevelsWithoutAttaching) {
-  pelorin_test::StorageFolder storage("", "");
-  FakeHost host(nullptr);
-  MirlApp app;
-  EXPECT_TRUE(app.Startup(&host));
-  EXPECT_EQ(host.Requests().size(), 1u);
-  EXPECT_EQ(app.OnRunLevel(200, 1), 200);
-  app.Shutdown();
 }
 
 }  // namespace

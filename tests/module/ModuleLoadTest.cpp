@@ -109,27 +109,27 @@ class RunningHost {
   void Start() {
     m_module.setInterface(500, 2, &host);
     ASSERT_EQ(m_module.create(), 1);
-    ASSERT_EQ(registration.Attached().size(), 1u);
-    module = registration.Attached()[0];
+    ASSERT_EQ(registration.attached.All().size(), 1u);
+    module = registration.attached.All()[0];
     // Data pool first, then events; the wrong versions and ids change nothing.
     module->SetInterface(101, 1, 0, &pool);
     module->SetInterface(100, 2, 0, &events);
     module->SetInterface(105, 0, 0, &pool);
-    EXPECT_TRUE(pool.Subscriptions().empty());
-    EXPECT_TRUE(events.Listeners().empty());
+    EXPECT_TRUE(pool.subscriptions.All().empty());
+    EXPECT_TRUE(events.listeners.All().empty());
     module->SetInterface(101, 0, 0, &pool);
     module->SetInterface(100, 0, 0, &events);
-    ASSERT_EQ(pool.Subscriptions().size(), 1u);
-    ASSERT_EQ(events.Listeners().size(), 1u);
-    EXPECT_EQ(pool.Subscriptions()[0].second, kSpeed);
-    dataListener = pool.Subscriptions()[0].first;
-    eventListener = events.Listeners()[0].first;
+    ASSERT_EQ(pool.subscriptions.All().size(), 1u);
+    ASSERT_EQ(events.listeners.All().size(), 1u);
+    EXPECT_EQ(pool.subscriptions.All()[0].second, kSpeed);
+    dataListener = pool.subscriptions.All()[0].first;
+    eventListener = events.listeners.All()[0].first;
 
     EXPECT_EQ(module->OnRunLevel(120, 1), 200);
-    EXPECT_TRUE(registration.Published().empty());
+    EXPECT_TRUE(registration.published.All().empty());
     EXPECT_EQ(module->OnRunLevel(200, 1), 200);
-    ASSERT_EQ(registration.Published().size(), 1u);
-    service = static_cast<Quillan::PlayerService*>(registration.Published()[0].service);
+    ASSERT_EQ(registration.published.All().size(), 1u);
+    service = static_cast<Quillan::PlayerService*>(registration.published.All()[0].service);
     ASSERT_NE(service, nullptr);
     EXPECT_EQ(service->Run(), 0);
     EXPECT_EQ(service->Run(), 2);
@@ -175,19 +175,19 @@ TEST(ModuleLoadTest, FirstHostOfTheRightIdAndVersionWinsUntilDestroy) {
   module.setInterface(500, 1, &first);
   module.setInterface(501, 2, &first);
   EXPECT_EQ(module.create(), 0) << "no host yet: made, not started";
-  EXPECT_TRUE(first.Requests().empty());
+  EXPECT_TRUE(first.requests.All().empty());
   module.destroy();
 
   module.setInterface(500, 2, &first);
   module.setInterface(500, 2, &second);
   EXPECT_EQ(module.create(), 1);
-  EXPECT_EQ(first.Requests().size(), 1u);
-  EXPECT_TRUE(second.Requests().empty());
+  EXPECT_EQ(first.requests.All().size(), 1u);
+  EXPECT_TRUE(second.requests.All().empty());
   module.destroy();
 
   module.setInterface(500, 2, &second);  // accepted again after a destroy
   EXPECT_EQ(module.create(), 1);
-  EXPECT_EQ(second.Requests().size(), 1u);
+  EXPECT_EQ(second.requests.All().size(), 1u);
   module.destroy();
   EXPECT_FALSE(trace.Contains("HMI_CREATE_MODULE_SYMBOL")) << "level 2 is below threshold 3";
   EXPECT_FALSE(trace.Contains("HMI_DESTROY_MODULE_SYMBOL"));
@@ -232,8 +232,8 @@ TEST(ModuleLoadTest, PlaysUnderHmiControlAndGoesDownThroughTheRunLevel) {
   table->LockWrite();
   table->UnlockWrite();
   table->UnlockWrite();
-  EXPECT_EQ(unit.pool.Reports(), (Reports{{kSpeed}, {}, {}}));
-  unit.pool.ClearReports();
+  EXPECT_EQ(unit.pool.reports.All(), (Reports{{kSpeed}, {}, {}}));
+  unit.pool.reports.Clear();
   const uint32_t changed[] = {kSpeed};
   unit.dataListener->OnValuesChanged(changed, 1);
   EXPECT_TRUE(trace.Contains("MirlApp::SetPlayerSpeedFromDP:playbackSpeed=300"));
@@ -246,7 +246,7 @@ TEST(ModuleLoadTest, PlaysUnderHmiControlAndGoesDownThroughTheRunLevel) {
   const Reports clock = unit.pool.ReportsOf(0x4d);
   ASSERT_GE(clock.size(), 3u);
   EXPECT_EQ(Reports(clock.begin(), clock.begin() + 3), (Reports{{kNext}, {kTick}, {kNext}}));
-  const Notifications told = unit.events.Notifications();
+  const Notifications told = unit.events.notifications.All();
   ASSERT_GE(told.size(), 3u);
   EXPECT_EQ(Notifications(told.begin(), told.begin() + 3),
             (Notifications{{kNext, 0}, {kTick, 0}, {kNext, 0}}));
@@ -258,12 +258,12 @@ TEST(ModuleLoadTest, PlaysUnderHmiControlAndGoesDownThroughTheRunLevel) {
   EXPECT_EQ(provider->GetValueType(kSpeed), 10u);
   EXPECT_EQ(provider->GetCount(kTick), 0xFFFFFFFFu);
   // A host-side write section on the provider marks nothing: no report.
-  const size_t before = unit.pool.Reports().size();
+  const size_t before = unit.pool.reports.All().size();
   provider->LockWrite();
   provider->LockWrite();
   provider->UnlockWrite();
   provider->UnlockWrite();
-  EXPECT_EQ(unit.pool.Reports().size(), before);
+  EXPECT_EQ(unit.pool.reports.All().size(), before);
 
   // Stop: the queued step (due at the next tick, 2 s of wall-clock time
   // after the first) finds the runner stopped. Start again: playback resumes
@@ -279,17 +279,17 @@ TEST(ModuleLoadTest, PlaysUnderHmiControlAndGoesDownThroughTheRunLevel) {
   EXPECT_EQ(unit.module->OnRunLevel(200, -1), 200);
   EXPECT_EQ(DataPoolDirectory::FindProvider(77), nullptr);
   EXPECT_EQ(DataPoolDirectory::FindClient(76), nullptr);
-  EXPECT_EQ(unit.pool.Unregistered(), (std::vector<uint32_t>{77}));
-  const size_t notified = unit.events.NotificationCount();
+  EXPECT_EQ(unit.pool.unregistered.All(), (std::vector<uint32_t>{77}));
+  const size_t notified = unit.events.notifications.All().size();
   trace.Clear();
   unit.eventListener->OnEvent(kStart, 0);
   unit.dataListener->OnValuesChanged(changed, 1);
   EXPECT_FALSE(trace.Contains("Player::StartPlayback"));
   EXPECT_FALSE(trace.Contains("SetPlayerSpeedFromDP"));
-  EXPECT_EQ(unit.events.NotificationCount(), notified);
+  EXPECT_EQ(unit.events.notifications.All().size(), notified);
 
   module.destroy();
-  EXPECT_EQ(unit.registration.Detached(), (std::vector<HmiModule*>{unit.module}));
+  EXPECT_EQ(unit.registration.detached.All(), (std::vector<HmiModule*>{unit.module}));
   EXPECT_TRUE(trace.Contains("MirlApp::Shutdown"));
   EXPECT_TRUE(module.Unload());
 }
@@ -317,8 +317,8 @@ TEST(ModuleLoadTest, DestroyInTheMiddleOfPlaybackAndLoadAgain) {
     module.destroy();
     EXPECT_EQ(DataPoolDirectory::FindProvider(77), nullptr);
     EXPECT_EQ(DataPoolDirectory::FindClient(76), nullptr);
-    EXPECT_EQ(unit.registration.Detached().size(), 1u);
-    EXPECT_EQ(unit.pool.Unregistered(), (std::vector<uint32_t>{77}));
+    EXPECT_EQ(unit.registration.detached.All().size(), 1u);
+    EXPECT_EQ(unit.pool.unregistered.All(), (std::vector<uint32_t>{77}));
     EXPECT_TRUE(module.Unload());
   }
   // The unloaded module's channel is gone: changing every "Pelorin"
@@ -340,9 +340,9 @@ TEST(ModuleLoadTest, BadUseDoesNotCrashOrLeak) {
   module.setInterface(500, 2, &host);
   EXPECT_EQ(module.create(), 1);
   EXPECT_EQ(module.create(), 1);  // create twice: the first is shut down first
-  ASSERT_EQ(registration.Attached().size(), 2u);
-  EXPECT_EQ(registration.Detached(), (std::vector<HmiModule*>{registration.Attached()[0]}));
-  HmiModule* app = registration.Attached()[1];
+  ASSERT_EQ(registration.attached.All().size(), 2u);
+  EXPECT_EQ(registration.detached.All(), (std::vector<HmiModule*>{registration.attached.All()[0]}));
+  HmiModule* app = registration.attached.All()[1];
 
   // Events before any interface: start and stop reach the player, nothing
   // reaches the data pool or the event service.
@@ -362,13 +362,13 @@ TEST(ModuleLoadTest, BadUseDoesNotCrashOrLeak) {
   app->SetInterface(100, 0, 0, &otherEvents);
   app->SetInterface(101, 0, 0, &pool);
   app->SetInterface(101, 0, 0, &otherPool);
-  EXPECT_EQ(events.Listeners().size(), 1u);
-  EXPECT_EQ(otherEvents.Listeners().size(), 1u);
-  EXPECT_EQ(pool.Unregistered(), (std::vector<uint32_t>{77}));
-  EXPECT_EQ(otherPool.Subscriptions().size(), 1u);
+  EXPECT_EQ(events.listeners.All().size(), 1u);
+  EXPECT_EQ(otherEvents.listeners.All().size(), 1u);
+  EXPECT_EQ(pool.unregistered.All(), (std::vector<uint32_t>{77}));
+  EXPECT_EQ(otherPool.subscriptions.All().size(), 1u);
   EXPECT_NE(DataPoolDirectory::FindProvider(77), nullptr);
   module.destroy();
-  EXPECT_EQ(otherPool.Unregistered(), (std::vector<uint32_t>{77}));
+  EXPECT_EQ(otherPool.unregistered.All(), (std::vector<uint32_t>{77}));
   EXPECT_TRUE(module.Unload());
 }
 
@@ -379,7 +379,7 @@ TEST(ModuleLoadTest, HostWithoutRegistration) {
   FakeHost host(nullptr);
   module.setInterface(500, 2, &host);
   EXPECT_EQ(module.create(), 1);
-  EXPECT_EQ(host.Requests(), (std::vector<std::pair<int, void*>>{{2, nullptr}}));
+  EXPECT_EQ(host.requests.All(), (std::vector<std::pair<int, void*>>{{2, nullptr}}));
   module.destroy();
   EXPECT_TRUE(module.Unload());
 }

@@ -7,7 +7,6 @@
 #include <thread>
 #include <vector>
 
-#include "DataPoolDirectory.h"
 #include "module/PlaybackDataProvider.h"
 #include "tests/module/FakeHmiHost.h"
 
@@ -55,10 +54,10 @@ TEST_F(PlaybackDataProviderTest, TransactionReportsChangedIdsInWritingOrder) {
   EXPECT_TRUE(provider.SetValue(kNext, 1416131460));
   EXPECT_TRUE(provider.SetValue(kTick, 1416131458));
   EXPECT_FALSE(provider.SetValue(0x4d000002, 1));
-  EXPECT_TRUE(pool.Reports().empty());
+  EXPECT_TRUE(pool.reports.All().empty());
   provider.EndWrite();
-  ASSERT_EQ(pool.Reports().size(), 1u);
-  EXPECT_EQ(pool.Reports()[0], (std::vector<uint32_t>{kNext, kTick}));
+  ASSERT_EQ(pool.reports.All().size(), 1u);
+  EXPECT_EQ(pool.reports.All()[0], (std::vector<uint32_t>{kNext, kTick}));
 
   int32_t value = 0;
   provider.LockRead();
@@ -71,7 +70,7 @@ TEST_F(PlaybackDataProviderTest, StoringTheHeldValueReportsNothing) {
   provider.BeginWrite();
   EXPECT_FALSE(provider.SetValue(kTick, 0));
   provider.EndWrite();
-  EXPECT_TRUE(pool.Reports().empty());
+  EXPECT_TRUE(pool.reports.All().empty());
 }
 
 TEST_F(PlaybackDataProviderTest, NestedTransactionsReportOnceWithEveryChange) {
@@ -80,20 +79,11 @@ TEST_F(PlaybackDataProviderTest, NestedTransactionsReportOnceWithEveryChange) {
   provider.BeginWrite();
   provider.SetValue(kTick, 2);
   provider.EndWrite();
-  EXPECT_TRUE(pool.Reports().empty());
+  EXPECT_TRUE(pool.reports.All().empty());
   provider.SetValue(kNext, 3);
   provider.EndWrite();
-  ASSERT_EQ(pool.Reports().size(), 1u);
-  EXPECT_EQ(pool.Reports()[0], (std::vector<uint32_t>{kTick, kTick, kNext}));
-}
-
-TEST_F(PlaybackDataProviderTest, LivesInTheDirectoryAndUnregistersWhenDestroyed) {
-  pelorin_test::FakeDataPool own;
-  auto* temporary = new PlaybackDataProvider(&own);
-  EXPECT_EQ(DataPoolDirectory::FindProvider(77), temporary);
-  delete temporary;
-  EXPECT_EQ(DataPoolDirectory::FindProvider(77), nullptr);
-  EXPECT_EQ(own.Unregistered(), (std::vector<uint32_t>{77}));
+  ASSERT_EQ(pool.reports.All().size(), 1u);
+  EXPECT_EQ(pool.reports.All()[0], (std::vector<uint32_t>{kTick, kTick, kNext}));
 }
 
 // The work-loop thread writes both values in one transaction while data-pool
@@ -127,7 +117,7 @@ TEST_F(PlaybackDataProviderTest, ReadersNeverSeeHalfATransaction) {
   writer.join();
   for (auto& reader : readers) reader.join();
   EXPECT_FALSE(torn.load());
-  EXPECT_EQ(pool.Reports().size(), 1000u);
+  EXPECT_EQ(pool.reports.All().size(), 1000u);
 }
 
 }  // namespace

@@ -5,50 +5,18 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <mutex>
 #include <thread>
 #include <vector>
 
 #include "DataPoolDirectory.h"
-#include "DataPoolInterface.h"
 #include "runtime/DataPoolReader.h"
 #include "runtime/PoolValue.h"
+#include "tests/module/FakeHmiHost.h"
 
 namespace {
 
 using Quillan::DataPoolReader;
 using Quillan::PoolValue;
-
-class RecordingDataPool : public DataPoolInterface {
- public:
-  int RegisterProvider(DataPoolReadInterface* provider, uint32_t id) override {
-    std::lock_guard<std::mutex> guard(m_lock);
-    registered.push_back({provider, id});
-    return 0;
-  }
-  int Subscribe(DataListener*, uint32_t) override { return 0; }
-  int UnregisterProvider(uint32_t id) override {
-    std::lock_guard<std::mutex> guard(m_lock);
-    unregistered.push_back(id);
-    return 0;
-  }
-  int ReportChangedValues(const uint32_t* ids, uint32_t count) override {
-    std::lock_guard<std::mutex> guard(m_lock);
-    reports.emplace_back(ids, ids + count);
-    return 0;
-  }
-  std::vector<std::vector<uint32_t>> Reports() {
-    std::lock_guard<std::mutex> guard(m_lock);
-    return reports;
-  }
-
-  std::vector<std::pair<DataPoolReadInterface*, uint32_t>> registered;
-  std::vector<uint32_t> unregistered;
-
- private:
-  std::mutex m_lock;
-  std::vector<std::vector<uint32_t>> reports;
-};
 
 constexpr uint32_t kMask = 0x00FFFFFF;
 constexpr uint32_t kClientId = 76;
@@ -72,7 +40,7 @@ constexpr uint32_t kBufferList = 0x4c000006;
 
 class DataPoolReaderTest : public ::testing::Test {
  protected:
-  RecordingDataPool pool;
+  pelorin_test::FakeDataPool pool;
   Table table;
   DataPoolReader reader{table.entries, 1, 6, kMask, &pool, kClientId};
 };
@@ -99,8 +67,8 @@ TEST_F(DataPoolReaderTest, MaskedIdSelectsTheEntryWithinTheServedRange) {
   int32_t hidden = 0;
   small.entries[0].GetInt(&hidden);
   EXPECT_EQ(hidden, 55);
-  ASSERT_EQ(pool.Reports().size(), 1u);
-  EXPECT_TRUE(pool.Reports()[0].empty());
+  ASSERT_EQ(pool.reports.All().size(), 1u);
+  EXPECT_TRUE(pool.reports.All()[0].empty());
 }
 
 TEST_F(DataPoolReaderTest, GettersAndSettersCheckTheEntryType) {
@@ -115,11 +83,11 @@ TEST_F(DataPoolReaderTest, GettersAndSettersCheckTheEntryType) {
   EXPECT_FALSE(reader.SetBuffer(kBufferList, nullptr, 0));
   reader.UnlockWrite();
   EXPECT_EQ(value, -1);
-  ASSERT_EQ(pool.Reports().size(), 1u);
-  EXPECT_TRUE(pool.Reports()[0].empty()) << "refused writes mark nothing";
+  ASSERT_EQ(pool.reports.All().size(), 1u);
+  EXPECT_TRUE(pool.reports.All()[0].empty()) << "refused writes mark nothing";
 }
 
-TEST_F(DataPoolReaderTest, EveryTypeRoundTripsThroughTheSetters) {
+TEST_F(DataPoolReaderTest, SettersReachTheEntryOfTheirId) {
   const uint8_t bytes[] = {1, 2, 3};
   reader.LockWrite();
   EXPECT_TRUE(reader.SetInt(kInt, 150));
@@ -136,20 +104,13 @@ TEST_F(DataPoolReaderTest, EveryTypeRoundTripsThroughTheSetters) {
   std::string text;
   const uint8_t* out = nullptr;
   uint32_t size = 0;
-  EXPECT_TRUE(reader.GetValue(kInt, &value));
-  EXPECT_EQ(value, 150);
-  EXPECT_TRUE(reader.GetText(kText, &text));
-  EXPECT_EQ(text, "A7");
-  EXPECT_TRUE(reader.GetIntAt(kIntList, 1, &value));
-  EXPECT_EQ(value, 11);
+  EXPECT_TRUE(reader.GetValue(kInt, &value) && value == 150);
+  EXPECT_TRUE(reader.GetText(kText, &text) && text == "A7");
+  EXPECT_TRUE(reader.GetIntAt(kIntList, 1, &value) && value == 11);
+  EXPECT_TRUE(reader.GetTextAt(kTextList, 0, &text) && text == "x");
+  EXPECT_TRUE(reader.GetBuffer(kBuffer, &out, &size) && size == 3);
+  EXPECT_TRUE(reader.GetBufferAt(kBufferList, 0, &out, &size) && size == 2);
   EXPECT_EQ(reader.GetCount(kIntList), 2u);
-  EXPECT_TRUE(reader.GetTextAt(kTextList, 0, &text));
-  EXPECT_EQ(text, "x");
-  EXPECT_EQ(reader.GetCount(kTextList), 1u);
-  EXPECT_TRUE(reader.GetBuffer(kBuffer, &out, &size));
-  EXPECT_EQ(size, 3u);
-  EXPECT_TRUE(reader.GetBufferAt(kBufferList, 0, &out, &size));
-  EXPECT_EQ(size, 2u);
   EXPECT_EQ(reader.GetCount(kBuffer), 0u) << "counts only for lists";
   reader.UnlockRead();
 }
@@ -161,35 +122,26 @@ TEST_F(DataPoolReaderTest, ReportIsSortedWithoutDuplicatesAndSentAfterEverySecti
   reader.SetInt(kInt, 2);
   reader.ClearList(kIntList);
   reader.SetText(kText, "b");
+  reader.MarkChanged(0x80000000u);  // compared unsigned: last
   reader.UnlockWrite();
 
   reader.LockWrite();  // a section that changes nothing still reports
   reader.UnlockWrite();
 
-  const auto reports = pool.Reports();
+  const auto reports = pool.reports.All();
   ASSERT_EQ(reports.size(), 2u);
-  EXPECT_EQ(reports[0], (std::vector<uint32_t>{kInt, kText, kIntList}));
+  EXPECT_EQ(reports[0], (std::vector<uint32_t>{kInt, kText, kIntList, 0x80000000u}));
   EXPECT_TRUE(reports[1].empty());
 }
 
-TEST_F(DataPoolReaderTest, ReportsIdsInUnsignedOrder) {
-  reader.LockWrite();
-  reader.MarkChanged(0x80000000u);
-  reader.MarkChanged(5);
-  reader.MarkChanged(0x80000000u);
-  reader.UnlockWrite();
-  ASSERT_EQ(pool.Reports().size(), 1u);
-  EXPECT_EQ(pool.Reports()[0], (std::vector<uint32_t>{5, 0x80000000u}));
-}
-
 TEST_F(DataPoolReaderTest, RegistersOnlyWhenAskedAndIsInTheDirectoryWhileItLives) {
-  EXPECT_TRUE(pool.registered.empty());
+  EXPECT_TRUE(pool.registered.All().empty());
   reader.Register();
   reader.Unregister();
-  ASSERT_EQ(pool.registered.size(), 1u);
-  EXPECT_EQ(pool.registered[0].first, &reader);
-  EXPECT_EQ(pool.registered[0].second, kClientId);
-  EXPECT_EQ(pool.unregistered, (std::vector<uint32_t>{kClientId}));
+  ASSERT_EQ(pool.registered.All().size(), 1u);
+  EXPECT_EQ(pool.registered.All()[0].first, &reader);
+  EXPECT_EQ(pool.registered.All()[0].second, kClientId);
+  EXPECT_EQ(pool.unregistered.All(), (std::vector<uint32_t>{kClientId}));
 
   EXPECT_EQ(DataPoolDirectory::FindClient(kClientId), &reader);
   {
@@ -202,7 +154,7 @@ TEST_F(DataPoolReaderTest, RegistersOnlyWhenAskedAndIsInTheDirectoryWhileItLives
   EXPECT_EQ(DataPoolDirectory::FindClient(1234), temporary);
   delete temporary;
   EXPECT_EQ(DataPoolDirectory::FindClient(1234), nullptr);
-  EXPECT_EQ(pool.unregistered.size(), 1u) << "destruction does not unregister";
+  EXPECT_EQ(pool.unregistered.All().size(), 1u) << "destruction does not unregister";
 }
 
 // Writers store one number into two entries per section; readers must never
@@ -245,7 +197,7 @@ TEST_F(DataPoolReaderTest, ConcurrentSectionsStayWholeAndReportSeparately) {
   }
   for (auto& thread : threads) thread.join();
   EXPECT_FALSE(torn.load());
-  const auto reports = pool.Reports();
+  const auto reports = pool.reports.All();
   ASSERT_EQ(reports.size(), static_cast<size_t>(kWriters * kSections));
   for (const auto& report : reports) {
     EXPECT_EQ(report, (std::vector<uint32_t>{0x4c000001, 0x4c000002}));

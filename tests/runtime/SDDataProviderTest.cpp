@@ -7,54 +7,20 @@
 
 #include <atomic>
 #include <chrono>
-#include <functional>
 #include <future>
-#include <mutex>
 #include <thread>
 #include <vector>
 
 #include "DataPoolDirectory.h"
-#include "DataPoolInterface.h"
 #include "runtime/SDDataProvider.h"
+#include "tests/module/FakeHmiHost.h"
 #include "tests/support/TraceCapture.h"
 
 namespace {
 
 using Quillan::SDDataProvider;
 
-class RecordingDataPool : public DataPoolInterface {
- public:
-  int RegisterProvider(DataPoolReadInterface* provider, uint32_t id) override {
-    registered.push_back({provider, id});
-    return 0;
-  }
-  int Subscribe(DataListener*, uint32_t) override { return 0; }
-  int UnregisterProvider(uint32_t id) override {
-    unregistered.push_back(id);
-    return 0;
-  }
-  int ReportChangedValues(const uint32_t* ids, uint32_t count) override {
-    std::vector<uint32_t> report(ids, ids + count);
-    if (onReport) onReport(report);
-    std::lock_guard<std::mutex> guard(m_lock);
-    m_reports.push_back(report);
-    return 0;
-  }
-  std::vector<std::vector<uint32_t>> Reports() {
-    std::lock_guard<std::mutex> guard(m_lock);
-    return m_reports;
-  }
-
-  std::vector<std::pair<DataPoolReadInterface*, uint32_t>> registered;
-  std::vector<uint32_t> unregistered;
-  std::function<void(const std::vector<uint32_t>&)> onReport;
-
- private:
-  std::mutex m_lock;
-  std::vector<std::vector<uint32_t>> m_reports;
-};
-
-// Two integer values (ids 0 and 1) and one id (5) with a count.
+// Two integer values, ids 0 and 1.
 class PairProvider : public SDDataProvider {
  public:
   PairProvider(DataPoolInterface* pool, uint32_t id) : SDDataProvider(pool, id) {}
@@ -67,7 +33,7 @@ class PairProvider : public SDDataProvider {
   bool GetText(uint32_t, std::string*) override { return false; }
   bool GetTextAt(uint32_t, uint32_t, std::string*) override { return false; }
   uint32_t GetValueType(uint32_t id) override { return id <= 1 ? 0 : 10; }
-  uint32_t GetCount(uint32_t id) override { return id == 5 ? 3 : kNoCount; }
+  uint32_t GetCount(uint32_t) override { return kNoCount; }
   // Called inside a write section.
   void Store(uint32_t id, int32_t value) {
     m_values[id] = value;
@@ -82,7 +48,7 @@ constexpr uint32_t kProviderId = 177;
 
 class SDDataProviderTest : public ::testing::Test {
  protected:
-  RecordingDataPool pool;
+  pelorin_test::FakeDataPool pool;
   PairProvider provider{&pool, kProviderId};
 };
 
@@ -93,32 +59,22 @@ TEST_F(SDDataProviderTest, NestedSectionsReportOnceAtTheOutermostEndInMarkingOrd
   provider.Store(0, 20);
   provider.Store(1, 30);
   provider.UnlockWrite();
-  EXPECT_TRUE(pool.Reports().empty()) << "an inner section does not report";
+  EXPECT_TRUE(pool.reports.All().empty()) << "an inner section does not report";
   provider.Store(1, 40);
   provider.UnlockWrite();
-  ASSERT_EQ(pool.Reports().size(), 1u);
-  EXPECT_EQ(pool.Reports()[0], (std::vector<uint32_t>{1, 0, 1, 1}));
+  ASSERT_EQ(pool.reports.All().size(), 1u);
+  EXPECT_EQ(pool.reports.All()[0], (std::vector<uint32_t>{1, 0, 1, 1}));
 
   provider.LockWrite();
   provider.UnlockWrite();
-  EXPECT_EQ(pool.Reports().size(), 1u) << "a section without changes reports nothing";
+  EXPECT_EQ(pool.reports.All().size(), 1u) << "a section without changes reports nothing";
 
   provider.LockWrite();
   provider.Store(0, 1);
   provider.UnlockWrite();
-  ASSERT_EQ(pool.Reports().size(), 2u);
-  EXPECT_EQ(pool.Reports()[1], (std::vector<uint32_t>{0})) << "the list is emptied after a report";
-}
-
-TEST_F(SDDataProviderTest, PublishChangesSendsPendingIdsOnlyOnce) {
-  provider.LockWrite();
-  provider.Store(0, 5);
-  provider.PublishChanges();
-  ASSERT_EQ(pool.Reports().size(), 1u);
-  provider.UnlockWrite();
-  EXPECT_EQ(pool.Reports().size(), 1u);
-  provider.PublishChanges();
-  EXPECT_EQ(pool.Reports().size(), 1u);
+  ASSERT_EQ(pool.reports.All().size(), 2u);
+  EXPECT_EQ(pool.reports.All()[1], (std::vector<uint32_t>{0}))
+      << "the list is emptied after a report";
 }
 
 TEST_F(SDDataProviderTest, UnmatchedUnlockWriteIsIgnored) {
@@ -126,7 +82,7 @@ TEST_F(SDDataProviderTest, UnmatchedUnlockWriteIsIgnored) {
   provider.LockWrite();
   provider.Store(0, 1);
   provider.UnlockWrite();
-  EXPECT_EQ(pool.Reports().size(), 1u);
+  EXPECT_EQ(pool.reports.All().size(), 1u);
   // The section really ended: another thread can write now.
   std::thread other([&] {
     provider.LockWrite();
@@ -134,22 +90,7 @@ TEST_F(SDDataProviderTest, UnmatchedUnlockWriteIsIgnored) {
     provider.UnlockWrite();
   });
   other.join();
-  EXPECT_EQ(pool.Reports().size(), 2u);
-}
-
-TEST_F(SDDataProviderTest, RangeComesFromTheCount) {
-  uint32_t first = 9;
-  uint32_t count = 9;
-  EXPECT_TRUE(provider.GetRange(5, &first, &count));
-  EXPECT_EQ(first, 0u);
-  EXPECT_EQ(count, 3u);
-  EXPECT_FALSE(provider.GetRange(0, &first, &count));
-  EXPECT_EQ(count, SDDataProvider::kNoCount);
-  const uint8_t* bytes = nullptr;
-  uint32_t size = 0;
-  EXPECT_FALSE(provider.GetBuffer(0, &bytes, &size));
-  EXPECT_FALSE(provider.GetBufferAt(0, 0, &bytes, &size));
-  EXPECT_FALSE(provider.Unsupported6());
+  EXPECT_EQ(pool.reports.All().size(), 2u);
 }
 
 TEST_F(SDDataProviderTest, StartUpAndShutDownRegisterAndTraceOnTheDataPoolChannel) {
@@ -168,20 +109,20 @@ TEST_F(SDDataProviderTest, StartUpAndShutDownRegisterAndTraceOnTheDataPoolChanne
     provider.StartUp();
     EXPECT_TRUE(quiet.Lines().empty());
   }
-  ASSERT_EQ(pool.registered.size(), 2u);
-  EXPECT_EQ(pool.registered[0].first, &provider);
-  EXPECT_EQ(pool.registered[0].second, kProviderId);
-  EXPECT_EQ(pool.unregistered, (std::vector<uint32_t>{kProviderId}));
+  ASSERT_EQ(pool.registered.All().size(), 2u);
+  EXPECT_EQ(pool.registered.All()[0].first, &provider);
+  EXPECT_EQ(pool.registered.All()[0].second, kProviderId);
+  EXPECT_EQ(pool.unregistered.All(), (std::vector<uint32_t>{kProviderId}));
 }
 
 TEST_F(SDDataProviderTest, DestructionLeavesTheDirectoryAndUnregisters) {
-  RecordingDataPool own;
+  pelorin_test::FakeDataPool own;
   auto* temporary = new PairProvider(&own, 178);
   EXPECT_EQ(DataPoolDirectory::FindProvider(178), temporary);
   EXPECT_EQ(DataPoolDirectory::FindProvider(kProviderId), &provider);
   delete temporary;
   EXPECT_EQ(DataPoolDirectory::FindProvider(178), nullptr);
-  EXPECT_EQ(own.unregistered, (std::vector<uint32_t>{178}));
+  EXPECT_EQ(own.unregistered.All(), (std::vector<uint32_t>{178}));
 }
 
 // While the first writer's report is being delivered, a reader on another
@@ -222,8 +163,8 @@ TEST_F(SDDataProviderTest, ReportIsDeliveredOutsideTheReadLockButInsideTheWriteG
   EXPECT_EQ(readerStatus, std::future_status::ready);
   EXPECT_FALSE(writerDoneDuringReport.load());
   EXPECT_TRUE(secondWriterDone.load());
-  ASSERT_EQ(pool.Reports().size(), 2u);
-  EXPECT_EQ(pool.Reports()[1], (std::vector<uint32_t>{1}));
+  ASSERT_EQ(pool.reports.All().size(), 2u);
+  EXPECT_EQ(pool.reports.All()[1], (std::vector<uint32_t>{1}));
 }
 
 // Several writers nest sections and store one number in both values;
@@ -263,7 +204,7 @@ TEST_F(SDDataProviderTest, ConcurrentWritersAndReadersStayConsistent) {
   }
   for (auto& thread : threads) thread.join();
   EXPECT_FALSE(torn.load());
-  const auto reports = pool.Reports();
+  const auto reports = pool.reports.All();
   ASSERT_EQ(reports.size(), static_cast<size_t>(kWriters * kSections));
   for (const auto& report : reports) EXPECT_EQ(report, (std::vector<uint32_t>{0, 1}));
 }
