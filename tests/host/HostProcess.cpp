@@ -33,7 +33,7 @@ std::vector<std::string> SplitList(const std::string& text) {
   std::vector<std::string> parts;
   size_t start = 0;
   while (start <= text.size()) {
-    const size_t end = text.find(';', start);
+    const size_t end = text.find('|', start);
     const std::string part = text.substr(start, end == std::string::npos ? end : end - start);
     if (!part.empty()) parts.push_back(part);
     if (end == std::string::npos) break;
