@@ -26,6 +26,7 @@
 #include "producers/RecordDispatcher.h"
 #include "producers/TrafficDataListener.h"
 #include "runtime/DateTime.h"
+#include "tests/player/PlaybackRig.h"
 #include "tests/support/TempFile.h"
 #include "tests/support/TestTime.h"
 #include "tests/support/TraceCapture.h"
@@ -33,14 +34,11 @@
 namespace Quillan {
 namespace {
 
+using pelorin_test::MakeConfig;
 using pelorin_test::ScaledMs;
 using pelorin_test::TempFile;
+using pelorin_test::WaitUntil;
 using Strings = std::vector<std::string>;
-
-Config MakeConfig(const std::string& text) {
-  TempFile file(text);
-  return Config::FromFile(file.Path());
-}
 
 // Counts the TMC messages that leave the player, taking `pauseMs` over each.
 class CountingListener : public TrafficDataListener {
@@ -57,24 +55,6 @@ class CountingListener : public TrafficDataListener {
   uint32_t m_pauseMs;
   std::atomic<size_t> m_messages{0};
 };
-
-class FinishFlag : public RunnerListener {
- public:
-  void OnFinished(Runner*) override { m_finished.store(true); }
-  bool Finished() const { return m_finished.load(); }
-
- private:
-  std::atomic<bool> m_finished{false};
-};
-
-bool WaitUntil(const std::function<bool()>& condition, uint32_t timeoutMs) {
-  const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(timeoutMs);
-  while (!condition()) {
-    if (std::chrono::steady_clock::now() > deadline) return false;
-    std::this_thread::sleep_for(std::chrono::milliseconds(1));
-  }
-  return true;
-}
 
 std::string TmcLines(int count, double start, double step) {
   std::string events;
@@ -143,26 +123,14 @@ INSTANTIATE_TEST_SUITE_P(
                                  "DataPlayer: using BatchedRunner", false},
                       ChoiceCase{"interactive=false\n", "DataPlayer: using BatchedRunner", false}));
 
-TEST(DataPlayerTest, RecordsReachTheDispatcherThenTheOnlineProducer) {
-  DataPlayer player{Config()};
-  const std::vector<RecordConsumer*> consumers = player.GetConsumers();
-  ASSERT_EQ(consumers.size(), 2u);
-  EXPECT_EQ(consumers[0], static_cast<RecordConsumer*>(player.GetRecordDispatcher()));
-  EXPECT_EQ(dynamic_cast<OnlineTrafficReply*>(consumers[1]), player.GetOnlineTrafficReply());
-  EXPECT_NE(player.GetOnlineTrafficReply(), nullptr);
-  EXPECT_EQ(player.GetTimeAdjuster(), static_cast<TimeAdjuster*>(&player));
-}
-
 TEST(DataPlayerTest, AFileOfTmcRecordsReachesTheTrafficListeners) {
   TempFile events(TmcLines(50, 1416131460.0, 1.0));
   DataPlayer player(MakeConfig("eventsFile=" + events.Path() + "\ninteractive=false\n"));
   CountingListener listener;
-  FinishFlag finish;
   player.GetRecordDispatcher()->AddListener(&listener);
-  player.GetRunner()->AddListener(&finish);
   PlayerService* service = &player;
   ASSERT_EQ(service->Run(), 0);
-  ASSERT_TRUE(WaitUntil([&] { return finish.Finished(); }, ScaledMs(5000)));
+  ASSERT_TRUE(WaitUntil([&] { return player.GetRunner()->IsFinished(); }, ScaledMs(5000)));
   EXPECT_EQ(listener.Messages(), 50u);
   EXPECT_EQ(player.GetRecordDispatcher()->GetLastTmcTime(), 1416131509u);
   EXPECT_EQ(service->Run(), 2);

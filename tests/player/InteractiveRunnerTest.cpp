@@ -143,6 +143,9 @@ TEST(InteractiveRunnerTest, WithoutAutostartNothingIsReadUntilStart) {
   pelorin_test::TraceCapture capture(2);
   PlaybackRig<InteractiveRunner> rig(kThreeRecords, MakeRunner(false), false);
   EXPECT_TRUE(capture.Contains("InteractiveRunner::InteractiveRunner, m_stopped=1"));
+  rig.runner().Start();  // not bound to a loop yet: refused, still stopped
+  EXPECT_EQ(capture.Lines().back().text, "Loop is null!!! ");
+  EXPECT_EQ(capture.Lines().back().level, 4);
   rig.Run();
   rig.loop().RunAll();
   EXPECT_EQ(capture.Count("InteractiveRunner::Execute: stopping"), 1u);
@@ -152,18 +155,6 @@ TEST(InteractiveRunnerTest, WithoutAutostartNothingIsReadUntilStart) {
   rig.loop().RunAll();
   EXPECT_EQ(rig.probe().Log(), kLogAtSpeed1);
   EXPECT_EQ(rig.loop().Posts().size(), 7u);  // RunOn, Start and five steps
-}
-
-TEST(InteractiveRunnerTest, StartBeforeRunOnPostsNothingAndStaysStopped) {
-  pelorin_test::TraceCapture capture(2);
-  PlaybackRig<InteractiveRunner> rig(kThreeRecords, MakeRunner(false), false);
-  rig.runner().Start();
-  EXPECT_EQ(capture.Lines().back().text, "Loop is null!!! ");
-  EXPECT_EQ(capture.Lines().back().level, 4);
-  rig.Run();
-  rig.loop().RunAll();
-  EXPECT_EQ(capture.Count("InteractiveRunner::Execute: stopping"), 1u);
-  EXPECT_TRUE(rig.probe().Log().empty());
 }
 
 TEST(InteractiveRunnerTest, StopAndStartResumeWithTheDueTickAtOnce) {
@@ -234,23 +225,6 @@ TEST(InteractiveRunnerTest, RecordsWithoutAPositiveTimeAreNeverDispatched) {
   EXPECT_EQ(rig.probe().Log(),
             (Strings{"next 0", "next 10", "tick 10", "record 10 $TMC a", "next -4", "next 13",
                      "tick 13", "record 13 $TMC b", "finished"}));
-}
-
-TEST(InteractiveRunnerTest, AfterTheEndOnlyARewindLetsStartReplay) {
-  PlaybackRig<InteractiveRunner> rig(kThreeRecords, MakeRunner(true, 2.0), false);
-  rig.Run();
-  rig.loop().RunAll();
-  ASSERT_TRUE(rig.runner().IsFinished());
-  const size_t posts = rig.loop().Posts().size();
-  rig.runner().Start();  // finished but not stopped
-  EXPECT_EQ(rig.loop().Posts().size(), posts);
-
-  rig.Rewind();  // as the player does: the reader set again resets the runner
-  EXPECT_FALSE(rig.runner().IsFinished());
-  rig.probe().Clear();
-  rig.runner().Start();
-  rig.loop().RunAll();
-  EXPECT_EQ(rig.probe().Log(), kLogAtSpeed2);  // the speed is kept
 }
 
 TEST(InteractiveRunnerTest, ARefusedStartLeavesTheRunnerStopped) {

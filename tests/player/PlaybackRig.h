@@ -1,20 +1,44 @@
 #pragma once
+// Shared by the playback tests: configurations from text, waiting with a
+// deadline, and PlaybackRig.
+//
 // PlaybackRig: one runner wired as the player wires it (probe as listener and
 // consumer, an in-memory events file as input) on a recording work loop:
 // either held steps the test runs one by one, or a real loop thread. Tear-
 // down follows the player's order: runner shut down, loop stopped and
 // deleted, then the runner.
 
+#include <chrono>
+#include <functional>
 #include <memory>
 #include <string>
+#include <thread>
 
+#include "module/Config.h"
 #include "player/Runner.h"
 #include "runtime/WorkLoopInterface.h"
 #include "tests/support/MemoryInput.h"
 #include "tests/support/PlaybackProbe.h"
 #include "tests/support/RecordingWorkLoop.h"
+#include "tests/support/TempFile.h"
 
 namespace pelorin_test {
+
+// A configuration file's contents made into a Config.
+inline Quillan::Config MakeConfig(const std::string& text) {
+  TempFile file(text);
+  return Quillan::Config::FromFile(file.Path());
+}
+
+// Polls `condition` every millisecond; false when `timeoutMs` passed first.
+inline bool WaitUntil(const std::function<bool()>& condition, uint32_t timeoutMs) {
+  const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(timeoutMs);
+  while (!condition()) {
+    if (std::chrono::steady_clock::now() > deadline) return false;
+    std::this_thread::sleep_for(std::chrono::milliseconds(1));
+  }
+  return true;
+}
 
 template <typename RunnerType>
 class PlaybackRig {

@@ -18,6 +18,7 @@
 #include "player/InputFile.h"
 #include "player/Runner.h"
 #include "runtime/WorkLoopInterface.h"
+#include "tests/player/PlaybackRig.h"
 #include "tests/support/PlaybackProbe.h"
 #include "tests/support/RecordingWorkLoop.h"
 #include "tests/support/TempFile.h"
@@ -27,10 +28,12 @@
 namespace Quillan {
 namespace {
 
+using pelorin_test::MakeConfig;
 using pelorin_test::PlaybackProbe;
 using pelorin_test::RecordingWorkLoop;
 using pelorin_test::ScaledMs;
 using pelorin_test::TempFile;
+using pelorin_test::WaitUntil;
 using Strings = std::vector<std::string>;
 
 // A player whose only consumer (and second listener) is a probe, on a work
@@ -56,27 +59,12 @@ class TestPlayer : public Player {
   PlaybackProbe* m_probe;
 };
 
-// A configuration file's contents made into a Config.
-Config MakeConfig(const std::string& text) {
-  TempFile file(text);
-  return Config::FromFile(file.Path());
-}
-
 std::string Numbered(int count, double start, double step) {
   std::string events;
   for (int i = 0; i < count; ++i) {
     events += std::to_string(start + i * step) + " $TMC " + std::to_string(i) + "\n";
   }
   return events;
-}
-
-bool WaitUntil(const std::function<bool()>& condition, uint32_t timeoutMs) {
-  const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(timeoutMs);
-  while (!condition()) {
-    if (std::chrono::steady_clock::now() > deadline) return false;
-    std::this_thread::sleep_for(std::chrono::milliseconds(1));
-  }
-  return true;
 }
 
 TEST(PlayerTest, RunStartsTheNamedLoopOnceAndOnlyOnce) {
@@ -118,22 +106,6 @@ TEST(PlayerTest, ALoopThatCannotBeMadeFailsRun) {
   player.SetWorkLoopFactory([]() -> WorkLoopInterface* { return nullptr; });
   EXPECT_EQ(player.Run(), 1);
   EXPECT_TRUE(capture.Contains("Player::Initialize: m_workLoop failed to initialize."));
-}
-
-TEST(PlayerTest, ANeverRunPlayerMakesNoLoop) {
-  int loopsMade = 0;
-  PlaybackProbe probe;
-  {
-    TestPlayer player(Config(), &probe);
-    player.SetWorkLoopFactory([&loopsMade]() -> WorkLoopInterface* {
-      ++loopsMade;
-      return nullptr;
-    });
-    player.StartPlayback();  // interactive, but not bound to a loop yet
-    player.SetSpeed(2.0);
-    player.Stop();
-  }
-  EXPECT_EQ(loopsMade, 0);
 }
 
 TEST(PlayerTest, StartStopAndSpeedLeaveTheFixedPaceRunnersAlone) {

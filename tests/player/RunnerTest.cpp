@@ -37,15 +37,6 @@ class NamedListener : public RunnerListener {
   Strings* m_log;
 };
 
-class CountingRunner : public BatchedRunner {
- public:
-  void Reset() override {
-    ++resets;
-    BatchedRunner::Reset();
-  }
-  int resets = 0;
-};
-
 TEST(RunnerTest, ConsumersGetTheTimeRoundedDownAndSaturated) {
   PlaybackRig<BatchedRunner> rig("12.9 $TMC a\n-3.5 $TSL b\n5000000000 $TOT c\n4294967295.7 x\n",
                                  std::make_unique<BatchedRunner>(), false);
@@ -70,20 +61,6 @@ TEST(RunnerTest, ListenersAreToldInTheOrderAddedAndMayCallBack) {
   runner.RunOn(&loop);
   loop.RunAll();  // no consumers: the record is read and dropped
   EXPECT_EQ(log, (Strings{"first finished", "second finished", "first finished"}));
-}
-
-TEST(RunnerTest, SettingTheInputAgainResetsTheRunnerFirst) {
-  pelorin_test::MemoryInput input("1 $TMC a\n");
-  CountingRunner runner;
-  runner.SetInput(input.Reader());
-  EXPECT_EQ(runner.resets, 0);
-  pelorin_test::RecordingWorkLoop loop;
-  runner.RunOn(&loop);
-  loop.RunAll();
-  ASSERT_TRUE(runner.IsFinished());
-  runner.SetInput(input.Reader());
-  EXPECT_EQ(runner.resets, 1);
-  EXPECT_FALSE(runner.IsFinished());
 }
 
 TEST(RunnerTest, WithoutInputTheFirstStepReportsTheEnd) {
