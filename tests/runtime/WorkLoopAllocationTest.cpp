@@ -17,7 +17,10 @@ namespace {
 
 std::atomic<long> g_allocations{0};
 
-void* CountedAllocation(std::size_t size) {
+// Not inlined, so that the compiler does not pair malloc with operator new.
+[[gnu::noinline]] void FreeMemory(void* memory) { std::free(memory); }
+
+[[gnu::noinline]] void* CountedAllocation(std::size_t size) {
   g_allocations += 1;
   return std::malloc(size != 0 ? size : 1);
 }
@@ -36,12 +39,12 @@ void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
 void* operator new[](std::size_t size, const std::nothrow_t&) noexcept {
   return CountedAllocation(size);
 }
-void operator delete(void* memory) noexcept { std::free(memory); }
-void operator delete[](void* memory) noexcept { std::free(memory); }
-void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
-void operator delete[](void* memory, std::size_t) noexcept { std::free(memory); }
-void operator delete(void* memory, const std::nothrow_t&) noexcept { std::free(memory); }
-void operator delete[](void* memory, const std::nothrow_t&) noexcept { std::free(memory); }
+void operator delete(void* memory) noexcept { FreeMemory(memory); }
+void operator delete[](void* memory) noexcept { FreeMemory(memory); }
+void operator delete(void* memory, std::size_t) noexcept { FreeMemory(memory); }
+void operator delete[](void* memory, std::size_t) noexcept { FreeMemory(memory); }
+void operator delete(void* memory, const std::nothrow_t&) noexcept { FreeMemory(memory); }
+void operator delete[](void* memory, const std::nothrow_t&) noexcept { FreeMemory(memory); }
 
 namespace Quillan {
 namespace {
@@ -64,33 +67,57 @@ class CountingHandler : public WorkHandler {
   std::atomic<int> m_remaining{0};
 };
 
-// Posts `count` items, a third of them delayed by 0 ms, and waits for them.
-bool PostRound(WorkLoop& loop, CountingHandler& handler, int count) {
+// Holds the loop busy until Go(), so that a round's items all wait at once.
+class BlockingHandler : public WorkHandler {
+ public:
+  void Arm() {
+    entered.Reset();
+    go.Reset();
+  }
+  void Execute() override {
+    entered.Set();
+    go.Wait();
+  }
+  void Release() override {}
+
+  Event entered, go;
+};
+
+// Posts `count` items, a third of them delayed by 0 ms, while the loop is
+// held busy, then lets them run and waits for them.
+bool PostRound(WorkLoop& loop, BlockingHandler& blocker, CountingHandler& handler, int count) {
+  const uint32_t longMs = pelorin_test::ScaledMs(10000);
+  blocker.Arm();
   handler.Expect(count);
+  if (loop.Post(&blocker, 100) == 0 || !blocker.entered.TimedWait(longMs)) return false;
   for (int index = 0; index < count; ++index) {
     const uint32_t id =
         index % 3 == 0 ? loop.PostDelayed(&handler, 0, index % 5) : loop.Post(&handler, index % 5);
     if (id == 0) return false;
   }
-  return handler.done.TimedWait(pelorin_test::ScaledMs(10000));
+  blocker.go.Set();
+  return handler.done.TimedWait(longMs);
 }
 
 TEST(WorkLoopAllocationTest, SteadyPostingDoesNotAllocate) {
-  WorkLoop loop;
+  BlockingHandler blocker;
   CountingHandler handler;
+  WorkLoop loop;
   loop.Start();
-  ASSERT_TRUE(PostRound(loop, handler, 300));  // grows the pool and the delayed list
+  ASSERT_TRUE(PostRound(loop, blocker, handler, 300));  // grows the pool and the delayed list
   const long before = g_allocations.load();
   bool allRan = true;
-  for (int round = 0; round < 50; ++round) allRan = PostRound(loop, handler, 300) && allRan;
+  for (int round = 0; round < 20; ++round) {
+    allRan = PostRound(loop, blocker, handler, 300) && allRan;
+  }
   const long allocated = g_allocations.load() - before;
   EXPECT_TRUE(allRan);
   EXPECT_EQ(allocated, 0);
 }
 
 TEST(WorkLoopAllocationTest, AGrowingBacklogTakesNewBlocks) {
-  WorkLoop loop;
   CountingHandler handler;
+  WorkLoop loop;
   const long before = g_allocations.load();
   for (int index = 0; index < 64; ++index) loop.Post(&handler, 1);
   const long firstBlock = g_allocations.load() - before;

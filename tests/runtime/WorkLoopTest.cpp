@@ -77,13 +77,13 @@ TEST(WorkLoopOrderTest, WaitingItemsAgeByGrowingStepsAndOvertake) {
   busy.loop.Post(&low, 10);
   busy.loop.Post(chain.back().get(), 20);
   busy.blocker.Go();
-  ASSERT_TRUE(chain.front()->executedEvent.TimedWait(LongMs()));
+  ASSERT_TRUE(chain.front()->releasedEvent.TimedWait(LongMs()));
   EXPECT_EQ(busy.log.Names(), (Names{"f0", "f1", "f2", "f3", "low", "f4", "f5", "f6"}));
 }
 
 TEST(WorkLoopOrderTest, IdsStartAtOneAndCountSuccessfulPostsOfEitherKind) {
-  WorkLoop loop;
   TestHandler handler;
+  WorkLoop loop;
   EXPECT_EQ(loop.Post(&handler, 1), 1u);
   EXPECT_EQ(loop.Post(nullptr, 1), 0u);
   EXPECT_EQ(loop.PostDelayed(&handler, 5000, 1), 2u);
