@@ -15,6 +15,14 @@ namespace {
 
 const char kConfigFile[] = "Pelorin.cfg";
 const char kModuleFolder[] = "quillan";
+const char kEventsLink[] = "events";
+const char kTpegsLink[] = "tpegs";
+// The module opens at most 254 bytes of a path and turns backslashes into
+// slashes; it reads configuration lines of up to 1023 bytes. A path it would
+// not reach is offered through a link in the storage folder instead.
+constexpr size_t kOpenPathLimit = 254;
+constexpr size_t kConfigValueLimit = 1000;
+const char kStorageFolder[] = "/fs/sda0/";
 
 std::string NumberText(double value) {
   char text[32];
@@ -27,6 +35,18 @@ bool WriteFile(const std::string& path, const std::string& text) {
   if (file == nullptr) return false;
   const bool written = std::fwrite(text.data(), 1, text.size(), file) == text.size();
   return std::fclose(file) == 0 && written;
+}
+
+// Replaces `path` by a link under the module's folder when the module could
+// not open it as it stands; false when the link cannot be made.
+bool ReachThroughLink(const std::string& folder, const char* name, size_t limit, bool opened,
+                      std::string* path) {
+  const bool reachable =
+      path->size() <= limit && !(opened && path->find('\\') != std::string::npos);
+  if (reachable) return true;
+  if (::symlink(path->c_str(), (folder + "/" + name).c_str()) != 0) return false;
+  *path = std::string(kStorageFolder) + kModuleFolder + "/" + name;
+  return true;
 }
 
 }  // namespace
@@ -64,8 +84,15 @@ bool StorageRoot::MakePrivate(const PlaybackSettings& settings, std::string* err
   m_path = pattern;
   m_private = true;
   const std::string folder = m_path + "/" + kModuleFolder;
-  if (::mkdir(folder.c_str(), 0700) != 0 ||
-      !WriteFile(folder + "/" + kConfigFile, ConfigText(settings))) {
+  if (::mkdir(folder.c_str(), 0700) != 0) {
+    *error = "cannot make " + folder + ": " + std::strerror(errno);
+    Remove();
+    return false;
+  }
+  PlaybackSettings written = settings;
+  if (!ReachThroughLink(folder, kEventsLink, kOpenPathLimit, true, &written.eventsFile) ||
+      !ReachThroughLink(folder, kTpegsLink, kConfigValueLimit, false, &written.tpegsDir) ||
+      !WriteFile(folder + "/" + kConfigFile, ConfigText(written))) {
     *error = "cannot write " + folder + "/" + kConfigFile + ": " + std::strerror(errno);
     Remove();
     return false;
@@ -76,7 +103,9 @@ bool StorageRoot::MakePrivate(const PlaybackSettings& settings, std::string* err
 void StorageRoot::Remove() {
   if (m_private && !m_path.empty()) {
     const std::string folder = m_path + "/" + kModuleFolder;
-    ::unlink((folder + "/" + kConfigFile).c_str());
+    for (const char* name : {kConfigFile, kEventsLink, kTpegsLink}) {
+      ::unlink((folder + "/" + name).c_str());
+    }
     ::rmdir(folder.c_str());
     ::rmdir(m_path.c_str());
   }

@@ -4,8 +4,10 @@
 // fixed paths unchanged and no real /fs is touched).
 // - UseFolder: a folder of the user's, used as it is; nothing is written.
 // - MakePrivate: a fresh temporary folder (mkdtemp) holding
-//   quillan/Pelorin.cfg written from the playback settings; Remove (also the
-//   destructor) deletes exactly what was made.
+//   quillan/Pelorin.cfg written from the playback settings (an events file
+//   or TPEG folder whose path the module could not open is reached through
+//   a link beside it); Remove (also the destructor) deletes exactly what was
+//   made.
 // Used on the main thread.
 
 #include <string>
