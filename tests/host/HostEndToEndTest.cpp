@@ -2,6 +2,7 @@
 // through the real module; the tests read its JSON Lines and exit status.
 
 #include <gtest/gtest.h>
+#include <signal.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -232,6 +233,29 @@ TEST(HostEndToEnd, TimeoutShutsDownCleanly) {
   ASSERT_EQ(RunHost({"--json", "--paused", "--timeout", "0.5", events}, &host), kTimeout);
   EXPECT_EQ(host.Stderr(), "");
   EXPECT_TRUE(host.ItemsOfType("tmc").empty());
+  EXPECT_TRUE(host.TempDirEmpty());
+}
+
+TEST(HostEndToEnd, TerminationShutsDownAndCleansUp) {
+  TestFolder folder;
+  const std::string events = folder.Write("events", kEvents);
+  HostProcess host;
+  ASSERT_TRUE(host.Start({"--json", "--paused", events}));
+  std::string line;
+  while (host.ReadLine(&line, ScaledMs(300))) {
+  }
+  host.Signal(SIGTERM);
+  EXPECT_EQ(host.Wait(ScaledMs(10000)), 128 + SIGTERM);
+  EXPECT_TRUE(host.TempDirEmpty());
+}
+
+TEST(HostEndToEnd, EventsFileTheModuleCannotNameIsReachedThroughALink) {
+  TestFolder folder;
+  // The module reads a backslash in a path as a folder separator.
+  const std::string events = folder.Write("odd\\name/events", kEvents);
+  HostProcess host;
+  ASSERT_EQ(RunHost({"--batched", "--json", events}, &host), kDone) << host.Stderr();
+  EXPECT_EQ(host.ItemsOfType("tmc").size(), 3u);
   EXPECT_TRUE(host.TempDirEmpty());
 }
 

@@ -136,6 +136,10 @@ bool HostProcess::Start(const std::vector<std::string>& args) {
   return spawned == 0;
 }
 
+void HostProcess::Signal(int number) {
+  if (m_pid > 0) kill(m_pid, number);
+}
+
 bool HostProcess::Running() {
   if (m_pid <= 0) return false;
   int status = 0;

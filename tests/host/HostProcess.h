@@ -53,6 +53,7 @@ class HostProcess {
   const std::string& Stderr() const { return m_stderr; }
   // True when the private TMPDIR of the child is empty again.
   bool TempDirEmpty() const;
+  void Signal(int number);
   // True while the child has not exited.
   bool Running();
   // Wall-clock seconds since Start.
