@@ -183,11 +183,16 @@ void JsonWriter::EndArray() {
 }
 
 void JsonWriter::Key(const char* key) {
-  if (!m_first[m_depth]) m_text += ',';
+  // One append per key: keys are the host's own short ASCII names.
+  char text[64];
+  size_t length = 0;
+  if (!m_first[m_depth]) text[length++] = ',';
   m_first[m_depth] = false;
-  m_text += '"';
-  m_text += key;  // keys are the host's own ASCII names
-  m_text += "\":";
+  text[length++] = '"';
+  while (*key != '\0' && length < sizeof(text) - 2) text[length++] = *key++;
+  text[length++] = '"';
+  text[length++] = ':';
+  m_text.append(text, length);
   m_afterKey = true;
 }
 
@@ -220,12 +225,15 @@ void JsonWriter::Milliseconds(uint64_t micros) {
 
 void JsonWriter::HexString(const uint8_t* bytes, size_t size) {
   BeforeValue();
-  m_text += '"';
+  const size_t start = m_text.size();
+  m_text.resize(start + 2 * size + 2);
+  char* out = &m_text[start];
+  *out++ = '"';
   for (size_t i = 0; i < size; ++i) {
-    const char pair[2] = {kHexDigits[bytes[i] >> 4], kHexDigits[bytes[i] & 0x0f]};
-    m_text.append(pair, 2);
+    *out++ = kHexDigits[bytes[i] >> 4];
+    *out++ = kHexDigits[bytes[i] & 0x0f];
   }
-  m_text += '"';
+  *out = '"';
 }
 
 void JsonWriter::IdString(uint32_t id) {
