@@ -20,9 +20,10 @@
 // (the provider and the event interface, and the speed-table client beside
 // them), so that interfaces may be handed over, again or for the first time,
 // while playback runs. It is never held while calling into the player.
-// A second data-pool interface replaces the first: the speed-table client
-// and the provider built on the old one are deleted before new ones are
-// built on the new one.
+// Times are stored rounded (0.5 added, then truncated toward zero) and
+// saturated to the 32-bit range. A second data-pool interface replaces the
+// first: the speed-table client and the provider built on the old one are
+// deleted before new ones are built on the new one.
 
 #include <cstdint>
 
