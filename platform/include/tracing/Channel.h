@@ -24,6 +24,8 @@ class Channel {
   Channel& operator=(const Channel&) = delete;
 
   const char* GetName() const { return m_name; }
+  short GetGroup() const { return m_group; }
+  unsigned int GetFlags() const { return m_flags; }
   int16_t GetThreshold() const;
   void log(int level, const char* text) const;
 
