@@ -29,6 +29,8 @@ class ReadWriteLockProbe {
 
 namespace {
 
+uint32_t LongMs() { return pelorin_test::ScaledMs(10000); }
+
 // A thread that runs the steps it is given one after another, so that a
 // test can make several threads hold the lock in a chosen order.
 class Actor {
@@ -51,7 +53,7 @@ class Actor {
   // Runs `step` and expects it to finish without waiting for anyone.
   void Do(std::function<void()> step) {
     Begin(std::move(step));
-    EXPECT_TRUE(Finished(pelorin_test::ScaledMs(10000)));
+    EXPECT_TRUE(Finished(LongMs()));
   }
 
  private:
@@ -81,7 +83,7 @@ constexpr uint32_t kBlockedCheckMs = 30;  // a step still unfinished after this 
 void AwaitWaitingWriters(ReadWriteLock& lock, int32_t count) {
   const uint32_t start = GetTickMs();
   while (ReadWriteLockProbe::WaitingWriters(lock) != count) {
-    ASSERT_LT(TickDiff(GetTickMs(), start), static_cast<int32_t>(pelorin_test::ScaledMs(10000)));
+    ASSERT_LT(TickDiff(GetTickMs(), start), static_cast<int32_t>(LongMs()));
     SleepMs(1);
   }
 }
@@ -99,10 +101,10 @@ TEST(ReadWriteLockTest, WaitingWriterStopsNewReadersButNotNestedOnes) {
     lock.UnlockRead();
     lock.UnlockRead();
   });
-  EXPECT_TRUE(writer.Finished(pelorin_test::ScaledMs(10000)));
+  EXPECT_TRUE(writer.Finished(LongMs()));
   EXPECT_FALSE(newcomer.Finished(kBlockedCheckMs));  // the writer holds it now
   writer.Do([&] { lock.UnlockWrite(); });
-  EXPECT_TRUE(newcomer.Finished(pelorin_test::ScaledMs(10000)));
+  EXPECT_TRUE(newcomer.Finished(LongMs()));
   newcomer.Do([&] { lock.UnlockRead(); });
 }
 
@@ -120,39 +122,33 @@ TEST(ReadWriteLockTest, NestedWritesKeepAccessUntilTheOutermostUnlock) {
   owner.Do([&] { lock.UnlockWrite(); });
   EXPECT_FALSE(other.Finished(kBlockedCheckMs));
   owner.Do([&] { lock.UnlockWrite(); });
-  EXPECT_TRUE(other.Finished(pelorin_test::ScaledMs(10000)));
+  EXPECT_TRUE(other.Finished(LongMs()));
   other.Do([&] { lock.UnlockWrite(); });
 }
 
-// Upgrade from read to write once the other reader leaves; then release in
-// either order and check that another thread can write.
-void CheckUpgrade(bool releaseWriteFirst) {
-  ReadWriteLock lock;
-  Actor upgrader, reader, next;
-  upgrader.Do([&] { lock.LockRead(); });
-  reader.Do([&] { lock.LockRead(); });
-  upgrader.Begin([&] { lock.LockWrite(); });
-  AwaitWaitingWriters(lock, 1);
-  EXPECT_FALSE(upgrader.Finished(kBlockedCheckMs));
-  reader.Do([&] { lock.UnlockRead(); });
-  EXPECT_TRUE(upgrader.Finished(pelorin_test::ScaledMs(10000)));
-  next.Begin([&] { lock.LockWrite(); });
-  AwaitWaitingWriters(lock, 2);
-  upgrader.Do([&] {
-    if (releaseWriteFirst) lock.UnlockWrite();
-    lock.UnlockRead();
-    if (!releaseWriteFirst) lock.UnlockWrite();
-  });
-  EXPECT_TRUE(next.Finished(pelorin_test::ScaledMs(10000)));
-  next.Do([&] { lock.UnlockWrite(); });
-}
-
-TEST(ReadWriteLockTest, ReaderUpgradesWhenOtherReadsAreReleasedWriteReleasedFirst) {
-  CheckUpgrade(true);
-}
-
-TEST(ReadWriteLockTest, ReaderUpgradesWhenOtherReadsAreReleasedReadReleasedFirst) {
-  CheckUpgrade(false);
+// A reader upgrades to write once the other reader leaves; after releasing
+// both in either order, another thread can write.
+TEST(ReadWriteLockTest, ReaderUpgradesOnceOtherReadsAreReleased) {
+  for (bool releaseWriteFirst : {true, false}) {
+    ReadWriteLock lock;
+    Actor upgrader, reader, next;
+    upgrader.Do([&] { lock.LockRead(); });
+    reader.Do([&] { lock.LockRead(); });
+    upgrader.Begin([&] { lock.LockWrite(); });
+    AwaitWaitingWriters(lock, 1);
+    EXPECT_FALSE(upgrader.Finished(kBlockedCheckMs));
+    reader.Do([&] { lock.UnlockRead(); });
+    EXPECT_TRUE(upgrader.Finished(LongMs()));
+    next.Begin([&] { lock.LockWrite(); });
+    AwaitWaitingWriters(lock, 2);
+    upgrader.Do([&] {
+      if (releaseWriteFirst) lock.UnlockWrite();
+      lock.UnlockRead();
+      if (!releaseWriteFirst) lock.UnlockWrite();
+    });
+    EXPECT_TRUE(next.Finished(LongMs()));
+    next.Do([&] { lock.UnlockWrite(); });
+  }
 }
 
 TEST(ReadWriteLockTest, WritersExcludeEveryoneUnderLoad) {

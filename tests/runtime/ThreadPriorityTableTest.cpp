@@ -1,5 +1,5 @@
-// The thread priority table: the built-in table, a table supplied by the
-// configuration reader, and cells outside the table.
+// The thread priority table: built in, supplied by the configuration
+// reader, and cells outside it.
 
 #include "runtime/ThreadPriorityTable.h"
 
@@ -16,37 +16,26 @@ uint32_t Cell(int priorityClass, int level) {
   return priority;
 }
 
-class ThreadPriorityTableTest : public ::testing::Test {
- protected:
-  void TearDown() override {
-    FerrixCfgFileReader_SetPriorityTableForTesting(nullptr);
-    ThreadPriorityTable::Load();
-  }
-};
-
-TEST_F(ThreadPriorityTableTest, WithoutAConfiguredTableTheBuiltInOneApplies) {
+TEST(ThreadPriorityTableTest, BuiltInUnlessTheReaderSuppliesATable) {
   ThreadPriorityTable::Load();
-  for (int priorityClass = 0; priorityClass < 3; ++priorityClass) {
-    for (int level = 0; level < 8; ++level) EXPECT_EQ(Cell(priorityClass, level), 13u);
+  for (int level = 0; level < 8; ++level) {
+    for (int priorityClass = 0; priorityClass < 3; ++priorityClass) {
+      EXPECT_EQ(Cell(priorityClass, level), 13u);
+    }
+    EXPECT_EQ(Cell(3, level), 13u - level);  // 10 for a Thread's default cell (3, 3)
   }
-  for (int level = 0; level < 8; ++level) EXPECT_EQ(Cell(3, level), 13u - level);
-  EXPECT_EQ(Cell(3, 3), 10u);  // a Thread's default cell
-}
-
-TEST_F(ThreadPriorityTableTest, AConfiguredTableIsKeptAsItIsAndLoadedAgainEachTime) {
   uint32_t configured[32];
   for (uint32_t index = 0; index < 32; ++index) configured[index] = 100 + index;
   FerrixCfgFileReader_SetPriorityTableForTesting(configured);
   ThreadPriorityTable::Load();
-  EXPECT_EQ(Cell(0, 0), 100u);
-  EXPECT_EQ(Cell(1, 2), 110u);  // level + class * 8
+  EXPECT_EQ(Cell(1, 2), 110u);  // level + class * 8, kept as supplied
   EXPECT_EQ(Cell(3, 7), 131u);
   FerrixCfgFileReader_SetPriorityTableForTesting(nullptr);
   ThreadPriorityTable::Load();
   EXPECT_EQ(Cell(1, 2), 13u);
 }
 
-TEST_F(ThreadPriorityTableTest, CellsOutsideTheTableAreRefused) {
+TEST(ThreadPriorityTableTest, CellsOutsideTheTableAreRefused) {
   uint32_t priority = 77;
   EXPECT_FALSE(ThreadPriorityTable::Lookup(4, 0, &priority));
   EXPECT_FALSE(ThreadPriorityTable::Lookup(0, 8, &priority));

@@ -18,17 +18,16 @@
 namespace Quillan {
 namespace {
 
+using Calls = std::vector<std::string>;
 uint32_t LongMs() { return pelorin_test::ScaledMs(10000); }
 
-// Records the hooks in order. Run does what the test puts in `body`, then
-// by default asks the thread to stop.
+// Records the hooks in order; Run runs `body`, which decides what follows.
 class RecordingClient : public ThreadClient {
  public:
   void Run(Thread& thread) override {
     Note("Run");
     runs += 1;
-    if (body) body(thread);
-    if (stopAfterRun) thread.RequestStop();
+    body(thread);
   }
   void OnStop() override { Note("OnStop"); }
   void OnSuspend() override { Note("OnSuspend"); }
@@ -41,13 +40,12 @@ class RecordingClient : public ThreadClient {
     Note("OnStopped");
     stopped.Set();
   }
-  std::vector<std::string> Calls() {
+  Calls Get() {
     std::lock_guard<std::mutex> guard(m_lock);
     return m_calls;
   }
 
-  std::function<void(Thread&)> body;
-  bool stopAfterRun = true;
+  std::function<void(Thread&)> body = [](Thread& thread) { thread.RequestStop(); };
   std::atomic<int> runs{0};
   Event suspended, stopped;
 
@@ -57,38 +55,41 @@ class RecordingClient : public ThreadClient {
     m_calls.push_back(call);
   }
   std::mutex m_lock;
-  std::vector<std::string> m_calls;
+  Calls m_calls;
 };
 
-using Calls = std::vector<std::string>;
-
-TEST(ThreadTest, NamesKeepFiftyNineCharactersAndTheSystemGetsWhatItAccepts) {
+TEST(ThreadTest, NameStackAndThreadIdentity) {
   RecordingClient client;
   Thread thread(&client);
   EXPECT_EQ(thread.GetName(), "nameless_thread");
-  const std::string seventy(70, 'n');
-  thread.SetName(seventy.c_str());
-  EXPECT_EQ(thread.GetName(), seventy.substr(0, 59));
+  thread.SetName(std::string(70, 'n').c_str());
+  EXPECT_EQ(thread.GetName(), std::string(59, 'n'));
   thread.SetName(nullptr);
   EXPECT_EQ(thread.GetName(), "");
-
   thread.SetName("Quillan::DataPlayer");
-  std::string systemName;
+  char systemName[64] = {};
   size_t stackSize = 0;
-  client.body = [&](Thread&) {
-    char name[64] = {};
-    pthread_getname_np(pthread_self(), name, sizeof(name));
-    systemName = name;
+  bool current = false, other = true;
+  client.body = [&](Thread& self) {
+    pthread_getname_np(pthread_self(), systemName, sizeof(systemName));
     pthread_attr_t attributes;
     pthread_getattr_np(pthread_self(), &attributes);
     pthread_attr_getstacksize(&attributes, &stackSize);
     pthread_attr_destroy(&attributes);
+    current = self.IsCurrentThread();
+    other = self.IsOtherThread();
+    self.RequestStop();
   };
+  EXPECT_FALSE(thread.IsOtherThread());  // no id before Start
   thread.Start();
   ASSERT_TRUE(client.stopped.TimedWait(LongMs()));
+  EXPECT_TRUE(thread.IsOtherThread());
   thread.Stop();
-  EXPECT_EQ(systemName, "Quillan::DataPl");
+  EXPECT_FALSE(thread.IsOtherThread());         // cleared once joined
+  EXPECT_STREQ(systemName, "Quillan::DataPl");  // the system keeps 15 characters
   EXPECT_EQ(thread.GetName(), "Quillan::DataPlayer");
+  EXPECT_TRUE(current);
+  EXPECT_FALSE(other);
 #if defined(__SANITIZE_THREAD__) || defined(__SANITIZE_ADDRESS__)
   EXPECT_GE(stackSize, Thread::kStackSize);  // the sanitizers enlarge small stacks
 #else
@@ -96,7 +97,7 @@ TEST(ThreadTest, NamesKeepFiftyNineCharactersAndTheSystemGetsWhatItAccepts) {
 #endif
 }
 
-TEST(ThreadTest, PriorityCellDefaultsToTenWithTheBuiltInTable) {
+TEST(ThreadTest, PriorityCellDefaultsToTenAndStopBeforeStartChangesNothing) {
   RecordingClient client;
   Thread thread(&client);
   uint32_t priority = 0;
@@ -105,56 +106,13 @@ TEST(ThreadTest, PriorityCellDefaultsToTenWithTheBuiltInTable) {
   thread.SetPriority(0, 3);
   ASSERT_TRUE(thread.GetTablePriority(&priority));
   EXPECT_EQ(priority, 13u);
-  thread.SetPriority(9, 3);
-  EXPECT_FALSE(thread.GetTablePriority(&priority));
-}
-
-TEST(ThreadTest, AClientThatRequestsStopEndsTheThreadThroughItsHooks) {
-  RecordingClient client;
-  Thread thread(&client);
-  bool onItsThread = false, otherThread = true;
-  client.body = [&](Thread& self) {
-    onItsThread = self.IsCurrentThread();
-    otherThread = self.IsOtherThread();
-  };
-  EXPECT_FALSE(thread.IsOtherThread());  // nothing recorded before Start
-  thread.Start();
-  ASSERT_TRUE(client.stopped.TimedWait(LongMs()));
-  EXPECT_TRUE(thread.IsOtherThread());
-  thread.Stop();
-  EXPECT_EQ(client.Calls(), (Calls{"OnStart", "Run", "OnStop", "OnStopped"}));
-  EXPECT_TRUE(onItsThread);
-  EXPECT_FALSE(otherThread);
-  EXPECT_EQ(thread.GetState(), Thread::kStopped);
-  EXPECT_FALSE(thread.IsOtherThread());  // the id is cleared once joined
-}
-
-TEST(ThreadTest, StopOfAThreadNeverStartedChangesNothing) {
-  RecordingClient client;
-  Thread thread(&client);
   thread.Stop();
   EXPECT_EQ(thread.GetState(), Thread::kCreated);
-  EXPECT_TRUE(client.Calls().empty());
+  EXPECT_TRUE(client.Get().empty());
 }
 
-TEST(ThreadTest, StopWaitsForARunningClient) {
+TEST(ThreadTest, StartWakesASuspendedThreadAndRestartsOneThatEnded) {
   RecordingClient client;
-  Event entered;
-  client.stopAfterRun = false;
-  client.body = [&](Thread& self) {
-    entered.Set();
-    while (self.GetState() == Thread::kRunning) SleepMs(1);
-  };
-  Thread thread(&client);
-  thread.Start();
-  ASSERT_TRUE(entered.TimedWait(LongMs()));
-  thread.Stop();
-  EXPECT_EQ(client.Calls(), (Calls{"OnStart", "Run", "OnStop", "OnStopped"}));
-}
-
-TEST(ThreadTest, ASuspendedThreadRunsItsClientAgainOnStart) {
-  RecordingClient client;
-  client.stopAfterRun = false;
   client.body = [&](Thread& self) {
     if (client.runs == 1) {
       self.RequestSuspend();
@@ -166,23 +124,14 @@ TEST(ThreadTest, ASuspendedThreadRunsItsClientAgainOnStart) {
   thread.Start();
   ASSERT_TRUE(client.suspended.TimedWait(LongMs()));
   EXPECT_EQ(thread.GetState(), Thread::kSuspended);
-  thread.Start();  // wakes the same POSIX thread
-  ASSERT_TRUE(client.stopped.TimedWait(LongMs()));
-  thread.Stop();
-  EXPECT_EQ(client.Calls(),
-            (Calls{"OnStart", "Run", "OnSuspend", "OnSuspended", "Run", "OnStop", "OnStopped"}));
-}
-
-TEST(ThreadTest, StartAfterTheThreadEndedOnItsOwnStartsItAgain) {
-  RecordingClient client;
-  Thread thread(&client);
-  thread.Start();
+  thread.Start();  // the same POSIX thread runs the client again
   ASSERT_TRUE(client.stopped.TimedWait(LongMs()));
   client.stopped.Reset();
-  thread.Start();
+  thread.Start();  // that thread has ended: a new one starts
   ASSERT_TRUE(client.stopped.TimedWait(LongMs()));
   thread.Stop();
-  EXPECT_EQ(client.runs, 2);
+  EXPECT_EQ(client.Get(), (Calls{"OnStart", "Run", "OnSuspend", "OnSuspended", "Run", "OnStop",
+                                 "OnStopped", "OnStart", "Run", "OnStop", "OnStopped"}));
 }
 
 }  // namespace

@@ -1,0 +1,158 @@
+// The loop's two queues against plain models of their rules, under random
+// operations. Ready queue: behind every item of at least the same priority;
+// each step takes the head, then every waiting item ages by one and gains
+// its age in priority, moving forward past lower predecessors (priorities
+// wrap). Delayed list: due order by signed tick difference, ties in posting
+// order.
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <deque>
+#include <random>
+#include <vector>
+
+#include "runtime/DelayedList.h"
+#include "runtime/ReadyQueue.h"
+#include "runtime/TimeBase.h"
+
+namespace Quillan {
+namespace {
+
+struct ModelItem {
+  WorkItem* item;
+  uint32_t key;  // priority, or due tick
+  uint32_t age;  // aging steps, or posting number
+};
+using Model = std::vector<ModelItem>;
+
+void ModelInsertReady(Model& model, WorkItem* item) {
+  auto position = model.begin();
+  for (auto it = model.begin(); it != model.end(); ++it) {
+    if (it->key >= item->priority) position = it + 1;
+  }
+  model.insert(position, ModelItem{item, item->priority, 0});
+}
+
+void ModelStep(Model& model) {
+  if (!model.empty()) model.erase(model.begin());
+  for (size_t index = 0; index < model.size(); ++index) {
+    ModelItem moved = model[index];
+    moved.age += 1;
+    moved.key += moved.age;
+    size_t target = index;
+    while (target > 0 && model[target - 1].key < moved.key) --target;
+    model.erase(model.begin() + static_cast<long>(index));
+    model.insert(model.begin() + static_cast<long>(target), moved);
+  }
+}
+
+void RandomReadyTrace(uint32_t seed, uint32_t priorityBase) {
+  std::mt19937 random(seed);
+  std::deque<WorkItem> storage;
+  ReadyQueue queue;
+  Model model;
+  for (int operation = 0; operation < 2000; ++operation) {
+    const uint32_t choice = random() % 10;
+    if (choice < 5) {
+      storage.emplace_back();
+      storage.back().priority = priorityBase + (random() % 4) * 7;  // few values: many ties
+      queue.Insert(&storage.back());
+      ModelInsertReady(model, &storage.back());
+    } else if (choice < 9) {
+      queue.PopHead();
+      queue.Age();
+      ModelStep(model);
+    } else if (!model.empty()) {
+      const size_t index = random() % model.size();
+      queue.Unlink(model[index].item);
+      model.erase(model.begin() + static_cast<long>(index));
+    }
+    const WorkItem* item = queue.Head();
+    for (const ModelItem& expected : model) {
+      ASSERT_EQ(item, expected.item) << "seed " << seed << " operation " << operation;
+      item = item->next;
+    }
+    ASSERT_EQ(item, nullptr);
+  }
+}
+
+TEST(ReadyQueueTest, OrderAndAgingFollowThePerItemRuleAlsoWherePrioritiesWrap) {
+  for (uint32_t seed = 1; seed <= 15; ++seed) {
+    RandomReadyTrace(seed, 10);
+    RandomReadyTrace(seed, 0xFFFFFF00u);
+  }
+}
+
+TEST(DelayedListTest, HeadFollowsDueOrderWithTiesInPostingOrderThroughEveryChange) {
+  constexpr uint32_t kBase = 0xFFFFFFE0u;  // due times straddle the wrap
+  for (uint32_t seed = 1; seed <= 30; ++seed) {
+    std::mt19937 random(seed);
+    std::deque<WorkItem> storage;
+    DelayedList list;
+    Model model;
+    uint32_t posted = 0;
+    auto sort = [&model] {
+      std::stable_sort(model.begin(), model.end(), [](const ModelItem& a, const ModelItem& b) {
+        const int32_t difference = TickDiff(a.key, b.key);
+        return difference < 0 || (difference == 0 && a.age < b.age);
+      });
+    };
+    auto handler = [&random] {
+      return reinterpret_cast<WorkHandler*>(static_cast<uintptr_t>(8 + 8 * (random() % 3)));
+    };
+    for (int operation = 0; operation < 400; ++operation) {
+      const uint32_t choice = random() % 12;
+      if (choice < 7) {
+        storage.emplace_back();
+        WorkItem* item = &storage.back();
+        item->dueOrAge = kBase + random() % 50;
+        item->handler = handler();
+        ASSERT_TRUE(list.Reserve());
+        const bool becameHead = list.Insert(item);
+        model.push_back(ModelItem{item, item->dueOrAge, posted++});
+        sort();
+        EXPECT_EQ(becameHead, model.front().item == item);
+      } else if (choice < 9 && !model.empty()) {
+        const size_t index = random() % model.size();
+        list.Unlink(model[index].item);
+        model.erase(model.begin() + static_cast<long>(index));
+      } else if (choice < 11 && !model.empty()) {
+        ModelItem& entry = model[random() % model.size()];
+        entry.key = kBase + random() % 50;
+        list.Reschedule(entry.item, entry.key);
+        sort();
+      } else {
+        WorkHandler* removed = handler();
+        auto of = [removed](const WorkItem* item) { return item->handler == removed; };
+        const size_t before = model.size();
+        model.erase(std::remove_if(model.begin(), model.end(),
+                                   [&of](const ModelItem& entry) { return of(entry.item); }),
+                    model.end());
+        EXPECT_EQ(list.UnlinkIf(of, [](WorkItem*) {}), model.size() != before);
+      }
+      ASSERT_EQ(list.Head(), model.empty() ? nullptr : model.front().item) << "seed " << seed;
+    }
+    for (const ModelItem& entry : model) EXPECT_EQ(list.PopDue(0, true), entry.item);
+    EXPECT_TRUE(list.IsEmpty());
+  }
+}
+
+TEST(DelayedListTest, OnlyDueItemsLeaveUnlessAllAreAsked) {
+  WorkItem items[3];
+  DelayedList list;
+  const uint32_t dues[] = {0xFFFFFFF0u, 0x00000010u, 0x00000010u};
+  for (int index = 0; index < 3; ++index) {
+    items[index].dueOrAge = dues[index];
+    ASSERT_TRUE(list.Reserve());
+    list.Insert(&items[index]);
+  }
+  EXPECT_EQ(list.PopDue(0xFFFFFFEFu, false), nullptr);
+  EXPECT_EQ(list.PopDue(0x00000000u, false), &items[0]);  // due 0x10 ms ago, across the wrap
+  EXPECT_EQ(list.PopDue(0x0000000Fu, false), nullptr);
+  EXPECT_EQ(list.PopDue(0x0000000Fu, true), &items[1]);
+  EXPECT_EQ(list.PopDue(0x00000010u, false), &items[2]);
+}
+
+}  // namespace
+}  // namespace Quillan
