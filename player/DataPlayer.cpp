@@ -44,7 +44,10 @@ DataPlayer::DataPlayer(const Config& config) : Player(config), m_dateTimeSource(
 }
 
 DataPlayer::~DataPlayer() {
-  // The runner's steps call the consumers: playback ends before they go.
+  // The runner's steps call the consumers: playback ends before they go. A
+  // step may be waiting for an online traffic answer that never comes, so
+  // the producer gives up its waits first.
+  if (m_onlineProducer != nullptr) m_onlineProducer->AbandonWaits();
   ShutDownPlayback();
   delete m_lifecycle;
   m_lifecycle = nullptr;

@@ -152,6 +152,7 @@ int OnlineTrafficProducer::HandleSetOnlineTrafficDataStatus(OnlineTrafficService
                                                             const TotCall& call) {
   const int32_t status = ArgumentToInt(call.arguments[0]);
   WaitFor(&OnlineTrafficProducer::ServiceReady, m_timing.limitMs);
+  if (Abandoned()) return kNotHandled;
   service.setOnlineTrafficDataStatus(status);
   if (status == 0) WaitFor(&OnlineTrafficProducer::ServiceValueSet, m_timing.limitMs);
   return kHandled;
@@ -159,6 +160,7 @@ int OnlineTrafficProducer::HandleSetOnlineTrafficDataStatus(OnlineTrafficService
 
 int OnlineTrafficProducer::HandleGetInventory(OnlineTrafficService& service, const TotCall&) {
   WaitFor(&OnlineTrafficProducer::ServiceReady, kNoLimit);
+  if (Abandoned()) return kNotHandled;
   service.getInventory();
   WaitFor(&OnlineTrafficProducer::InventoryAnswered, kNoLimit);
   return kHandled;
@@ -167,6 +169,7 @@ int OnlineTrafficProducer::HandleGetInventory(OnlineTrafficService& service, con
 int OnlineTrafficProducer::HandleGetNewData(OnlineTrafficService& service, const TotCall&) {
   WaitFor(&OnlineTrafficProducer::ServiceReady, kNoLimit);
   WaitFor(&OnlineTrafficProducer::ServiceValueSet, kNoLimit);
+  if (Abandoned()) return kNotHandled;
   service.getNewData();
   WaitFor(&OnlineTrafficProducer::NewDataAnswered, kNoLimit);
   return kHandled;
@@ -176,6 +179,7 @@ int OnlineTrafficProducer::HandleSetNewData(OnlineTrafficService& service, const
   WaitFor(&OnlineTrafficProducer::ServiceReady, kNoLimit);
   WaitFor(&OnlineTrafficProducer::ServiceValueSet, kNoLimit);
   WaitFor(&OnlineTrafficProducer::NewDataIdle, kNoLimit);
+  if (Abandoned()) return kNotHandled;
   m_lastDataTime.store(m_currentTime, std::memory_order_relaxed);
   const std::string path = Utf8Text::FromBytes(DataPath(call.arguments[0]));
   service.setNewData(CITypesFactory::createString(path.c_str(), CITypesFactory::kEncodingUtf8));
@@ -184,12 +188,14 @@ int OnlineTrafficProducer::HandleSetNewData(OnlineTrafficService& service, const
 
 int OnlineTrafficProducer::HandleSetNewSession(OnlineTrafficService& service, const TotCall&) {
   WaitFor(&OnlineTrafficProducer::ServiceReady, kNoLimit);
+  if (Abandoned()) return kNotHandled;
   service.setNewSession();
   return kHandled;
 }
 
 int OnlineTrafficProducer::HandleSetTimeoutForFallback(OnlineTrafficService& service,
                                                        const TotCall& call) {
+  if (Abandoned()) return kNotHandled;
   service.setTimeoutForFallback(static_cast<int64_t>(ArgumentToInt(call.arguments[0])));
   return kHandled;
 }
@@ -198,6 +204,7 @@ int OnlineTrafficProducer::HandleDsiConnectionStateChanged(OnlineTrafficService&
                                                            const TotCall& call) {
   const int32_t state = ArgumentToInt(call.arguments[0]);
   WaitFor(&OnlineTrafficProducer::Connected, kNoLimit);
+  if (Abandoned()) return kNotHandled;
   service.dsiConnectionStateChanged(state);
   return kHandled;
 }
@@ -233,6 +240,7 @@ bool OnlineTrafficProducer::WaitFor(Condition condition, uint32_t limitMs) {
   uint64_t elapsed = 0;
   uint64_t warningMark = m_timing.warningMs;
   for (;;) {
+    if (Abandoned()) return false;
     {
       ScopedLock lock(m_mutex);
       if ((this->*condition)()) return true;

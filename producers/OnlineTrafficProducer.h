@@ -94,6 +94,12 @@ class OnlineTrafficProducer : public RecordConsumer, public OnlineTrafficReply {
   // Directory prefix of the "setNewData" file names ("" leaves them as
   // recorded).
   void SetTpegsDir(const std::string& dir);
+  // Ends every wait at once, now and for good, and makes no further call on
+  // the service: the owner calls it before it stops playback, so that a step
+  // waiting for an answer that never comes cannot hold up the shut-down.
+  // Callable from any thread.
+  void AbandonWaits() { m_abandoned.store(true, std::memory_order_relaxed); }
+
   // Record time of the last "setNewData" call; 0 means none.
   uint32_t GetLastDataTime() const { return m_lastDataTime.load(std::memory_order_relaxed); }
 
@@ -137,7 +143,9 @@ class OnlineTrafficProducer : public RecordConsumer, public OnlineTrafficReply {
 
   // Polls `condition` until it holds (true) or, when `limitMs` is not 0,
   // until `limitMs` of waiting have passed (false).
+  // Also false, at once, once the waits are abandoned.
   bool WaitFor(Condition condition, uint32_t limitMs);
+  bool Abandoned() const { return m_abandoned.load(std::memory_order_relaxed); }
   void SleepPoll();
   std::string DataPath(const std::string& file) const;
   static int32_t ArgumentToInt(const std::string& argument);
@@ -147,6 +155,7 @@ class OnlineTrafficProducer : public RecordConsumer, public OnlineTrafficReply {
   std::string m_tpegsDir;
   uint32_t m_currentTime = 0;  // work loop's thread only
   std::atomic<uint32_t> m_lastDataTime{0};
+  std::atomic<bool> m_abandoned{false};
 
   Mutex m_mutex;  // guards the six fields below
   bool m_serviceReady = false;

@@ -247,6 +247,22 @@ TEST_F(OnlineTrafficProducerWaits, UnlimitedWaitWarnsEveryFiveSecondsUntilTheSer
   EXPECT_EQ(trace.Texts(3), std::vector<std::string>(4, expected));
 }
 
+TEST_F(OnlineTrafficProducerWaits, AbandonedWaitsEndAtOnceAndCallNothingMore) {
+  FakeService silent;
+  producer.SetService(&silent);
+  clock.onPoll = [&](uint64_t polls) {
+    if (polls == 3) producer.AbandonWaits();  // the owner shuts playback down
+  };
+  EXPECT_EQ(producer.OnRecord(7, "$TOT", "getInventory"), 1);
+  EXPECT_EQ(clock.polls, 3u);
+  producer.OnServiceStatus(0);
+  producer.OnServiceValue(1);
+  EXPECT_EQ(producer.OnRecord(8, "$TOT", "setNewData:a.bin"), 1);
+  EXPECT_EQ(producer.OnRecord(9, "$TOT", "setTimeoutForFallback:30"), 1);
+  EXPECT_TRUE(silent.Calls().empty());
+  EXPECT_EQ(producer.GetLastDataTime(), 0u);
+}
+
 // Real threads and short real polls: 1 ms polls, 40 ms limits, warnings far
 // apart. A check that fails never leaves a call blocked: each test answers.
 class OnlineTrafficProducerWithService : public ::testing::Test {
