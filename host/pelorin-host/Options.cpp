@@ -87,8 +87,8 @@ const OptionSpec kOptions[] = {
 };
 
 const OptionSpec* FindOption(const std::string& name) {
-  for (const OptionSpec& spec : kOptions) {
-    if (name == spec.name) return &spec;
+  for (const OptionSpec& option : kOptions) {
+    if (name == option.name) return &option;
   }
   return nullptr;
 }
@@ -221,12 +221,12 @@ bool ParseOptions(int argc, const char* const* argv, Options* options, std::stri
       options->eventsFile = arg;
       continue;
     }
-    const OptionSpec* spec = FindOption(arg);
-    if (spec == nullptr) {
+    const OptionSpec* option = FindOption(arg);
+    if (option == nullptr) {
       *error = "unknown option " + arg + " (see --help)";
       return false;
     }
-    if (spec->kind == Kind::kFlag) {
+    if (option->kind == Kind::kFlag) {
       if (cursor.HasInlineValue()) {
         *error = arg + " takes no value";
         return false;
