@@ -1,17 +1,14 @@
 #pragma once
 // Recording stand-ins for the HMI host's interfaces (module registration,
-// host, event service, data pool) and a storage folder for the module's
-// fixed paths, shared by the module and data-pool tests. Each fake records
+// host, event service, data pool), a storage folder for the module's fixed
+// paths, the module's data-pool ids, and a harness for concurrent data-pool
+// sections; shared by the module and data-pool tests. Each fake records
 // what it is asked, in order, and is thread-safe: the module calls the event
 // service and the data pool on the player's work-loop thread.
 
-#include <stdlib.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
+#include <atomic>
 #include <chrono>
 #include <cstdint>
-#include <cstdio>
 #include <functional>
 #include <mutex>
 #include <string>
@@ -19,15 +16,74 @@
 #include <utility>
 #include <vector>
 
+#include "DataPoolClientInterface.h"
+#include "DataPoolDirectory.h"
 #include "DataPoolInterface.h"
+#include "DataPoolProviderInterface.h"
 #include "EventInterface.h"
 #include "HmiModule.h"
 #include "HostInterface.h"
 #include "ModuleRegistration.h"
 #include "Storage.h"
+#include "tests/support/TempFile.h"
 #include "tests/support/TestTime.h"
 
 namespace pelorin_test {
+
+// HMI events and the speed table (client 76), the playback clock (provider 77).
+constexpr uint32_t kStartEvent = 0x4c000000;
+constexpr uint32_t kStopEvent = 0x4c000001;
+constexpr uint32_t kSpeedId = 0x4c000001;
+constexpr uint32_t kTickId = 0x4d000000;
+constexpr uint32_t kNextId = 0x4d000001;
+
+// A playback-clock value as the data pool reads it; -999 without a provider.
+inline int32_t ReadPlaybackValue(uint32_t id) {
+  DataPoolProviderInterface* provider = DataPoolDirectory::FindProvider(77);
+  if (provider == nullptr) return -999;
+  int32_t value = -999;
+  provider->LockRead();
+  provider->GetValue(id, &value);
+  provider->UnlockRead();
+  return value;
+}
+
+// Writes the playback speed into the speed table as the data pool does.
+inline bool SetSpeedPercent(int32_t percent) {
+  DataPoolClientInterface* table = DataPoolDirectory::FindClient(76);
+  if (table == nullptr) return false;
+  table->LockWrite();
+  const bool stored = table->SetInt(kSpeedId, percent);
+  table->UnlockWrite();
+  return stored;
+}
+
+// `writers` threads each run `write(writer, section)` for `sections`
+// sections while two reader threads call `read`, which reads two values in
+// one read section, until the writers are done. True when no reader ever
+// saw the two differ (half a section).
+inline bool SectionsStayWhole(int writers, int sections, const std::function<void(int, int)>& write,
+                              const std::function<std::pair<int32_t, int32_t>()>& read) {
+  std::atomic<int> writersLeft{writers};
+  std::atomic<bool> torn{false};
+  std::vector<std::thread> threads;
+  for (int w = 0; w < writers; ++w) {
+    threads.emplace_back([&, w] {
+      for (int i = 1; i <= sections; ++i) write(w, i);
+      --writersLeft;
+    });
+  }
+  for (int r = 0; r < 2; ++r) {
+    threads.emplace_back([&] {
+      while (writersLeft.load() > 0) {
+        const auto pair = read();
+        if (pair.first != pair.second) torn = true;
+      }
+    });
+  }
+  for (auto& thread : threads) thread.join();
+  return !torn.load();
+}
 
 // Polls until `condition` holds; false at the (scaled) deadline.
 inline bool WaitUntil(const std::function<bool()>& condition, uint32_t ms = 5000) {
@@ -142,33 +198,15 @@ class FakeDataPool : public DataPoolInterface {
 class StorageFolder {
  public:
   StorageFolder(const std::string& config, const std::string& events) {
-    const char* base = std::getenv("TMPDIR");
-    std::string pattern = std::string(base ? base : "/tmp") + "/pelorin-storage-XXXXXX";
-    if (mkdtemp(&pattern[0]) != nullptr) m_root = pattern;
-    mkdir((m_root + "/quillan").c_str(), 0700);
-    Write("quillan/Pelorin.cfg", config);
-    Write("quillan/events", events);
-    Storage::SetStorageRoot(m_root);
+    m_folder.Write("quillan/");
+    m_folder.Write("quillan/Pelorin.cfg", config);
+    m_folder.Write("quillan/events", events);
+    Storage::SetStorageRoot(m_folder.Path());
   }
-  ~StorageFolder() {
-    Storage::SetStorageRoot("");
-    std::remove((m_root + "/quillan/Pelorin.cfg").c_str());
-    std::remove((m_root + "/quillan/events").c_str());
-    rmdir((m_root + "/quillan").c_str());
-    rmdir(m_root.c_str());
-  }
-  StorageFolder(const StorageFolder&) = delete;
-  StorageFolder& operator=(const StorageFolder&) = delete;
+  ~StorageFolder() { Storage::SetStorageRoot(""); }
 
  private:
-  void Write(const std::string& name, const std::string& contents) const {
-    std::FILE* file = std::fopen((m_root + "/" + name).c_str(), "wb");
-    if (file == nullptr) return;
-    std::fwrite(contents.data(), 1, contents.size(), file);
-    std::fclose(file);
-  }
-
-  std::string m_root;
+  TempFolder m_folder;
 };
 
 }  // namespace pelorin_test

@@ -8,9 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "DataPoolClientInterface.h"
 #include "DataPoolDirectory.h"
-#include "DataPoolProviderInterface.h"
 #include "module/MirlApp.h"
 #include "player/PlayerService.h"
 #include "tests/module/FakeHmiHost.h"
@@ -18,17 +16,8 @@
 
 namespace {
 
-using pelorin_test::FakeDataPool;
-using pelorin_test::FakeEvents;
-using pelorin_test::FakeHost;
-using pelorin_test::FakeRegistration;
+using namespace pelorin_test;  // NOLINT: the fakes and ids
 using Quillan::MirlApp;
-
-constexpr uint32_t kStart = 0x4c000000;
-constexpr uint32_t kStop = 0x4c000001;
-constexpr uint32_t kSpeed = 0x4c000001;
-constexpr uint32_t kTick = 0x4d000000;
-constexpr uint32_t kNext = 0x4d000001;
 
 // Position of the first message containing `fragment`, or -1.
 int IndexOf(const std::vector<std::string>& texts, const std::string& fragment) {
@@ -36,24 +25,6 @@ int IndexOf(const std::vector<std::string>& texts, const std::string& fragment) 
     if (texts[i].find(fragment) != std::string::npos) return static_cast<int>(i);
   }
   return -1;
-}
-
-int32_t ReadPlaybackValue(uint32_t id) {
-  DataPoolProviderInterface* provider = DataPoolDirectory::FindProvider(77);
-  if (provider == nullptr) return -999;
-  int32_t value = -999;
-  provider->LockRead();
-  provider->GetValue(id, &value);
-  provider->UnlockRead();
-  return value;
-}
-
-void SetSpeedPercent(int32_t percent) {
-  DataPoolClientInterface* table = DataPoolDirectory::FindClient(76);
-  ASSERT_NE(table, nullptr);
-  table->LockWrite();
-  table->SetInt(kSpeed, percent);
-  table->UnlockWrite();
 }
 
 class MirlAppTest : public ::testing::Test {
@@ -65,8 +36,8 @@ class MirlAppTest : public ::testing::Test {
     app.SetInterface(101, 0, 0, &pool);
   }
 
-  pelorin_test::StorageFolder storage{"interactive=1\nautostart=0\n", "100 $TMC\n"};
-  pelorin_test::TraceCapture trace{2};
+  StorageFolder storage{"interactive=1\nautostart=0\n", "100 $TMC\n"};
+  TraceCapture trace{2};
   FakeRegistration registration;
   FakeHost host{&registration};
   FakeEvents events;
@@ -104,10 +75,10 @@ TEST_F(MirlAppTest, RunLevelsAroundTwoHundredPublishAndTearDown) {
   trace.Clear();
   EXPECT_EQ(app.OnRunLevel(200, 1), 200);
   EXPECT_EQ(registration.published.All().size(), 1u);
-  app.GetEventListenerFace()->OnEvent(kStart, 0);
-  app.GetEventListenerFace()->OnEvent(kStop, 0);
+  app.GetEventListenerFace()->OnEvent(kStartEvent, 0);
+  app.GetEventListenerFace()->OnEvent(kStopEvent, 0);
   app.OnTick(nullptr, 5.0);
-  const uint32_t ids[] = {kSpeed};
+  const uint32_t ids[] = {kSpeedId};
   app.OnValuesChanged(ids, 1);
   EXPECT_TRUE(trace.Texts().empty());
   EXPECT_TRUE(events.notifications.All().empty());
@@ -115,39 +86,36 @@ TEST_F(MirlAppTest, RunLevelsAroundTwoHundredPublishAndTearDown) {
 
 TEST_F(MirlAppTest, TickAndNextEventAreRoundedStoredAndAnnounced) {
   app.OnTick(nullptr, 3.0);  // no data pool yet: nothing to store
-  GiveInterfaces();
+  app.SetInterface(101, 0, 0, &pool);
+  app.OnNextEvent(nullptr, 41.5);  // stored and reported without an event service
+  EXPECT_EQ(ReadPlaybackValue(kNextId), 42);
+  EXPECT_TRUE(events.notifications.All().empty());
+  pool.reports.Clear();
+  app.SetInterface(100, 0, 0, &events);
   Quillan::RunnerListener* listener = app.GetRunnerListenerFace();
   listener->OnTick(nullptr, 12.5);
-  EXPECT_EQ(ReadPlaybackValue(kTick), 13);
+  EXPECT_EQ(ReadPlaybackValue(kTickId), 13);
   listener->OnTick(nullptr, 12.7);  // still 13: neither reported nor announced
   listener->OnNextEvent(nullptr, -1.7);
-  EXPECT_EQ(ReadPlaybackValue(kNext), -1);
+  EXPECT_EQ(ReadPlaybackValue(kNextId), -1);
   listener->OnNextEvent(nullptr, 2.49);
-  EXPECT_EQ(ReadPlaybackValue(kNext), 2);
+  EXPECT_EQ(ReadPlaybackValue(kNextId), 2);
   listener->OnNextEvent(nullptr, 1e12);  // beyond the 32-bit range: saturates
-  EXPECT_EQ(ReadPlaybackValue(kNext), 2147483647);
+  EXPECT_EQ(ReadPlaybackValue(kNextId), 2147483647);
   listener->OnFinished(nullptr);
 
   using Reports = std::vector<std::vector<uint32_t>>;
-  EXPECT_EQ(pool.reports.All(), (Reports{{kTick}, {kNext}, {kNext}, {kNext}}));
+  EXPECT_EQ(pool.reports.All(), (Reports{{kTickId}, {kNextId}, {kNextId}, {kNextId}}));
   using Notifications = std::vector<std::pair<uint32_t, int>>;
   EXPECT_EQ(events.notifications.All(),
-            (Notifications{{kTick, 0}, {kNext, 0}, {kNext, 0}, {kNext, 0}}));
-}
-
-TEST_F(MirlAppTest, ValuesAreStoredEvenWithoutAnEventInterface) {
-  app.SetInterface(101, 0, 0, &pool);
-  app.OnNextEvent(nullptr, 41.5);
-  EXPECT_EQ(ReadPlaybackValue(kNext), 42);
-  EXPECT_EQ(pool.reports.All().size(), 1u);
-  EXPECT_TRUE(events.notifications.All().empty());
+            (Notifications{{kTickId, 0}, {kNextId, 0}, {kNextId, 0}, {kNextId, 0}}));
 }
 
 TEST_F(MirlAppTest, StartEventSetsTheSpeedFromTheDataPoolThenStarts) {
   GiveInterfaces();
-  SetSpeedPercent(150);
+  ASSERT_TRUE(SetSpeedPercent(150));
   trace.Clear();
-  app.GetEventListenerFace()->OnEvent(kStart, 0);
+  app.GetEventListenerFace()->OnEvent(kStartEvent, 0);
   const auto texts = trace.Texts();
   const int speedRead = IndexOf(texts, "MirlApp::SetPlayerSpeedFromDP:playbackSpeed=150");
   const int speedSet = IndexOf(texts, "InteractiveRunner::SetSpeed: 1.5");
@@ -157,13 +125,13 @@ TEST_F(MirlAppTest, StartEventSetsTheSpeedFromTheDataPoolThenStarts) {
   EXPECT_GT(started, speedSet);
 
   trace.Clear();
-  SetSpeedPercent(100);
-  app.OnEvent(kStart, 0);  // the primary face reaches the same handler
+  ASSERT_TRUE(SetSpeedPercent(100));
+  app.OnEvent(kStartEvent, 0);  // the primary face reaches the same handler
   EXPECT_TRUE(trace.Contains("MirlApp::SetPlayerSpeedFromDP:playbackSpeed=100"));
   EXPECT_TRUE(trace.Contains("InteractiveRunner::SetSpeed: 1"));
 
   trace.Clear();
-  app.GetEventListenerFace()->OnEvent(kStop, 0);
+  app.GetEventListenerFace()->OnEvent(kStopEvent, 0);
   EXPECT_TRUE(trace.Contains("InteractiveRunner::Stop"));
   EXPECT_FALSE(trace.Contains("SetPlayerSpeedFromDP"));
 
@@ -173,12 +141,12 @@ TEST_F(MirlAppTest, StartEventSetsTheSpeedFromTheDataPoolThenStarts) {
 }
 
 TEST_F(MirlAppTest, OnlyASpeedChangeInTheListSetsTheSpeed) {
-  const uint32_t ids[] = {kTick, kSpeed, 0x4c000002};
+  const uint32_t ids[] = {kTickId, kSpeedId, 0x4c000002};
   app.OnValuesChanged(ids, 3);  // before the data pool: nothing to read
   EXPECT_FALSE(trace.Contains("SetPlayerSpeedFromDP"));
 
   GiveInterfaces();
-  SetSpeedPercent(250);
+  ASSERT_TRUE(SetSpeedPercent(250));
   trace.Clear();
   app.GetDataListenerFace()->OnValuesChanged(ids, 3);
   EXPECT_EQ(trace.Count("MirlApp::SetPlayerSpeedFromDP:playbackSpeed=250"), 1u);
@@ -190,7 +158,7 @@ TEST_F(MirlAppTest, OnlyASpeedChangeInTheListSetsTheSpeed) {
   app.OnValuesChanged(ids, 1);  // only the tick id
   app.OnValuesChanged(nullptr, 2);
   EXPECT_TRUE(trace.Texts().empty());
-  SetSpeedPercent(100);
+  ASSERT_TRUE(SetSpeedPercent(100));
 }
 
 }  // namespace

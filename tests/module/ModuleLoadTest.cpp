@@ -25,17 +25,7 @@
 
 namespace {
 
-using pelorin_test::FakeDataPool;
-using pelorin_test::FakeEvents;
-using pelorin_test::FakeHost;
-using pelorin_test::FakeRegistration;
-using pelorin_test::WaitUntil;
-
-constexpr uint32_t kStart = 0x4c000000;
-constexpr uint32_t kStop = 0x4c000001;
-constexpr uint32_t kSpeed = 0x4c000001;
-constexpr uint32_t kTick = 0x4d000000;
-constexpr uint32_t kNext = 0x4d000001;
+using namespace pelorin_test;  // NOLINT: the fakes and ids
 
 using Reports = std::vector<std::vector<uint32_t>>;
 using Notifications = std::vector<std::pair<uint32_t, int>>;
@@ -83,16 +73,6 @@ class LoadedModule {
   void* m_handle = nullptr;
 };
 
-int32_t ReadPlaybackValue(uint32_t id) {
-  DataPoolProviderInterface* provider = DataPoolDirectory::FindProvider(77);
-  if (provider == nullptr) return -999;
-  int32_t value = -999;
-  provider->LockRead();
-  provider->GetValue(id, &value);
-  provider->UnlockRead();
-  return value;
-}
-
 // Records at 100.0 and 100.2 follow each other quickly; the third is far
 // away, so playback is still running (ticking every 2 s) when a test ends it.
 const char kEvents[] =
@@ -121,7 +101,7 @@ class RunningHost {
     module->SetInterface(100, 0, 0, &events);
     ASSERT_EQ(pool.subscriptions.All().size(), 1u);
     ASSERT_EQ(events.listeners.All().size(), 1u);
-    EXPECT_EQ(pool.subscriptions.All()[0].second, kSpeed);
+    EXPECT_EQ(pool.subscriptions.All()[0].second, kSpeedId);
     dataListener = pool.subscriptions.All()[0].first;
     eventListener = events.listeners.All()[0].first;
 
@@ -137,8 +117,8 @@ class RunningHost {
 
   // Starts playback and waits until the far record has been read ahead.
   void PlayToTheFarRecord() {
-    eventListener->OnEvent(kStart, 0);
-    ASSERT_TRUE(WaitUntil([] { return ReadPlaybackValue(kNext) == 5000; }));
+    eventListener->OnEvent(kStartEvent, 0);
+    ASSERT_TRUE(WaitUntil([] { return ReadPlaybackValue(kNextId) == 5000; }));
   }
 
   FakeRegistration registration;
@@ -154,29 +134,33 @@ class RunningHost {
   LoadedModule& m_module;
 };
 
-TEST(ModuleLoadTest, ExportsOnlyTheThreeEntryPoints) {
+// The entry points on their own: only they are exported; they log at the
+// progress level; the first host of the right id and version wins until a
+// destroy; a host without a registration still gets asked once.
+TEST(ModuleLoadTest, EntryPointsAndTheChoiceOfHost) {
+  StorageFolder storage("", "");
+  TraceCapture trace(2);
   LoadedModule module;
   ASSERT_TRUE(module.Loaded());
   EXPECT_EQ(module.Symbol("_ZN7Quillan14PelorinChannelEv"), nullptr);
   EXPECT_EQ(module.Symbol("_ZN7Quillan7MirlAppC1Ev"), nullptr);
   EXPECT_EQ(module.Symbol("_ZN7Quillan14SDDataProvider9LockWriteEv"), nullptr);
-  EXPECT_TRUE(module.Unload());
-}
 
-TEST(ModuleLoadTest, FirstHostOfTheRightIdAndVersionWinsUntilDestroy) {
-  pelorin_test::StorageFolder storage("", "");
-  pelorin_test::TraceCapture trace(3);
-  LoadedModule module;
-  ASSERT_TRUE(module.Loaded());
   FakeRegistration registration;
   FakeHost first(&registration);
   FakeHost second(&registration);
-
   module.setInterface(500, 1, &first);
   module.setInterface(501, 2, &first);
   EXPECT_EQ(module.create(), 0) << "no host yet: made, not started";
-  EXPECT_TRUE(first.requests.All().empty());
   module.destroy();
+  EXPECT_TRUE(first.requests.All().empty());
+  // The application made without a host is still shut down.
+  EXPECT_EQ(trace.Texts(), (std::vector<std::string>{"HMI_CREATE_MODULE_SYMBOL",
+                                                     "HMI_DESTROY_MODULE_SYMBOL",
+                                                     "MirlApp::Shutdown"}));
+  EXPECT_EQ(trace.Lines()[0].channel, "Pelorin");
+  EXPECT_EQ(trace.Lines()[0].level, 2);
+  EXPECT_EQ(trace.Lines()[1].level, 2);
 
   module.setInterface(500, 2, &first);
   module.setInterface(500, 2, &second);
@@ -189,22 +173,12 @@ TEST(ModuleLoadTest, FirstHostOfTheRightIdAndVersionWinsUntilDestroy) {
   EXPECT_EQ(module.create(), 1);
   EXPECT_EQ(second.requests.All().size(), 1u);
   module.destroy();
-  EXPECT_FALSE(trace.Contains("HMI_CREATE_MODULE_SYMBOL")) << "level 2 is below threshold 3";
-  EXPECT_FALSE(trace.Contains("HMI_DESTROY_MODULE_SYMBOL"));
-  EXPECT_TRUE(module.Unload());
-}
 
-TEST(ModuleLoadTest, EntryPointsLogAtProgressLevel) {
-  pelorin_test::TraceCapture trace(2);
-  LoadedModule module;
-  ASSERT_TRUE(module.Loaded());
-  EXPECT_EQ(module.create(), 0);
+  FakeHost lonely(nullptr);
+  module.setInterface(500, 2, &lonely);
+  EXPECT_EQ(module.create(), 1);
+  EXPECT_EQ(lonely.requests.All(), (std::vector<std::pair<int, void*>>{{2, nullptr}}));
   module.destroy();
-  using Texts = std::vector<std::string>;
-  // The application made without a host is still shut down.
-  EXPECT_EQ(trace.Texts(),
-            (Texts{"HMI_CREATE_MODULE_SYMBOL", "HMI_DESTROY_MODULE_SYMBOL", "MirlApp::Shutdown"}));
-  EXPECT_EQ(trace.Lines()[0].channel, "Pelorin");
   EXPECT_TRUE(module.Unload());
 }
 
@@ -212,8 +186,8 @@ TEST(ModuleLoadTest, EntryPointsLogAtProgressLevel) {
 // data pool, start and stop events, the playback clock in the data pool and
 // its change reports, then run level down in the middle of playback.
 TEST(ModuleLoadTest, PlaysUnderHmiControlAndGoesDownThroughTheRunLevel) {
-  pelorin_test::StorageFolder storage("interactive=1\nautostart=0\n", kEvents);
-  pelorin_test::TraceCapture trace(2);
+  StorageFolder storage("interactive=1\nautostart=0\n", kEvents);
+  TraceCapture trace(2);
   LoadedModule module;
   ASSERT_TRUE(module.Loaded());
   RunningHost unit(module);
@@ -225,16 +199,16 @@ TEST(ModuleLoadTest, PlaysUnderHmiControlAndGoesDownThroughTheRunLevel) {
   DataPoolClientInterface* table = DataPoolDirectory::FindClient(76);
   ASSERT_NE(table, nullptr);
   table->LockWrite();
-  EXPECT_TRUE(table->SetInt(kSpeed, 150));
-  EXPECT_TRUE(table->SetInt(kSpeed, 300));
+  EXPECT_TRUE(table->SetInt(kSpeedId, 150));
+  EXPECT_TRUE(table->SetInt(kSpeedId, 300));
   table->UnlockWrite();
   table->LockWrite();
   table->LockWrite();
   table->UnlockWrite();
   table->UnlockWrite();
-  EXPECT_EQ(unit.pool.reports.All(), (Reports{{kSpeed}, {}, {}}));
+  EXPECT_EQ(unit.pool.reports.All(), (Reports{{kSpeedId}, {}, {}}));
   unit.pool.reports.Clear();
-  const uint32_t changed[] = {kSpeed};
+  const uint32_t changed[] = {kSpeedId};
   unit.dataListener->OnValuesChanged(changed, 1);
   EXPECT_TRUE(trace.Contains("MirlApp::SetPlayerSpeedFromDP:playbackSpeed=300"));
   EXPECT_TRUE(trace.Contains("InteractiveRunner::SetSpeed: 3"));
@@ -242,21 +216,21 @@ TEST(ModuleLoadTest, PlaysUnderHmiControlAndGoesDownThroughTheRunLevel) {
   ASSERT_NO_FATAL_FAILURE(unit.PlayToTheFarRecord());
   // Next event 100, tick 100, next event 100.2 (still 100: neither reported
   // nor announced), next event 5000.
-  EXPECT_EQ(ReadPlaybackValue(kTick), 100);
+  EXPECT_EQ(ReadPlaybackValue(kTickId), 100);
   const Reports clock = unit.pool.ReportsOf(0x4d);
   ASSERT_GE(clock.size(), 3u);
-  EXPECT_EQ(Reports(clock.begin(), clock.begin() + 3), (Reports{{kNext}, {kTick}, {kNext}}));
+  EXPECT_EQ(Reports(clock.begin(), clock.begin() + 3), (Reports{{kNextId}, {kTickId}, {kNextId}}));
   const Notifications told = unit.events.notifications.All();
   ASSERT_GE(told.size(), 3u);
   EXPECT_EQ(Notifications(told.begin(), told.begin() + 3),
-            (Notifications{{kNext, 0}, {kTick, 0}, {kNext, 0}}));
+            (Notifications{{kNextId, 0}, {kTickId, 0}, {kNextId, 0}}));
 
   // The data pool reads the provider's constants through its interface.
   DataPoolProviderInterface* provider = DataPoolDirectory::FindProvider(77);
   ASSERT_NE(provider, nullptr);
-  EXPECT_EQ(provider->GetValueType(kNext), 0u);
-  EXPECT_EQ(provider->GetValueType(kSpeed), 10u);
-  EXPECT_EQ(provider->GetCount(kTick), 0xFFFFFFFFu);
+  EXPECT_EQ(provider->GetValueType(kNextId), 0u);
+  EXPECT_EQ(provider->GetValueType(kSpeedId), 10u);
+  EXPECT_EQ(provider->GetCount(kTickId), 0xFFFFFFFFu);
   // A host-side write section on the provider marks nothing: no report.
   const size_t before = unit.pool.reports.All().size();
   provider->LockWrite();
@@ -268,11 +242,11 @@ TEST(ModuleLoadTest, PlaysUnderHmiControlAndGoesDownThroughTheRunLevel) {
   // Stop: the queued step (due at the next tick, 2 s of wall-clock time
   // after the first) finds the runner stopped. Start again: playback resumes
   // at once with that tick.
-  unit.eventListener->OnEvent(kStop, 0);
+  unit.eventListener->OnEvent(kStopEvent, 0);
   EXPECT_TRUE(trace.Contains("InteractiveRunner::Stop"));
   EXPECT_TRUE(WaitUntil([&] { return trace.Contains("InteractiveRunner::Execute: stopping"); }));
-  unit.eventListener->OnEvent(kStart, 0);
-  EXPECT_TRUE(WaitUntil([] { return ReadPlaybackValue(kTick) >= 102; }));
+  unit.eventListener->OnEvent(kStartEvent, 0);
+  EXPECT_TRUE(WaitUntil([] { return ReadPlaybackValue(kTickId) >= 102; }));
 
   // Run level down in the middle of playback: player and data-pool objects
   // go; later events find nothing to act on.
@@ -282,7 +256,7 @@ TEST(ModuleLoadTest, PlaysUnderHmiControlAndGoesDownThroughTheRunLevel) {
   EXPECT_EQ(unit.pool.unregistered.All(), (std::vector<uint32_t>{77}));
   const size_t notified = unit.events.notifications.All().size();
   trace.Clear();
-  unit.eventListener->OnEvent(kStart, 0);
+  unit.eventListener->OnEvent(kStartEvent, 0);
   unit.dataListener->OnValuesChanged(changed, 1);
   EXPECT_FALSE(trace.Contains("Player::StartPlayback"));
   EXPECT_FALSE(trace.Contains("SetPlayerSpeedFromDP"));
@@ -297,8 +271,8 @@ TEST(ModuleLoadTest, PlaysUnderHmiControlAndGoesDownThroughTheRunLevel) {
 // Destroying the module while it plays ends playback, and a fresh load
 // starts from a fresh speed table (100 percent).
 TEST(ModuleLoadTest, DestroyInTheMiddleOfPlaybackAndLoadAgain) {
-  pelorin_test::StorageFolder storage("autostart=0\n", kEvents);
-  pelorin_test::TraceCapture trace(2);
+  StorageFolder storage("autostart=0\n", kEvents);
+  TraceCapture trace(2);
   for (int round = 0; round < 2; ++round) {
     SCOPED_TRACE(round);
     LoadedModule module;
@@ -309,10 +283,7 @@ TEST(ModuleLoadTest, DestroyInTheMiddleOfPlaybackAndLoadAgain) {
     ASSERT_NO_FATAL_FAILURE(unit.PlayToTheFarRecord());
     EXPECT_TRUE(trace.Contains("MirlApp::SetPlayerSpeedFromDP:playbackSpeed=100"));
     if (round == 0) {
-      DataPoolClientInterface* table = DataPoolDirectory::FindClient(76);
-      table->LockWrite();
-      table->SetInt(kSpeed, 300);
-      table->UnlockWrite();
+      EXPECT_TRUE(SetSpeedPercent(300));
     }
     module.destroy();
     EXPECT_EQ(DataPoolDirectory::FindProvider(77), nullptr);
@@ -327,8 +298,8 @@ TEST(ModuleLoadTest, DestroyInTheMiddleOfPlaybackAndLoadAgain) {
 }
 
 TEST(ModuleLoadTest, BadUseDoesNotCrashOrLeak) {
-  pelorin_test::StorageFolder storage("autostart=0\n", kEvents);
-  pelorin_test::TraceCapture trace(2);
+  StorageFolder storage("autostart=0\n", kEvents);
+  TraceCapture trace(2);
   LoadedModule module;
   ASSERT_TRUE(module.Loaded());
 
@@ -347,8 +318,8 @@ TEST(ModuleLoadTest, BadUseDoesNotCrashOrLeak) {
   // Events before any interface: start and stop reach the player, nothing
   // reaches the data pool or the event service.
   trace.Clear();
-  app->OnEvent(kStart, 0);
-  app->OnEvent(kStop, 0);
+  app->OnEvent(kStartEvent, 0);
+  app->OnEvent(kStopEvent, 0);
   EXPECT_TRUE(trace.Contains("Player::StartPlayback"));
   EXPECT_FALSE(trace.Contains("SetPlayerSpeedFromDP"));
 
@@ -369,18 +340,6 @@ TEST(ModuleLoadTest, BadUseDoesNotCrashOrLeak) {
   EXPECT_NE(DataPoolDirectory::FindProvider(77), nullptr);
   module.destroy();
   EXPECT_EQ(otherPool.unregistered.All(), (std::vector<uint32_t>{77}));
-  EXPECT_TRUE(module.Unload());
-}
-
-TEST(ModuleLoadTest, HostWithoutRegistration) {
-  pelorin_test::StorageFolder storage("", "");
-  LoadedModule module;
-  ASSERT_TRUE(module.Loaded());
-  FakeHost host(nullptr);
-  module.setInterface(500, 2, &host);
-  EXPECT_EQ(module.create(), 1);
-  EXPECT_EQ(host.requests.All(), (std::vector<std::pair<int, void*>>{{2, nullptr}}));
-  module.destroy();
   EXPECT_TRUE(module.Unload());
 }
 

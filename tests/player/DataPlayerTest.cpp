@@ -62,66 +62,55 @@ std::string TmcLines(int count, double start, double step) {
   return events;
 }
 
-struct PathCase {
+// The paths it reports (the TPEG directory defaults to the events file's)
+// and the runner it chooses.
+struct ConfigCase {
   const char* config;
-  const char* eventsPath;
-  const char* tpegsDir;
+  Strings paths;
+  const char* runner;
 };
 
-class DataPlayerPathTest : public ::testing::TestWithParam<PathCase> {};
+class DataPlayerConfigTest : public ::testing::TestWithParam<ConfigCase> {};
 
-TEST_P(DataPlayerPathTest, TheTpegDirectoryDefaultsToTheEventsFileDirectory) {
+TEST_P(DataPlayerConfigTest, TheConfigurationChoosesPathsAndRunner) {
   pelorin_test::TraceCapture capture(2);
   DataPlayer player(MakeConfig(GetParam().config));
-  Strings expected;
-  if (*GetParam().eventsPath != '\0') {
-    expected.push_back(std::string("DataPlayer::GetEventsFilePath: eventsFilePath=") +
-                       GetParam().eventsPath);
-  }
-  expected.push_back(std::string("DataPlayer::GetTpegsDirPath: tpegsDirPath=") +
-                     GetParam().tpegsDir);
   Strings paths;
   for (const std::string& text : capture.Texts()) {
     if (text.rfind("DataPlayer::Get", 0) == 0) paths.push_back(text);
   }
-  EXPECT_EQ(paths, expected);
+  EXPECT_EQ(paths, GetParam().paths);
+  const std::string runner = GetParam().runner;
+  EXPECT_TRUE(capture.Contains("DataPlayer: using " + runner)) << capture.Texts().back();
+  EXPECT_EQ(player.GetRunner(), player.GetRunner());
+  EXPECT_EQ(dynamic_cast<InteractiveRunner*>(player.GetRunner()) != nullptr,
+            runner.rfind("Interactive", 0) == 0);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Configurations, DataPlayerPathTest,
-    ::testing::Values(PathCase{"", "/fs/sda0/quillan/events", "/fs/sda0/quillan/"},
-                      PathCase{"eventsFile=/data/rec/a.txt\n", "/data/rec/a.txt", "/data/rec/"},
-                      PathCase{"eventsFile=a.txt\n", "a.txt", ""},
-                      PathCase{"eventsFile=/data/a.txt\ntpegsDir=/tpeg\n", "", "/tpeg"}));
-
-struct ChoiceCase {
-  const char* config;
-  const char* logLine;
-  bool interactive;
-};
-
-class DataPlayerRunnerChoiceTest : public ::testing::TestWithParam<ChoiceCase> {};
-
-TEST_P(DataPlayerRunnerChoiceTest, TheConfigurationChoosesTheRunner) {
-  pelorin_test::TraceCapture capture(2);
-  DataPlayer player(MakeConfig(GetParam().config));
-  Runner* runner = player.GetRunner();
-  EXPECT_EQ(player.GetRunner(), runner);
-  EXPECT_TRUE(capture.Contains(GetParam().logLine)) << capture.Texts().back();
-  EXPECT_EQ(dynamic_cast<InteractiveRunner*>(runner) != nullptr, GetParam().interactive);
-}
+const char kEventsPath[] = "DataPlayer::GetEventsFilePath: eventsFilePath=";
+const char kTpegsPath[] = "DataPlayer::GetTpegsDirPath: tpegsDirPath=";
 
 INSTANTIATE_TEST_SUITE_P(
-    Configurations, DataPlayerRunnerChoiceTest,
-    ::testing::Values(ChoiceCase{"", "DataPlayer: using InteractiveRunner autostart=0, speed=0",
-                                 true},
-                      ChoiceCase{"playbackSpeed=-3\nautostart=on\n",
-                                 "DataPlayer: using InteractiveRunner autostart=1, speed=-3", true},
-                      ChoiceCase{"interactive=false\nplaybackSpeed=2\n",
-                                 "DataPlayer: using RealTimeRunner speed=2", false},
-                      ChoiceCase{"interactive=false\nplaybackSpeed=0\n",
-                                 "DataPlayer: using BatchedRunner", false},
-                      ChoiceCase{"interactive=false\n", "DataPlayer: using BatchedRunner", false}));
+    Configurations, DataPlayerConfigTest,
+    ::testing::Values(
+        ConfigCase{"",
+                   {std::string(kEventsPath) + "/fs/sda0/quillan/events",
+                    std::string(kTpegsPath) + "/fs/sda0/quillan/"},
+                   "InteractiveRunner autostart=0, speed=0"},
+        ConfigCase{"eventsFile=/data/rec/a.txt\nplaybackSpeed=-3\nautostart=on\n",
+                   {std::string(kEventsPath) + "/data/rec/a.txt",
+                    std::string(kTpegsPath) + "/data/rec/"},
+                   "InteractiveRunner autostart=1, speed=-3"},
+        ConfigCase{"eventsFile=a.txt\ninteractive=false\nplaybackSpeed=2\n",
+                   {std::string(kEventsPath) + "a.txt", kTpegsPath},
+                   "RealTimeRunner speed=2"},
+        ConfigCase{"eventsFile=/data/a.txt\ntpegsDir=/tpeg\ninteractive=false\nplaybackSpeed=0\n",
+                   {std::string(kTpegsPath) + "/tpeg"},
+                   "BatchedRunner"},
+        ConfigCase{"interactive=false\n",
+                   {std::string(kEventsPath) + "/fs/sda0/quillan/events",
+                    std::string(kTpegsPath) + "/fs/sda0/quillan/"},
+                   "BatchedRunner"}));
 
 TEST(DataPlayerTest, AFileOfTmcRecordsReachesTheTrafficListeners) {
   TempFile events(TmcLines(50, 1416131460.0, 1.0));

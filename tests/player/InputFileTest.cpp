@@ -3,51 +3,18 @@
 
 #include "player/InputFile.h"
 
-#include <dirent.h>
 #include <fcntl.h>
 #include <gtest/gtest.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
-#include <cstdio>
-#include <cstdlib>
 #include <string>
 
 #include "Storage.h"
+#include "tests/support/TempFile.h"
 
 namespace Quillan {
 namespace {
 
-// A temporary folder with files in it, removed with everything inside.
-class TempFolder {
- public:
-  TempFolder() {
-    char pattern[] = "/tmp/pelorin-input-XXXXXX";
-    m_path = mkdtemp(pattern);
-  }
-  ~TempFolder() {
-    if (DIR* dir = opendir(m_path.c_str())) {
-      while (dirent* entry = readdir(dir)) {
-        const std::string name = entry->d_name;
-        if (name != "." && name != "..") std::remove((m_path + "/" + name).c_str());
-      }
-      closedir(dir);
-    }
-    rmdir(m_path.c_str());
-  }
-  const std::string& Path() const { return m_path; }
-  std::string Write(const std::string& name, const std::string& bytes,
-                    const char* mode = "wb") const {
-    const std::string path = m_path + "/" + name;
-    FILE* file = std::fopen(path.c_str(), mode);
-    std::fwrite(bytes.data(), 1, bytes.size(), file);
-    std::fclose(file);
-    return path;
-  }
-
- private:
-  std::string m_path;
-};
+using pelorin_test::TempFolder;
 
 // Bytes that differ from their neighbours, so that an offset error shows.
 std::string Pattern(size_t size) {
@@ -106,19 +73,15 @@ TEST(InputFileOpen, StatusesAndClosedOperations) {
   EXPECT_EQ(file.Read(&byte, &count), FileStatus::kIoError);
   ASSERT_EQ(file.Open(), FileStatus::kSuccess);
   EXPECT_EQ(ReadRest(file, 1), "abc");  // re-opened at the start
-}
 
-TEST(InputFileOpen, DirectoryOpensButDoesNotRead) {
-  TempFolder folder;
-  InputFile directory(folder.Path(), O_RDONLY);
+  InputFile directory(folder.Path(), O_RDONLY);  // opens, but does not read
   ASSERT_EQ(directory.Open(), FileStatus::kSuccess);
-  uint8_t byte = 0;
-  uint32_t count = 1;
+  count = 1;
   EXPECT_EQ(directory.Read(&byte, &count), FileStatus::kIoError);
   EXPECT_EQ(count, 0u);
 }
 
-TEST(InputFileOpen, PathCleanUp) {
+TEST(InputFileOpen, PathCleanUpAndStorageMapping) {
   TempFolder folder;
   folder.Write("events", "cleaned");
   std::string odd = folder.Path() + "//events";
@@ -139,17 +102,14 @@ TEST(InputFileOpen, PathCleanUp) {
   InputFile stillCut(prefix + name254 + "x", O_RDONLY);
   ASSERT_EQ(stillCut.Open(), FileStatus::kSuccess);
   EXPECT_EQ(ReadRest(stillCut, 64), "cut");
-}
 
-TEST(InputFileOpen, OpensThroughTheHeadUnitStorage) {
-  TempFolder folder;
-  folder.Write("events", "mapped");
+  // The head unit's storage path maps onto the storage root.
   Storage::SetStorageRoot(folder.Path());
-  InputFile file("/fs/sda0\\events", O_RDONLY);
-  const FileStatus status = file.Open();
+  InputFile mapped("/fs/sda0\\events", O_RDONLY);
+  const FileStatus status = mapped.Open();
   Storage::SetStorageRoot("");
   ASSERT_EQ(status, FileStatus::kSuccess);
-  EXPECT_EQ(ReadRest(file, 64), "mapped");
+  EXPECT_EQ(ReadRest(mapped, 64), "cleaned");
 }
 
 TEST(InputFileRead, LargeFileInMixedReadSizes) {

@@ -73,20 +73,6 @@ INSTANTIATE_TEST_SUITE_P(
         WorkedExample{"Speed2_Real", 2.0, true, kLogAtSpeed2, {0, 500, 1500, 500}}),
     [](const ::testing::TestParamInfo<WorkedExample>& tp) { return tp.param.name; });
 
-TEST(InteractiveRunnerTest, StepTraceShowsTheDelayInSeconds) {
-  pelorin_test::TraceCapture capture(2);
-  PlaybackRig<InteractiveRunner> rig(kThreeRecords, MakeRunner(true, 2.0), false);
-  rig.Run();
-  rig.loop().RunAll();
-  Strings delays;
-  for (const std::string& text : capture.Texts()) {
-    if (text.rfind("InteractiveRunner::Execute: delay", 0) == 0) delays.push_back(text);
-  }
-  const std::string prefix = "InteractiveRunner::Execute: delay to next event ";
-  EXPECT_EQ(delays, (Strings{prefix + "0", prefix + "0.5", prefix + "1.5", prefix + "0.5"}));
-  EXPECT_TRUE(capture.Contains("InteractiveRunner::InteractiveRunner, m_stopped=0"));
-}
-
 // After two steps over records at `first` and 20.0 the runner stands at 20.0
 // with the next tick at `first` + 2; then the speed doubles.
 struct Retiming {
@@ -127,7 +113,7 @@ INSTANTIATE_TEST_SUITE_P(TickBeyondOrBeforeRecord, InteractiveRunnerRetimingTest
                            return tp.param.name;
                          });
 
-TEST(InteractiveRunnerTest, NonPositiveSpeedMeansRecordedSpeed) {
+TEST(InteractiveRunnerTest, NonPositiveSpeedMeansRecordedSpeedAndStepsTraceTheirDelay) {
   pelorin_test::TraceCapture capture(2);
   for (double speed : {0.0, -3.0}) {
     PlaybackRig<InteractiveRunner> rig(kThreeRecords, MakeRunner(true, 4.0), false);
@@ -137,9 +123,21 @@ TEST(InteractiveRunnerTest, NonPositiveSpeedMeansRecordedSpeed) {
     EXPECT_EQ(rig.loop().Delays(), (std::vector<uint32_t>{0, 1000, 1000, 2000, 1000}));
   }
   EXPECT_TRUE(capture.Contains("InteractiveRunner::SetSpeed: -3"));
+  EXPECT_TRUE(capture.Contains("InteractiveRunner::InteractiveRunner, m_stopped=0"));
+
+  capture.Clear();
+  PlaybackRig<InteractiveRunner> rig(kThreeRecords, MakeRunner(true, 2.0), false);
+  rig.Run();
+  rig.loop().RunAll();
+  Strings delays;
+  for (const std::string& text : capture.Texts()) {
+    if (text.rfind("InteractiveRunner::Execute: delay", 0) == 0) delays.push_back(text);
+  }
+  const std::string prefix = "InteractiveRunner::Execute: delay to next event ";
+  EXPECT_EQ(delays, (Strings{prefix + "0", prefix + "0.5", prefix + "1.5", prefix + "0.5"}));
 }
 
-TEST(InteractiveRunnerTest, WithoutAutostartNothingIsReadUntilStart) {
+TEST(InteractiveRunnerTest, WithoutAutostartNothingIsReadUntilAnAcceptedStart) {
   pelorin_test::TraceCapture capture(2);
   PlaybackRig<InteractiveRunner> rig(kThreeRecords, MakeRunner(false), false);
   EXPECT_TRUE(capture.Contains("InteractiveRunner::InteractiveRunner, m_stopped=1"));
@@ -151,6 +149,9 @@ TEST(InteractiveRunnerTest, WithoutAutostartNothingIsReadUntilStart) {
   EXPECT_EQ(capture.Count("InteractiveRunner::Execute: stopping"), 1u);
   EXPECT_TRUE(rig.probe().Log().empty());
 
+  rig.loop().RefusePosts(true);
+  rig.runner().Start();  // refused: the step is deleted (the sanitizer sees leaks), still stopped
+  rig.loop().RefusePosts(false);
   rig.runner().Start();
   rig.loop().RunAll();
   EXPECT_EQ(rig.probe().Log(), kLogAtSpeed1);
@@ -225,18 +226,6 @@ TEST(InteractiveRunnerTest, RecordsWithoutAPositiveTimeAreNeverDispatched) {
   EXPECT_EQ(rig.probe().Log(),
             (Strings{"next 0", "next 10", "tick 10", "record 10 $TMC a", "next -4", "next 13",
                      "tick 13", "record 13 $TMC b", "finished"}));
-}
-
-TEST(InteractiveRunnerTest, ARefusedStartLeavesTheRunnerStopped) {
-  PlaybackRig<InteractiveRunner> rig(kThreeRecords, MakeRunner(false), false);
-  rig.Run();
-  rig.loop().RunAll();
-  rig.loop().RefusePosts(true);
-  rig.runner().Start();  // the refused step is deleted (the sanitizer sees leaks)
-  rig.loop().RefusePosts(false);
-  rig.runner().Start();
-  rig.loop().RunAll();
-  EXPECT_EQ(rig.probe().Log(), kLogAtSpeed1);
 }
 
 }  // namespace

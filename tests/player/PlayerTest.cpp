@@ -33,18 +33,21 @@ using pelorin_test::PlaybackProbe;
 using pelorin_test::RecordingWorkLoop;
 using pelorin_test::ScaledMs;
 using pelorin_test::TempFile;
+using pelorin_test::TraceCapture;
 using pelorin_test::WaitUntil;
 using Strings = std::vector<std::string>;
 
-// A player whose only consumer (and second listener) is a probe, on a work
-// loop of the test's choice.
+// A player whose only consumer (and second listener) is a probe or a
+// stopwatch, on a work loop of the test's choice.
 class TestPlayer : public Player {
  public:
-  TestPlayer(const Config& config, PlaybackProbe* probe) : Player(config), m_probe(probe) {
-    GetRunner()->AddListener(probe);
+  template <typename Watcher>
+  TestPlayer(const std::string& config, Watcher* watcher)
+      : Player(MakeConfig(config)), m_consumer(watcher) {
+    GetRunner()->AddListener(watcher);
   }
   ~TestPlayer() override { ShutDownPlayback(); }
-  std::vector<RecordConsumer*> GetConsumers() override { return {m_probe}; }
+  std::vector<RecordConsumer*> GetConsumers() override { return {m_consumer}; }
   using Player::SetWorkLoopFactory;
 
   // Plays on a recording loop: held steps, or a real loop when `real`.
@@ -56,7 +59,7 @@ class TestPlayer : public Player {
   bool InputOpen() const { return m_inputFile != nullptr && m_inputFile->IsOpen(); }
 
  private:
-  PlaybackProbe* m_probe;
+  RecordConsumer* m_consumer;
 };
 
 std::string Numbered(int count, double start, double step) {
@@ -68,10 +71,10 @@ std::string Numbered(int count, double start, double step) {
 }
 
 TEST(PlayerTest, RunStartsTheNamedLoopOnceAndOnlyOnce) {
-  pelorin_test::TraceCapture capture(2);
+  TraceCapture capture(2);
   TempFile events("1 $TMC a\n");
   PlaybackProbe probe;
-  TestPlayer player(MakeConfig("eventsFile=" + events.Path() + "\ninteractive=false\n"), &probe);
+  TestPlayer player("eventsFile=" + events.Path() + "\ninteractive=false\n", &probe);
   RecordingWorkLoop* loop = player.UseRecordingLoop(false);
   EXPECT_EQ(player.Run(), 0);
   EXPECT_EQ(loop->Name(), "Quillan::DataPlayer");
@@ -86,10 +89,10 @@ TEST(PlayerTest, RunStartsTheNamedLoopOnceAndOnlyOnce) {
   EXPECT_FALSE(player.InputOpen());
 }
 
-TEST(PlayerTest, AMissingEventsFileFailsRunOnceThenRunReportsRunning) {
-  pelorin_test::TraceCapture capture(2);
+TEST(PlayerTest, AMissingEventsFileOrLoopFailsRunOnceThenRunReportsRunning) {
+  TraceCapture capture(2);
   PlaybackProbe probe;
-  TestPlayer player(MakeConfig("eventsFile=/nonexistent/pelorin/events\n"), &probe);
+  TestPlayer player("eventsFile=/nonexistent/pelorin/events\n", &probe);
   EXPECT_EQ(player.Run(), 1);
   EXPECT_TRUE(
       capture.Contains("DataPlayer::CreateInput: failed to open /nonexistent/pelorin/"
@@ -97,24 +100,19 @@ TEST(PlayerTest, AMissingEventsFileFailsRunOnceThenRunReportsRunning) {
   EXPECT_TRUE(capture.Contains("Player::Initialize: Failed to create input."));
   EXPECT_EQ(player.Run(), 2);
   EXPECT_FALSE(player.RewindInput());
-}
 
-TEST(PlayerTest, ALoopThatCannotBeMadeFailsRun) {
-  pelorin_test::TraceCapture capture(2);
-  PlaybackProbe probe;
-  TestPlayer player(Config(), &probe);
-  player.SetWorkLoopFactory([]() -> WorkLoopInterface* { return nullptr; });
-  EXPECT_EQ(player.Run(), 1);
+  TestPlayer loopless("", &probe);
+  loopless.SetWorkLoopFactory([]() -> WorkLoopInterface* { return nullptr; });
+  EXPECT_EQ(loopless.Run(), 1);
   EXPECT_TRUE(capture.Contains("Player::Initialize: m_workLoop failed to initialize."));
 }
 
 TEST(PlayerTest, StartStopAndSpeedLeaveTheFixedPaceRunnersAlone) {
-  pelorin_test::TraceCapture capture(2);
+  TraceCapture capture(2);
   TempFile events("1 $TMC a\n2 $TMC b\n");
   for (const char* kind : {"playbackSpeed=2\n", ""}) {
     PlaybackProbe probe;
-    TestPlayer player(MakeConfig("eventsFile=" + events.Path() + "\ninteractive=false\n" + kind),
-                      &probe);
+    TestPlayer player("eventsFile=" + events.Path() + "\ninteractive=false\n" + kind, &probe);
     RecordingWorkLoop* loop = player.UseRecordingLoop(false);
     ASSERT_EQ(player.Run(), 0);
     loop->RunAll();
@@ -133,7 +131,7 @@ class PlayerReplayTest : public ::testing::TestWithParam<bool> {};
 TEST_P(PlayerReplayTest, StartAfterTheEndReplaysTheFileFromItsStart) {
   TempFile events("10 $TMC a\n11 $TMC b\n15 $TMC c\n");
   PlaybackProbe probe;
-  TestPlayer player(MakeConfig("eventsFile=" + events.Path() + "\nautostart=1\n"), &probe);
+  TestPlayer player("eventsFile=" + events.Path() + "\nautostart=1\n", &probe);
   RecordingWorkLoop* loop = player.UseRecordingLoop(GetParam());
   ASSERT_EQ(player.Run(), 0);
   if (GetParam()) {
@@ -163,7 +161,7 @@ TEST(PlayerTest, AMalformedLineEndsPlaybackExactlyThere) {
   for (const char* kind :
        {"interactive=false\nplaybackSpeed=1000\n", "interactive=false\n", "autostart=true\n"}) {
     PlaybackProbe probe;
-    TestPlayer player(MakeConfig("eventsFile=" + events.Path() + "\n" + kind), &probe);
+    TestPlayer player("eventsFile=" + events.Path() + "\n" + kind, &probe);
     ASSERT_EQ(player.Run(), 0);
     ASSERT_TRUE(probe.WaitForFinishes(1, ScaledMs(5000))) << kind;
     EXPECT_EQ(probe.Payloads(), (Strings{"a", "b"})) << kind;
@@ -171,10 +169,10 @@ TEST(PlayerTest, AMalformedLineEndsPlaybackExactlyThere) {
 }
 
 TEST(PlayerTest, StopAndStartResumeWherePlaybackStood) {
-  pelorin_test::TraceCapture capture(2);
+  TraceCapture capture(2);
   TempFile events(Numbered(10, 1000.0, 1.0));
   PlaybackProbe probe;
-  TestPlayer player(MakeConfig("eventsFile=" + events.Path() + "\nautostart=true\n"), &probe);
+  TestPlayer player("eventsFile=" + events.Path() + "\nautostart=true\n", &probe);
   player.UseRecordingLoop(true);
   probe.SetOnRecord([&player](size_t number) {
     if (number == 3) player.Stop();
@@ -214,7 +212,7 @@ TEST(PlayerTest, HostThreadsStartingAndStoppingGetOnePlayback) {
   TempFile events(Numbered(kRecords, 1000.0, 0.01));
   PlaybackProbe probe;
   TestPlayer player(
-      MakeConfig("eventsFile=" + events.Path() + "\nplaybackSpeed=5\nautostart=false\n"), &probe);
+      "eventsFile=" + events.Path() + "\nplaybackSpeed=5\nautostart=false\n", &probe);
   ASSERT_EQ(player.Run(), 0);
 
   std::atomic<bool> go{false};
@@ -271,25 +269,13 @@ class Stopwatch : public RecordConsumer, public RunnerListener {
   std::atomic<bool> m_finished{false};
 };
 
-class StopwatchPlayer : public Player {
- public:
-  StopwatchPlayer(const Config& config, Stopwatch* watch) : Player(config), m_watch(watch) {
-    GetRunner()->AddListener(watch);
-  }
-  ~StopwatchPlayer() override { ShutDownPlayback(); }
-  std::vector<RecordConsumer*> GetConsumers() override { return {m_watch}; }
-
- private:
-  Stopwatch* m_watch;
-};
-
 const double kSlack = 400.0 * pelorin_test::TimeScale();
 
 TEST(PlayerWallClockTest, RealTimeRecordsKeepTheirSpacingOverSpeed) {
   TempFile events("1000 a\n1000.5 b\n1001 c\n");
   Stopwatch watch;
-  StopwatchPlayer player(
-      MakeConfig("eventsFile=" + events.Path() + "\ninteractive=false\nplaybackSpeed=2\n"), &watch);
+  TestPlayer player(
+      "eventsFile=" + events.Path() + "\ninteractive=false\nplaybackSpeed=2\n", &watch);
   ASSERT_EQ(player.Run(), 0);
   ASSERT_TRUE(WaitUntil([&] { return watch.Finished(); }, ScaledMs(5000)));
   const std::vector<double> marks = watch.Records();
@@ -303,8 +289,8 @@ TEST(PlayerWallClockTest, RealTimeRecordsKeepTheirSpacingOverSpeed) {
 TEST(PlayerWallClockTest, InteractiveTicksComeEveryTwoSecondsWhateverTheSpeed) {
   TempFile events("100 a\n104 b\n108.5 c\n");
   Stopwatch watch;
-  StopwatchPlayer player(
-      MakeConfig("eventsFile=" + events.Path() + "\nautostart=1\nplaybackSpeed=4\n"), &watch);
+  TestPlayer player(
+      "eventsFile=" + events.Path() + "\nautostart=1\nplaybackSpeed=4\n", &watch);
   ASSERT_EQ(player.Run(), 0);
   ASSERT_TRUE(WaitUntil([&] { return watch.Finished(); }, ScaledMs(10000)));
   const std::vector<double> ticks = watch.Ticks();

@@ -1,6 +1,8 @@
-// Runner base: what every strategy shares: the whole-second times consumers
-// get, listener order, input resets, a missing input, the RunOn trace,
-// refused posts and shut-down.
+// Runners: what every strategy shares (the whole-second times consumers get,
+// listener order, a missing input, the RunOn trace, refused posts and
+// shut-down), the delays the real-time runner posts (recorded spacing over
+// speed, to the nearest millisecond, saturated), the end of the input, and
+// the batched replay in one step.
 
 #include "player/Runner.h"
 
@@ -15,6 +17,7 @@
 #include "player/BatchedRunner.h"
 #include "player/RealTimeRunner.h"
 #include "tests/player/PlaybackRig.h"
+#include "tests/support/TestTime.h"
 #include "tests/support/TraceCapture.h"
 
 namespace Quillan {
@@ -22,6 +25,30 @@ namespace {
 
 using pelorin_test::PlaybackRig;
 using Strings = std::vector<std::string>;
+
+std::unique_ptr<Runner> MakeRunner(double speed) {
+  if (speed == 0.0) return std::make_unique<BatchedRunner>();
+  return std::make_unique<RealTimeRunner>(speed);
+}
+
+// Plays `events` to the end on held steps (speed 0: batched).
+Strings Play(const std::string& events, double speed) {
+  PlaybackRig<Runner> rig(events, MakeRunner(speed), false);
+  rig.Run();
+  rig.loop().RunAll();
+  EXPECT_EQ(rig.loop().Held(), 0u);
+  return rig.probe().Log();
+}
+
+TEST(RunnerTest, ConsumersGetWholeSecondsAndMalformedLinesEndPlayback) {
+  EXPECT_EQ(Play("12.9 $TMC a\n-3.5 $TSL b\n5000000000 $TOT c\n4294967295.7 x\n", 0.0),
+            (Strings{"record 12 $TMC a", "record 0 $TSL b", "record 4294967295 $TOT c",
+                     "record 4294967295 x ", "finished"}));
+  EXPECT_EQ(Play("1 $TMC a\n2 $TMC b\ngarbage\n3 $TMC c\n", 1.0),
+            (Strings{"record 1 $TMC a", "record 2 $TMC b", "finished"}));
+  EXPECT_EQ(Play("1 $TMC a\n $TMC x\n2 $TMC b\n", 0.0), (Strings{"record 1 $TMC a", "finished"}));
+  EXPECT_EQ(Play("", 1.0), Strings{"finished"});
+}
 
 // Writes its name into a shared log when the runner finishes, and looks back
 // into the runner from inside the notification.
@@ -36,16 +63,6 @@ class NamedListener : public RunnerListener {
   std::string m_name;
   Strings* m_log;
 };
-
-TEST(RunnerTest, ConsumersGetTheTimeRoundedDownAndSaturated) {
-  PlaybackRig<BatchedRunner> rig("12.9 $TMC a\n-3.5 $TSL b\n5000000000 $TOT c\n4294967295.7 x\n",
-                                 std::make_unique<BatchedRunner>(), false);
-  rig.Run();
-  rig.loop().RunAll();
-  EXPECT_EQ(rig.probe().Log(),
-            (Strings{"record 12 $TMC a", "record 0 $TSL b", "record 4294967295 $TOT c",
-                     "record 4294967295 x ", "finished"}));
-}
 
 TEST(RunnerTest, ListenersAreToldInTheOrderAddedAndMayCallBack) {
   Strings log;
@@ -63,13 +80,21 @@ TEST(RunnerTest, ListenersAreToldInTheOrderAddedAndMayCallBack) {
   EXPECT_EQ(log, (Strings{"first finished", "second finished", "first finished"}));
 }
 
-TEST(RunnerTest, WithoutInputTheFirstStepReportsTheEnd) {
+TEST(RunnerTest, RunOnTracesTheLoopAndWithoutInputTheFirstStepReportsTheEnd) {
   pelorin_test::TraceCapture capture(2);
   pelorin_test::PlaybackProbe probe;
   RealTimeRunner runner(1.0);
   runner.AddListener(&probe);
   pelorin_test::RecordingWorkLoop loop;
   runner.RunOn(&loop);
+  std::ostringstream expected;
+  expected << "Runner::RunOn 0x" << std::hex << std::setw(8) << std::setfill('0')
+           << reinterpret_cast<uintptr_t>(&loop);
+  EXPECT_TRUE(capture.Contains(expected.str())) << capture.Texts()[0];
+  ASSERT_EQ(loop.Posts().size(), 1u);
+  EXPECT_FALSE(loop.Posts()[0].delayed);
+  EXPECT_EQ(loop.Posts()[0].priority, 16u);
+
   loop.RunNext();
   EXPECT_EQ(probe.Log(), Strings{"finished"});
   EXPECT_EQ(loop.Held(), 0u);
@@ -80,50 +105,106 @@ TEST(RunnerTest, WithoutInputTheFirstStepReportsTheEnd) {
   EXPECT_TRUE(failureLogged);
 }
 
-TEST(RunnerTest, RunOnTracesTheLoopAddressAndPostsOneStep) {
-  pelorin_test::TraceCapture capture(2);
-  pelorin_test::RecordingWorkLoop loop;
-  BatchedRunner runner;
-  runner.RunOn(&loop);
-  std::ostringstream expected;
-  expected << "Runner::RunOn 0x" << std::hex << std::setw(8) << std::setfill('0')
-           << reinterpret_cast<uintptr_t>(&loop);
-  EXPECT_TRUE(capture.Contains(expected.str())) << capture.Texts()[0];
-  ASSERT_EQ(loop.Posts().size(), 1u);
-  EXPECT_FALSE(loop.Posts()[0].delayed);
-  EXPECT_EQ(loop.Posts()[0].priority, 16u);
+TEST(RunnerTest, ARefusedStepIsGivenUpAndAShutDownRunnerNeitherReadsNorPosts) {
+  {
+    PlaybackRig<Runner> rig("1 $TMC a\n2 $TMC b\n", MakeRunner(1.0), false);
+    rig.Run();
+    rig.loop().RefusePosts(true);
+    rig.loop().RunAll();  // the sanitizer build reports the step if it leaked
+    EXPECT_EQ(rig.loop().Held(), 0u);
+    EXPECT_TRUE(rig.probe().Log().empty());
+  }
+  {
+    PlaybackRig<Runner> rig("1 $TMC a\n2 $TMC b\n3 $TMC c\n", MakeRunner(1.0), false);
+    rig.Run();
+    rig.loop().RunNext();
+    rig.loop().RunNext();
+    rig.runner().ShutDown();
+    const size_t posts = rig.loop().Posts().size();
+    rig.loop().RunAll();
+    EXPECT_EQ(rig.probe().Log(), Strings{"record 1 $TMC a"});
+    EXPECT_EQ(rig.loop().Posts().size(), posts);
+  }
+  PlaybackRig<Runner> batch("1 $TMC a\n2 $TMC b\n", MakeRunner(0.0), false);
+  batch.Run();
+  batch.runner().ShutDown();
+  batch.loop().RunAll();
+  EXPECT_TRUE(batch.probe().Log().empty());
+  EXPECT_FALSE(batch.runner().IsFinished());
 }
 
-TEST(RunnerTest, ARefusedStepIsGivenUpAndNothingIsQueued) {
-  PlaybackRig<RealTimeRunner> rig("1 $TMC a\n2 $TMC b\n", std::make_unique<RealTimeRunner>(1.0),
-                                  false);
+struct Spacing {
+  const char* name;
+  const char* events;
+  double speed;
+  std::vector<uint32_t> delays;
+};
+
+class RealTimeRunnerDelayTest : public ::testing::TestWithParam<std::tuple<Spacing, bool>> {};
+
+TEST_P(RealTimeRunnerDelayTest, EachRecordFollowsItsPredecessorByTheRecordedDistanceOverSpeed) {
+  const Spacing& spacing = std::get<0>(GetParam());
+  const bool realLoop = std::get<1>(GetParam());
+  PlaybackRig<Runner> rig(spacing.events, MakeRunner(spacing.speed), realLoop);
   rig.Run();
-  rig.loop().RefusePosts(true);
-  rig.loop().RunAll();  // the sanitizer build reports the step if it leaked
+  if (realLoop) {
+    ASSERT_TRUE(rig.probe().WaitForFinishes(1, pelorin_test::ScaledMs(5000)));
+  } else {
+    rig.loop().RunAll();
+  }
+  EXPECT_EQ(rig.loop().Delays(), spacing.delays);
+  // Every record is dispatched once, in order, and the step that dispatches
+  // the last one reports the end.
+  const Strings log = rig.probe().Log();
+  ASSERT_EQ(log.size(), spacing.delays.size() + 1);
+  EXPECT_EQ(log.back(), "finished");
   EXPECT_EQ(rig.loop().Held(), 0u);
-  EXPECT_TRUE(rig.probe().Log().empty());
 }
 
-TEST(RunnerTest, AShutDownRunnerNeitherReadsNorPosts) {
-  PlaybackRig<RealTimeRunner> rig("1 $TMC a\n2 $TMC b\n3 $TMC c\n",
-                                  std::make_unique<RealTimeRunner>(1.0), false);
+const Spacing kSpacings[] = {
+    {"RecordedSpeed", "100 $TMC a\n101 $TMC b\n103.5 $TMC c\n", 1.0, {0, 1000, 2500}},
+    {"DoubleSpeed", "100 $TMC a\n101 $TMC b\n103.5 $TMC c\n", 2.0, {0, 500, 1250}},
+    {"BackwardsGoesAtOnce", "5 $TMC a\n4 $TMC b\n6 $TMC c\n", 1.0, {0, 0, 2000}},
+    {"ZeroTimeGoesAtOnce", "0 $TMC a\n3 $TMC b\n", 1.0, {0, 0}},
+    {"NearestMillisecond", "10 a\n10.0004 b\n10.0011 c\n11.5011 d\n", 1.0, {0, 0, 1, 1500}},
+    {"HalvesUpward", "10 a\n10.0005 b\n", 1.0, {0, 1}},
+    {"ExactHalf", "1 a\n2 b\n3.5 c\n", 2000.0, {0, 1, 1}},
+    {"Saturated", "1 a\n5000001 b\n", 0.001, {0, 4294967295u}},
+};
+
+INSTANTIATE_TEST_SUITE_P(
+    Spacings, RealTimeRunnerDelayTest,
+    ::testing::Combine(::testing::ValuesIn(kSpacings), ::testing::Bool()),
+    [](const ::testing::TestParamInfo<std::tuple<Spacing, bool>>& tp) {
+      return std::string(std::get<0>(tp.param).name) + (std::get<1>(tp.param) ? "_Real" : "");
+    });
+
+TEST(RealTimeRunnerTest, ResetDropsThePendingRecord) {
+  PlaybackRig<Runner> rig("1 $TMC a\n2 $TMC b\n3 $TMC c\n", MakeRunner(1.0), false);
   rig.Run();
   rig.loop().RunNext();
-  rig.loop().RunNext();
-  rig.runner().ShutDown();
-  const size_t posts = rig.loop().Posts().size();
+  rig.loop().RunNext();  // a dispatched, b pending
+  rig.Rewind();
   rig.loop().RunAll();
-  EXPECT_EQ(rig.probe().Log(), Strings{"record 1 $TMC a"});
-  EXPECT_EQ(rig.loop().Posts().size(), posts);
+  EXPECT_EQ(rig.probe().Payloads(), (Strings{"a", "a", "b", "c"}));
+  EXPECT_EQ(rig.loop().Delays(), (std::vector<uint32_t>{0, 1000, 0, 1000, 1000}));
 }
 
-TEST(RunnerTest, AShutDownBatchStopsWithoutReportingTheEnd) {
-  PlaybackRig<BatchedRunner> rig("1 $TMC a\n2 $TMC b\n", std::make_unique<BatchedRunner>(), false);
+TEST(BatchedRunnerTest, TheWholeFileGoesOutInOneStep) {
+  pelorin_test::TraceCapture capture(2);
+  std::string events;
+  Strings expected;
+  for (int i = 1; i <= 1000; ++i) {
+    events += std::to_string(1000 + i) + " $TMC " + std::to_string(i) + "\n";
+    expected.push_back(std::to_string(i));
+  }
+  PlaybackRig<Runner> rig(events, MakeRunner(0.0), false);
   rig.Run();
-  rig.runner().ShutDown();
-  rig.loop().RunAll();
-  EXPECT_TRUE(rig.probe().Log().empty());
-  EXPECT_FALSE(rig.runner().IsFinished());
+  EXPECT_TRUE(rig.loop().RunNext());
+  EXPECT_EQ(rig.probe().Payloads(), expected);
+  EXPECT_EQ(rig.probe().Finishes(), 1u);
+  EXPECT_EQ(rig.loop().Posts().size(), 1u);
+  EXPECT_EQ(capture.Count("BatchedRunner::Execute"), 1u);
 }
 
 }  // namespace

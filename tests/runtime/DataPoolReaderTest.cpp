@@ -4,8 +4,8 @@
 
 #include <gtest/gtest.h>
 
-#include <atomic>
-#include <thread>
+#include <string>
+#include <utility>
 #include <vector>
 
 #include "DataPoolDirectory.h"
@@ -71,9 +71,8 @@ TEST_F(DataPoolReaderTest, MaskedIdSelectsTheEntryWithinTheServedRange) {
   EXPECT_TRUE(pool.reports.All()[0].empty());
 }
 
-TEST_F(DataPoolReaderTest, GettersAndSettersCheckTheEntryType) {
+TEST_F(DataPoolReaderTest, AccessReachesTheEntryOfItsIdOnlyWithItsType) {
   int32_t value = -1;
-  std::string text = "old";
   reader.LockWrite();
   EXPECT_FALSE(reader.GetValue(kText, &value));
   EXPECT_FALSE(reader.SetInt(kText, 3));
@@ -85,9 +84,7 @@ TEST_F(DataPoolReaderTest, GettersAndSettersCheckTheEntryType) {
   EXPECT_EQ(value, -1);
   ASSERT_EQ(pool.reports.All().size(), 1u);
   EXPECT_TRUE(pool.reports.All()[0].empty()) << "refused writes mark nothing";
-}
 
-TEST_F(DataPoolReaderTest, SettersReachTheEntryOfTheirId) {
   const uint8_t bytes[] = {1, 2, 3};
   reader.LockWrite();
   EXPECT_TRUE(reader.SetInt(kInt, 150));
@@ -100,7 +97,6 @@ TEST_F(DataPoolReaderTest, SettersReachTheEntryOfTheirId) {
   reader.UnlockWrite();
 
   reader.LockRead();
-  int32_t value = 0;
   std::string text;
   const uint8_t* out = nullptr;
   uint32_t size = 0;
@@ -164,41 +160,27 @@ TEST_F(DataPoolReaderTest, ConcurrentSectionsStayWholeAndReportSeparately) {
   PoolValue pair[3] = {PoolValue(PoolValue::kInteger, 0), PoolValue(PoolValue::kInteger, 0),
                        PoolValue(PoolValue::kInteger, 0)};
   DataPoolReader shared(pair, 1, 2, kMask, &pool, 500);
-  constexpr int kWriters = 3;
-  constexpr int kSections = 300;
-  std::atomic<bool> torn{false};
-  std::atomic<int> writersLeft{kWriters};
-  std::vector<std::thread> threads;
-  for (int w = 0; w < kWriters; ++w) {
-    threads.emplace_back([&, w] {
-      for (int i = 0; i < kSections; ++i) {
+  EXPECT_TRUE(pelorin_test::SectionsStayWhole(
+      3, 300,
+      [&](int w, int i) {
         shared.LockWrite();
         shared.SetInt(0x4c000001, w * 1000 + i);
         shared.LockRead();  // a writer may read inside its own section
         shared.SetInt(0x4c000002, w * 1000 + i);
         shared.UnlockRead();
         shared.UnlockWrite();
-      }
-      --writersLeft;
-    });
-  }
-  for (int r = 0; r < 2; ++r) {
-    threads.emplace_back([&] {
-      while (writersLeft.load() > 0) {
+      },
+      [&] {
         int32_t a = -1;
         int32_t b = -2;
         shared.LockRead();
         shared.GetValue(0x4c000001, &a);
         shared.GetValue(0x4c000002, &b);
         shared.UnlockRead();
-        if (a != b) torn = true;
-      }
-    });
-  }
-  for (auto& thread : threads) thread.join();
-  EXPECT_FALSE(torn.load());
+        return std::make_pair(a, b);
+      }));
   const auto reports = pool.reports.All();
-  ASSERT_EQ(reports.size(), static_cast<size_t>(kWriters * kSections));
+  ASSERT_EQ(reports.size(), 900u);
   for (const auto& report : reports) {
     EXPECT_EQ(report, (std::vector<uint32_t>{0x4c000001, 0x4c000002}));
   }

@@ -3,12 +3,16 @@
 #include <charconv>
 
 namespace pelorin_test {
+namespace {
 
+// "10" for 10.0, "10.5" for 10.5: the shortest form.
 std::string TimeText(double time) {
   char buffer[32];
   auto result = std::to_chars(buffer, buffer + sizeof(buffer), time);
   return std::string(buffer, result.ptr);
 }
+
+}  // namespace
 
 int PlaybackProbe::OnRecord(uint32_t time, const std::string& tag, const std::string& payload) {
   size_t number = 0;
@@ -23,21 +27,20 @@ int PlaybackProbe::OnRecord(uint32_t time, const std::string& tag, const std::st
   return 0;
 }
 
-void PlaybackProbe::OnFinished(Quillan::Runner*) { Append("finished", false, true); }
+void PlaybackProbe::OnFinished(Quillan::Runner*) { Append("finished", true); }
 
 void PlaybackProbe::OnTick(Quillan::Runner*, double time) {
-  Append("tick " + TimeText(time), false, false);
+  Append("tick " + TimeText(time), false);
 }
 
 void PlaybackProbe::OnNextEvent(Quillan::Runner*, double time) {
-  Append("next " + TimeText(time), false, false);
+  Append("next " + TimeText(time), false);
 }
 
-void PlaybackProbe::Append(std::string entry, bool isRecord, bool isFinish) {
+void PlaybackProbe::Append(std::string entry, bool isFinish) {
   {
     std::lock_guard<std::mutex> guard(m_lock);
     m_log.push_back(std::move(entry));
-    if (isRecord) ++m_records;
     if (isFinish) ++m_finishes;
   }
   m_changed.notify_all();

@@ -41,7 +41,7 @@ class PlaybackProbe : public Quillan::RecordConsumer, public Quillan::RunnerList
   void SetOnRecord(std::function<void(size_t)> hook) { m_hook = std::move(hook); }
 
  private:
-  void Append(std::string entry, bool isRecord, bool isFinish);
+  void Append(std::string entry, bool isFinish);
   bool WaitFor(const size_t& counter, size_t count, uint32_t timeoutMs) const;
 
   mutable std::mutex m_lock;
@@ -52,8 +52,5 @@ class PlaybackProbe : public Quillan::RecordConsumer, public Quillan::RunnerList
   size_t m_finishes = 0;
   std::function<void(size_t)> m_hook;
 };
-
-// "10" for 10.0, "10.5" for 10.5: the shortest form, as in the log.
-std::string TimeText(double time);
 
 }  // namespace pelorin_test

@@ -161,11 +161,6 @@ std::string RecordingWorkLoop::Name() const {
   return m_name;
 }
 
-bool RecordingWorkLoop::Stopping() const {
-  std::lock_guard<std::mutex> guard(m_lock);
-  return m_stopping;
-}
-
 void RecordingWorkLoop::RefusePosts(bool refuse) {
   std::lock_guard<std::mutex> guard(m_lock);
   m_refuse = refuse;

@@ -62,7 +62,6 @@ class RecordingWorkLoop : public Quillan::WorkLoopInterface {
   // Delays of the accepted PostDelayed calls, in order.
   std::vector<uint32_t> Delays() const;
   std::string Name() const;
-  bool Stopping() const;
 
   // Refuse every post from now on (Post and PostDelayed return 0).
   void RefusePosts(bool refuse);

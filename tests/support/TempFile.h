@@ -1,9 +1,11 @@
 #pragma once
 // TempFile: a file with given contents under the temporary directory, removed
-// when the object goes. For tests that need a real events or configuration
-// file.
+// when the object goes. TempFolder: a fresh temporary folder, removed with
+// everything written into it. For tests that need real events, storage or
+// configuration files.
 
 #include <string>
+#include <vector>
 
 namespace pelorin_test {
 
@@ -15,10 +17,30 @@ class TempFile {
   TempFile& operator=(const TempFile&) = delete;
 
   const std::string& Path() const { return m_path; }
-  void Write(const std::string& contents) const;
 
  private:
   std::string m_path;
 };
+
+class TempFolder {
+ public:
+  TempFolder();
+  ~TempFolder();
+  TempFolder(const TempFolder&) = delete;
+  TempFolder& operator=(const TempFolder&) = delete;
+
+  const std::string& Path() const { return m_path; }
+  // Writes (mode "wb") or appends ("ab") `bytes` to `name`, a file or a
+  // folder (name ending in '/') under this folder; its full path.
+  std::string Write(const std::string& name, const std::string& bytes = "",
+                    const char* mode = "wb");
+
+ private:
+  std::string m_path;
+  std::vector<std::string> m_made;  // made in this order, removed in reverse
+};
+
+// Writes `bytes` to `path` with fopen `mode`.
+void WriteFile(const std::string& path, const std::string& bytes, const char* mode = "wb");
 
 }  // namespace pelorin_test
