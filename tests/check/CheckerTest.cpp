@@ -11,7 +11,7 @@
 namespace {
 
 using pelorin_check_test::CollectingWriter;
-using pelorin_check_test::TempDir;
+using pelorin_check_test::TestFolder;
 using PelorinCheck::Checker;
 using PelorinCheck::Diagnostic;
 using PelorinCheck::DiagnosticKind;
@@ -37,7 +37,7 @@ class CheckerTest : public ::testing::Test {
     return found.empty() ? Diagnostic() : found[0];
   }
 
-  TempDir m_dir;
+  TestFolder m_dir;
   TpegDirectory m_tpegs;
   CollectingWriter m_writer;
 };
@@ -54,36 +54,30 @@ TEST_F(CheckerTest, CleanFileHasNoDiagnosticsAndOneSummary) {
   EXPECT_EQ(summary.Errors() + summary.Warnings(), 0u);
 }
 
-struct MalformedCase {
-  const char* line;
-  const char* reason;
-};
-
-class MalformedLineTest : public CheckerTest,
-                          public ::testing::WithParamInterface<MalformedCase> {};
-
-TEST_P(MalformedLineTest, EndsPlaybackAndCountsTheLinesAfterIt) {
-  const FileSummary summary =
-      Check(std::string("10 $TMC\n") + GetParam().line + "\n11 $TMC\n12 $TMC\n");
-  const Diagnostic error = Only(DiagnosticKind::kMalformedLine);
-  EXPECT_EQ(error.severity, Severity::kError);
-  EXPECT_EQ(error.line, 2u);
-  EXPECT_THAT(error.message, HasSubstr(GetParam().reason));
-  EXPECT_THAT(error.message, HasSubstr("playback ends here"));
-  EXPECT_EQ(summary.StopLine(), 2u);
-  EXPECT_EQ(summary.LinesNeverPlayed(), 2u);
-  EXPECT_EQ(summary.PlayedRecords(), 1u);
-  EXPECT_EQ(summary.Errors(), 1u);
+TEST_F(CheckerTest, MalformedLineEndsPlaybackAndCountsTheLinesAfterIt) {
+  const struct {
+    const char* line;
+    const char* reason;
+  } cases[] = {{"", "empty line"},
+               {"11$TMC", "no blank after the time stamp"},
+               {"11\t$TMC", "no blank after the time stamp"},
+               {" 11 $TMC", "empty time stamp (the line starts with a blank)"},
+               {"11  $TMC", "empty tag (two blanks after the time stamp)"},
+               {"11 ", "empty tag (nothing after the time stamp)"}};
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.reason);
+    m_writer = CollectingWriter();
+    const FileSummary summary = Check(std::string("10 $TMC\n") + c.line + "\n11 $TMC\n12 $TMC\n");
+    const Diagnostic error = Only(DiagnosticKind::kMalformedLine);
+    EXPECT_EQ(error.severity, Severity::kError);
+    EXPECT_EQ(error.line, 2u);
+    EXPECT_THAT(error.message, HasSubstr(std::string(c.reason) + "; playback ends here"));
+    EXPECT_EQ(summary.StopLine(), 2u);
+    EXPECT_EQ(summary.LinesNeverPlayed(), 2u);
+    EXPECT_EQ(summary.PlayedRecords(), 1u);
+    EXPECT_EQ(summary.Errors(), 1u);
+  }
 }
-
-INSTANTIATE_TEST_SUITE_P(Reasons, MalformedLineTest,
-                         ::testing::Values(MalformedCase{"", "empty line"},
-                                           MalformedCase{"11$TMC", "no blank after the time stamp"},
-                                           MalformedCase{"11\t$TMC",
-                                                         "no blank after the time stamp"},
-                                           MalformedCase{" 11 $TMC", "empty time stamp"},
-                                           MalformedCase{"11  $TMC", "empty tag (two blanks"},
-                                           MalformedCase{"11 ", "empty tag (nothing after"}));
 
 TEST_F(CheckerTest, LaterMalformedLinesAreErrorsButPlaybackEndsAtTheFirst) {
   const FileSummary summary = Check("1 $TMC\n\n2 $TMC\n 3 $TMC\n4 $FOO\n");
@@ -115,24 +109,19 @@ TEST_F(CheckerTest, MixedLineEndsAreNumberedAsTheReaderReadsThem) {
   EXPECT_EQ(summary.LastTime(), 105.0);
 }
 
-TEST_F(CheckerTest, ReadErrorEndsTheCheckWithAnError) {
-  // A folder opens like a file but cannot be read.
+TEST_F(CheckerTest, FilesThatCannotBeReadAreErrors) {
   Checker checker(0.0, m_tpegs, m_writer);
+  // A file that does not open: no summary.
+  EXPECT_EQ(checker.CheckFile(m_dir.Path() + "/missing").Errors(), 1u);
+  EXPECT_EQ(Only(DiagnosticKind::kOpenFailed).line, 0u);
+  EXPECT_TRUE(m_writer.summaries.empty());
+  // A folder opens like a file but cannot be read.
   const FileSummary summary = checker.CheckFile(m_dir.Path());
   const Diagnostic error = Only(DiagnosticKind::kReadError);
   EXPECT_EQ(error.severity, Severity::kError);
   EXPECT_EQ(error.line, 1u);
   EXPECT_EQ(summary.StopLine(), 1u);
   EXPECT_FALSE(summary.LinesAfterStopKnown());
-}
-
-TEST_F(CheckerTest, FileThatDoesNotOpenIsAnErrorWithoutSummary) {
-  Checker checker(0.0, m_tpegs, m_writer);
-  const FileSummary summary = checker.CheckFile(m_dir.Path() + "/missing");
-  const Diagnostic error = Only(DiagnosticKind::kOpenFailed);
-  EXPECT_EQ(error.line, 0u);
-  EXPECT_EQ(summary.Errors(), 1u);
-  EXPECT_TRUE(m_writer.summaries.empty());
 }
 
 TEST_F(CheckerTest, UnknownTagsAreWarningsWithALetterCaseHint) {
@@ -206,38 +195,29 @@ TEST_F(CheckerTest, TimeStampsThatPlayAsZeroOrGoBackwards) {
   EXPECT_THAT(backwards.message, HasSubstr("101.5 is earlier than 103 on line 4"));
 }
 
-class TpegFileTest : public CheckerTest {
- protected:
-  void SetUp() override {
-    m_dir.Write("rec/present.bin", "x");
-    m_dir.Write("root/tpeg/mapped.bin", "x");
-  }
-  static std::string Events() {
-    return "1 $TOT setNewData:present.bin\n2 $TOT setNewData:absent.bin\n"
-           "3 $TOT setNewData:mapped.bin\n";
-  }
-};
-
-TEST_F(TpegFileTest, WithoutRootOrConfigNothingIsLookedFor) {
-  Check(Events(), "rec/events");
+TEST_F(CheckerTest, TpegFilesAreLookedForWhereTheModuleLooks) {
+  m_dir.Write("rec/present.bin", "x");
+  m_dir.Write("root/tpeg/mapped.bin", "x");
+  const std::string events =
+      "1 $TOT setNewData:present.bin\n2 $TOT setNewData:absent.bin\n"
+      "3 $TOT setNewData:mapped.bin\n";
+  // Without a root or configuration nothing is looked for.
+  Check(events, "rec/events");
   EXPECT_TRUE(m_writer.diagnostics.empty());
-}
-
-TEST_F(TpegFileTest, DefaultDirectoryIsTheEventsFilesFolder) {
+  // The default folder is the events file's own.
   m_tpegs = TpegDirectory("", "");
-  Check(Events(), "rec/events");
-  const std::vector<Diagnostic> missing = m_writer.OfKind(DiagnosticKind::kTpegFileMissing);
+  Check(events, "rec/events");
+  std::vector<Diagnostic> missing = m_writer.OfKind(DiagnosticKind::kTpegFileMissing);
   ASSERT_EQ(missing.size(), 2u);
   EXPECT_EQ(missing[0].line, 2u);
   EXPECT_THAT(missing[0].message, HasSubstr("\"absent.bin\""));
   EXPECT_THAT(missing[0].message, HasSubstr("/rec//absent.bin"));
   EXPECT_EQ(missing[1].line, 3u);
-}
-
-TEST_F(TpegFileTest, StoragePathsMapIntoTheRoot) {
+  // Head unit storage paths map into the root.
+  m_writer = CollectingWriter();
   m_tpegs = TpegDirectory("/fs/sda0/tpeg", m_dir.Path() + "/root");
-  Check(Events(), "rec/events");
-  const std::vector<Diagnostic> missing = m_writer.OfKind(DiagnosticKind::kTpegFileMissing);
+  Check(events, "rec/events");
+  missing = m_writer.OfKind(DiagnosticKind::kTpegFileMissing);
   ASSERT_EQ(missing.size(), 2u);
   EXPECT_EQ(missing[0].line, 1u);
   EXPECT_THAT(missing[0].message, HasSubstr(m_dir.Path() + "/root/tpeg/present.bin"));

@@ -100,26 +100,6 @@ TEST(LineTapTest, AgreesWithTheReaderOnRandomBytes) {
   }
 }
 
-TEST(LineTapTest, NamesWhyALineIsMalformed) {
-  const struct {
-    const char* line;
-    const char* reason;
-  } cases[] = {{"\n", "empty line"},
-               {"12$A\n", "no blank after the time stamp"},
-               {" 12 $A\n", "empty time stamp (the line starts with a blank)"},
-               {"12  $A\n", "empty tag (two blanks after the time stamp)"},
-               {"12 \n", "empty tag (nothing after the time stamp)"}};
-  for (const auto& c : cases) {
-    StringSource source(c.line);
-    LineTap tap(source);
-    Quillan::RecordReader reader(tap);
-    Quillan::Record record;
-    tap.BeginLine();
-    ASSERT_EQ(reader.ReadRecord(record), Quillan::ReadStatus::kMalformedLine) << c.line;
-    EXPECT_EQ(tap.Line().MalformedReason(), c.reason);
-  }
-}
-
 TEST(LineTapTest, KeepsOnlyABoundedHeadOfALongLine) {
   const std::string time(5000, '1');
   StringSource source(time + " $A payload\n", true);

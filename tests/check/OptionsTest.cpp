@@ -26,19 +26,14 @@ std::string Refused(const std::vector<std::string>& arguments) {
   return error;
 }
 
-TEST(OptionsTest, FlagsValuesAndFilesInAnyOrder) {
+TEST(OptionsTest, FlagsValuesAndFilesInAnyOrderAndTheirDefaults) {
   const Options options = Parsed({"a", "--strict", "--speed", "2.5", "--json", "--root=/media/usb",
                                   "b", "--config", "my.cfg"});
   EXPECT_EQ(options.files, (std::vector<std::string>{"a", "b"}));
-  EXPECT_TRUE(options.strict);
-  EXPECT_TRUE(options.json);
-  EXPECT_TRUE(options.hasSpeed);
+  EXPECT_TRUE(options.strict && options.json && options.hasSpeed);
   EXPECT_EQ(options.speed, 2.5);
   EXPECT_EQ(options.root, "/media/usb");
   EXPECT_EQ(options.configFile, "my.cfg");
-}
-
-TEST(OptionsTest, DefaultsAndConventions) {
   const Options plain = Parsed({"events"});
   EXPECT_FALSE(plain.strict || plain.json || plain.hasSpeed);
   EXPECT_TRUE(plain.root.empty() && plain.configFile.empty());

@@ -1,85 +1,39 @@
 // The pelorin-check program itself, run as a user runs it: exit statuses,
 // where the report and the usage errors go.
 
-#include <fcntl.h>
-#include <spawn.h>
-#include <sys/wait.h>
-#include <unistd.h>
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <fstream>
-#include <sstream>
 #include <string>
 #include <vector>
 
 #include "tests/check/CheckTestSupport.h"
 
-extern char** environ;
-
 namespace {
 
-using pelorin_check_test::TempDir;
+using pelorin_check_test::TestFolder;
 using ::testing::HasSubstr;
 
 struct Outcome {
   int status = -1;
   std::string out;
   std::string err;
+  std::vector<pelorin_tool_test::Item> items;  // the output lines that are JSON objects
 };
-
-std::string ReadAll(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  std::ostringstream text;
-  text << in.rdbuf();
-  return text.str();
-}
-
-// The launcher that CMake gives (an emulator in cross builds), split into
-// its words.
-std::vector<std::string> Launcher() {
-  std::vector<std::string> parts;
-  std::stringstream launcher(PELORIN_CHECK_LAUNCHER);
-  for (std::string part; std::getline(launcher, part, '|');) {
-    if (!part.empty()) parts.push_back(part);
-  }
-  return parts;
-}
 
 class ProgramTest : public ::testing::Test {
  protected:
-  Outcome Run(const std::vector<std::string>& arguments) {
-    std::vector<std::string> command = Launcher();
-    command.push_back(PELORIN_CHECK_PROGRAM);
-    command.insert(command.end(), arguments.begin(), arguments.end());
-    std::vector<char*> argv;
-    for (std::string& part : command) argv.push_back(&part[0]);
-    argv.push_back(nullptr);
-
-    const std::string outPath = m_dir.Path() + "/stdout";
-    const std::string errPath = m_dir.Path() + "/stderr";
-    posix_spawn_file_actions_t actions;
-    posix_spawn_file_actions_init(&actions);
-    posix_spawn_file_actions_addopen(&actions, 1, outPath.c_str(), O_WRONLY | O_CREAT | O_TRUNC,
-                                     0644);
-    posix_spawn_file_actions_addopen(&actions, 2, errPath.c_str(), O_WRONLY | O_CREAT | O_TRUNC,
-                                     0644);
-    pid_t pid = 0;
+  static Outcome Run(const std::vector<std::string>& arguments) {
+    pelorin_tool_test::ToolProcess process;
     Outcome outcome;
-    const int spawned = posix_spawnp(&pid, argv[0], &actions, nullptr, argv.data(), environ);
-    posix_spawn_file_actions_destroy(&actions);
-    EXPECT_EQ(spawned, 0) << "cannot start " << argv[0];
-    int wait = 0;
-    if (spawned == 0 && waitpid(pid, &wait, 0) == pid && WIFEXITED(wait)) {
-      outcome.status = WEXITSTATUS(wait);
-    }
-    outcome.out = ReadAll(outPath);
-    outcome.err = ReadAll(errPath);
+    outcome.status = pelorin_tool_test::RunTool(PELORIN_CHECK_PROGRAM, arguments, &process);
+    outcome.out = process.Output();
+    outcome.err = process.Stderr();
+    outcome.items = process.Items();
     return outcome;
   }
 
-  TempDir m_dir;
+  TestFolder m_dir;
 };
 
 TEST_F(ProgramTest, ExitStatusFollowsTheWorstFinding) {
@@ -139,15 +93,19 @@ TEST_F(ProgramTest, JsonLinesAndTheTpegDirectoryUnderARoot) {
   const Outcome outcome =
       Run({"--json", "--strict", "--speed", "2", "--root", m_dir.Path() + "/root", events});
   EXPECT_EQ(outcome.status, 1);
-  std::istringstream lines(outcome.out);
-  std::vector<std::string> objects;
-  for (std::string line; std::getline(lines, line);) objects.push_back(line);
-  ASSERT_EQ(objects.size(), 2u) << outcome.out;
-  EXPECT_THAT(objects[0], HasSubstr("\"line\":2,\"severity\":\"warning\",\"code\":"
-                                    "\"tpeg-file-missing\""));
-  EXPECT_THAT(objects[0], HasSubstr("root/tpeg//b.bin"));
-  EXPECT_THAT(objects[1], HasSubstr("\"type\":\"summary\""));
-  EXPECT_THAT(objects[1], HasSubstr("\"play_seconds\":4,\"speed\":2,\"play_seconds_at_speed\":2,"));
+  ASSERT_EQ(outcome.items.size(), 2u) << outcome.out;
+  EXPECT_EQ(outcome.out.size(), outcome.items[0].line.size() + outcome.items[1].line.size() + 2);
+  const auto& diagnostic = outcome.items[0].json;
+  EXPECT_EQ(diagnostic["type"].string, "diagnostic");
+  EXPECT_EQ(diagnostic["line"].number, 2);
+  EXPECT_EQ(diagnostic["severity"].string, "warning");
+  EXPECT_EQ(diagnostic["code"].string, "tpeg-file-missing");
+  EXPECT_THAT(diagnostic["message"].string, HasSubstr("root/tpeg//b.bin"));
+  const auto& summary = outcome.items[1].json;
+  EXPECT_EQ(summary["type"].string, "summary");
+  EXPECT_EQ(summary["play_seconds"].number, 4);
+  EXPECT_EQ(summary["speed"].number, 2);
+  EXPECT_EQ(summary["play_seconds_at_speed"].number, 2);
 }
 
 }  // namespace

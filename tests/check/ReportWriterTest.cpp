@@ -42,7 +42,7 @@ Diagnostic SampleDiagnostic() {
   return diagnostic;
 }
 
-TEST(TextReportWriterTest, WritesDiagnosticsInTheUsualForm) {
+TEST(TextReportWriterTest, WritesDiagnosticsInTheUsualFormAndTheSummary) {
   std::ostringstream out;
   PelorinCheck::TextReportWriter writer(out);
   writer.WriteDiagnostic(SampleDiagnostic());
@@ -51,16 +51,10 @@ TEST(TextReportWriterTest, WritesDiagnosticsInTheUsualForm) {
   wholeFile.severity = Severity::kError;
   wholeFile.message = "cannot open the events file: No such file or directory";
   writer.WriteDiagnostic(wholeFile);
-  EXPECT_EQ(out.str(),
-            "rec/events:12: warning: unknown key \"ltn\"\n"
-            "gone: error: cannot open the events file: No such file or directory\n");
-}
-
-TEST(TextReportWriterTest, WritesTheSummary) {
-  std::ostringstream out;
-  PelorinCheck::TextReportWriter writer(out);
   writer.WriteSummary(SampleSummary());
   EXPECT_EQ(out.str(),
+            "rec/events:12: warning: unknown key \"ltn\"\n"
+            "gone: error: cannot open the events file: No such file or directory\n"
             "rec/events: summary: 5 lines; 3 records play: $TMC 2, $TSL 1\n"
             "rec/events: summary: first 2014-11-16 09:51:00 UTC, last 2014-11-16 09:51:03 UTC, "
             "span 3s\n"
@@ -100,24 +94,16 @@ TEST(ReportWritersTest, SummaryOfAFileWithoutRecords) {
             std::string::npos);
 }
 
-TEST(ByteTextTest, QuotesBytesForTerminals) {
+TEST(ByteTextTest, QuotesBytesForTerminalsAndWritesValidJsonStrings) {
   EXPECT_EQ(ByteText::Quoted("a\"b\\c"), "\"a\\\"b\\\\c\"");
   EXPECT_EQ(ByteText::Quoted(std::string("\t\r\n\x01\x7f", 5)), "\"\\t\\r\\n\\x01\\x7F\"");
-  EXPECT_EQ(ByteText::Quoted("Stra\xC3\x9F"
-                             "e"),
-            "\"Stra\xC3\x9F"
-            "e\"");  // UTF-8 stays
-  EXPECT_EQ(ByteText::Quoted("Stra\xDF"
-                             "e"),
-            "\"Stra\\xDFe\"");                                         // Latin-1 does not
-  EXPECT_EQ(ByteText::Quoted("\xE0\x80\x80"), "\"\\xE0\\x80\\x80\"");  // overlong
+  EXPECT_EQ(ByteText::Quoted("Stra\xC3\x9F" "e"), "\"Stra\xC3\x9F" "e\"");  // UTF-8 stays
+  EXPECT_EQ(ByteText::Quoted("Stra\xDF" "e"), "\"Stra\\xDFe\"");           // Latin-1 does not
+  EXPECT_EQ(ByteText::Quoted("\xE0\x80\x80"), "\"\\xE0\\x80\\x80\"");        // overlong
   EXPECT_EQ(ByteText::Quoted("abcdef", 3), "\"abc\"...");
-}
-
-TEST(ByteTextTest, WritesValidJsonStrings) {
-  std::string out;
-  ByteText::AppendJson(out, std::string("a\"\\\n\x01 \xDF \xC3\x9F", 10));
-  EXPECT_EQ(out, "\"a\\\"\\\\\\n\\u0001 \xC3\x9F \xC3\x9F\"");
+  std::string json;
+  ByteText::AppendJson(json, std::string("a\"\\\n\x01 \xDF \xC3\x9F", 10));
+  EXPECT_EQ(json, "\"a\\\"\\\\\\n\\u0001 \xC3\x9F \xC3\x9F\"");
 }
 
 }  // namespace

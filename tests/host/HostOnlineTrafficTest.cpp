@@ -24,39 +24,29 @@ using Clock = std::chrono::steady_clock;
 // Counts what the service tells the module.
 class CountingReply : public OnlineTrafficReply {
  public:
-  int OnServiceStatus(uint32_t status) override {
-    m_status = static_cast<int>(status);
-    return 0;
-  }
-  int OnServiceValue(uint32_t value) override {
-    m_value = value;
-    return 0;
-  }
-  int OnNewDataAnswer() override { return Count(m_newData); }
-  int OnSetNewDataDone() override { return Count(m_setNewDataDone); }
-  int OnInventoryAnswer() override { return Count(m_inventory); }
+  int OnServiceStatus(uint32_t status) override { return m_status = static_cast<int>(status), 0; }
+  int OnServiceValue(uint32_t value) override { return m_value = value, 0; }
+  int OnNewDataAnswer() override { return ++m_newData, 0; }
+  int OnSetNewDataDone() override { return ++m_setNewDataDone, 0; }
+  int OnInventoryAnswer() override { return ++m_inventory, 0; }
   void SetService(OnlineTrafficService* service) override { m_service = service; }
-  int OnConnected() override { return Count(m_connected); }
-
-  static int Count(std::atomic<int>& counter) {
-    ++counter;
-    return 0;
-  }
-  // Waits up to `ms` for `counter` to reach `count`.
-  static bool WaitFor(const std::atomic<int>& counter, int count, uint32_t ms) {
-    const auto deadline = Clock::now() + std::chrono::milliseconds(ms);
-    while (counter.load() < count) {
-      if (Clock::now() > deadline) return false;
-      std::this_thread::sleep_for(std::chrono::milliseconds(2));
-    }
-    return true;
-  }
+  int OnConnected() override { return ++m_connected, 0; }
 
   OnlineTrafficService* m_service = nullptr;
   int m_status = -1;
   uint32_t m_value = 0;
   std::atomic<int> m_newData{0}, m_setNewDataDone{0}, m_inventory{0}, m_connected{0};
 };
+
+// Waits up to `ms` for `counter` to reach `count`.
+bool WaitFor(const std::atomic<int>& counter, int count, uint32_t ms) {
+  const auto deadline = Clock::now() + std::chrono::milliseconds(ms);
+  while (counter.load() < count) {
+    if (Clock::now() > deadline) return false;
+    std::this_thread::sleep_for(std::chrono::milliseconds(2));
+  }
+  return true;
+}
 
 class HostOnlineTraffic : public ::testing::Test {
  protected:
@@ -89,9 +79,9 @@ TEST_F(HostOnlineTraffic, AnswersOnlyTheCallsThatExpectAnAnswer) {
   service.dsiConnectionStateChanged(1);
   service.setOnlineTrafficDataStatus(0);
   const uint32_t limit = pelorin_test::ScaledMs(5000);
-  EXPECT_TRUE(CountingReply::WaitFor(m_reply.m_inventory, 1, limit));
-  EXPECT_TRUE(CountingReply::WaitFor(m_reply.m_newData, 1, limit));
-  EXPECT_TRUE(CountingReply::WaitFor(m_reply.m_setNewDataDone, 1, limit));
+  EXPECT_TRUE(WaitFor(m_reply.m_inventory, 1, limit));
+  EXPECT_TRUE(WaitFor(m_reply.m_newData, 1, limit));
+  EXPECT_TRUE(WaitFor(m_reply.m_setNewDataDone, 1, limit));
   service.Drain();
   EXPECT_EQ(m_reply.m_inventory.load(), 1);
   EXPECT_EQ(m_reply.m_newData.load(), 1);

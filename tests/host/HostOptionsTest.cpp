@@ -27,19 +27,17 @@ Parsed Parse(std::vector<std::string> args) {
   return parsed;
 }
 
-TEST(HostOptions, DefaultsPlayInteractivelyWithoutEventsFile) {
-  const Parsed parsed = Parse({});
+TEST(HostOptions, DefaultsValuesInBothSpellingsAndOneEventsFile) {
+  Parsed parsed = Parse({});
   ASSERT_TRUE(parsed.ok) << parsed.error;
   EXPECT_EQ(parsed.options.runner, RunnerChoice::kInteractive);
   EXPECT_FALSE(parsed.options.SetsConfiguration());
   EXPECT_EQ(parsed.options.tpegLatencyMs, 10u);
   EXPECT_EQ(parsed.options.traceLevel, -1);
   EXPECT_TRUE(parsed.options.eventsFile.empty());
-}
 
-TEST(HostOptions, ValuesInBothSpellingsAndOneEventsFile) {
-  const Parsed parsed = Parse({"--realtime=2.5", "--tpeg-latency", "250", "--trace=3", "--json",
-                               "--timeout", "1.5", "--tpegs-dir", "/t", "rec.txt"});
+  parsed = Parse({"--realtime=2.5", "--tpeg-latency", "250", "--trace=3", "--json", "--timeout",
+                  "1.5", "--tpegs-dir", "/t", "rec.txt"});
   ASSERT_TRUE(parsed.ok) << parsed.error;
   EXPECT_EQ(parsed.options.runner, RunnerChoice::kRealtime);
   EXPECT_DOUBLE_EQ(parsed.options.realtimeSpeed, 2.5);
@@ -50,12 +48,8 @@ TEST(HostOptions, ValuesInBothSpellingsAndOneEventsFile) {
   EXPECT_EQ(parsed.options.tpegsDir, "/t");
   EXPECT_EQ(parsed.options.eventsFile, "rec.txt");
   EXPECT_TRUE(parsed.options.SetsConfiguration());
-}
-
-TEST(HostOptions, DoubleDashEndsOptions) {
-  const Parsed parsed = Parse({"--batched", "--", "--odd-name"});
-  ASSERT_TRUE(parsed.ok) << parsed.error;
-  EXPECT_EQ(parsed.options.eventsFile, "--odd-name");
+  // "--" ends the options.
+  EXPECT_EQ(Parse({"--batched", "--", "--odd-name"}).options.eventsFile, "--odd-name");
 }
 
 TEST(HostOptions, RejectsWhatCannotBeUsed) {
@@ -79,8 +73,7 @@ TEST(HostOptions, RejectsWhatCannotBeUsed) {
   for (const auto& args : bad) {
     const Parsed parsed = Parse(args);
     EXPECT_FALSE(parsed.ok) << args.front();
-    EXPECT_FALSE(parsed.error.empty());
-    EXPECT_EQ(parsed.error.find('\n'), std::string::npos);
+    EXPECT_FALSE(parsed.error.empty() || parsed.error.find('\n') != std::string::npos);
   }
 }
 
@@ -107,9 +100,7 @@ TEST(HostControls, LinesBecomeCommands) {
     EXPECT_EQ(command.kind, ControlCommand::kInvalid) << bad;
     EXPECT_FALSE(command.error.empty());
   }
-}
-
-TEST(HostControls, SpeedStepsStayInRange) {
+  // The arrow keys step the speed within its range.
   EXPECT_EQ(StepSpeed(100, true), 200);
   EXPECT_EQ(StepSpeed(100, false), 50);
   EXPECT_EQ(StepSpeed(1, false), 1);
