@@ -51,27 +51,7 @@ TEST(HostJsonWriter, EscapesAsJsonRequiresAndKeepsOnlyValidUtf8) {
   }
 }
 
-TEST(HostJsonWriter, BuildsNestedValuesWithNumbers) {
-  JsonWriter json;
-  json.Clear();
-  json.BeginObject();
-  json.Key("t");
-  json.Milliseconds(12500);
-  json.Key("a");
-  json.BeginArray();
-  json.Int(-5);
-  json.Uint(4294967295u);
-  json.Null();
-  json.BeginObject();
-  json.EndObject();
-  json.EndArray();
-  json.Key("h");
-  json.HexString(reinterpret_cast<const uint8_t*>("\x0a\xff"), 2);
-  json.Key("id");
-  json.IdString(0x4d000001);
-  json.EndObject();
-  EXPECT_EQ(json.Text(),
-            "{\"t\":12.5,\"a\":[-5,4294967295,null,{}],\"h\":\"0aff\",\"id\":\"0x4d000001\"}");
+TEST(HostJsonWriter, MillisecondsFromMicrosecondsWithoutTrailingZeros) {
   std::string millis;
   JsonWriter::AppendMilliseconds(millis, 7000);
   JsonWriter::AppendMilliseconds(millis += ' ', 1003125);
@@ -238,8 +218,6 @@ TEST(HostDataPool, ChangeReportsAreReadBackFromTheProvider) {
 
 TEST(HostStatusLine, ShowsUtcTimeRecordsAndSpeed) {
   EXPECT_EQ(StatusLine::FormatUtc(0), "--");
-  EXPECT_EQ(StatusLine::FormatSpeed(1.0), "1x");
-  EXPECT_EQ(StatusLine::FormatSpeed(0.25), "0.25x");
   StatusInfo info;
   info.recordTime = 1416131460;
   info.records = 42;
