@@ -81,8 +81,9 @@ TEST_P(DataPlayerConfigTest, TheConfigurationChoosesPathsAndRunner) {
   }
   EXPECT_EQ(paths, GetParam().paths);
   const std::string runner = GetParam().runner;
-  EXPECT_TRUE(capture.Contains("DataPlayer: using " + runner)) << capture.Texts().back();
+  EXPECT_FALSE(capture.Contains("DataPlayer: using "));  // the runner comes on first use
   EXPECT_EQ(player.GetRunner(), player.GetRunner());
+  EXPECT_EQ(capture.Count("DataPlayer: using " + runner), 1u) << capture.Texts().back();
   EXPECT_EQ(dynamic_cast<InteractiveRunner*>(player.GetRunner()) != nullptr,
             runner.rfind("Interactive", 0) == 0);
 }
@@ -97,10 +98,10 @@ INSTANTIATE_TEST_SUITE_P(
                    {std::string(kEventsPath) + "/fs/sda0/quillan/events",
                     std::string(kTpegsPath) + "/fs/sda0/quillan/"},
                    "InteractiveRunner autostart=0, speed=0"},
-        ConfigCase{"eventsFile=/data/rec/a.txt\nplaybackSpeed=-3\nautostart=on\n",
-                   {std::string(kEventsPath) + "/data/rec/a.txt",
-                    std::string(kTpegsPath) + "/data/rec/"},
-                   "InteractiveRunner autostart=1, speed=-3"},
+        ConfigCase{
+            "eventsFile=/data/rec/a.txt\nplaybackSpeed=-3\nautostart=on\n",
+            {std::string(kEventsPath) + "/data/rec/a.txt", std::string(kTpegsPath) + "/data/rec/"},
+            "InteractiveRunner autostart=1, speed=-3"},
         ConfigCase{"eventsFile=a.txt\ninteractive=false\nplaybackSpeed=2\n",
                    {std::string(kEventsPath) + "a.txt", kTpegsPath},
                    "RealTimeRunner speed=2"},
@@ -307,6 +308,50 @@ INSTANTIATE_TEST_SUITE_P(
                       Midway{"RealTime", "interactive=false\nplaybackSpeed=1\n", 3, 1000.0},
                       Midway{"Batched", "interactive=false\n", 100000, 1.0}),
     [](const ::testing::TestParamInfo<Midway>& tp) { return tp.param.name; });
+
+}  // namespace
+}  // namespace Quillan
+
+namespace Quillan {
+namespace {
+
+// An online traffic service that takes every call and never answers.
+class SilentService : public OnlineTrafficService {
+ public:
+  int setOnlineTrafficDataStatus(int32_t) override { return Called(); }
+  int getInventory() override { return Called(); }
+  int getNewData() override { return Called(); }
+  int setNewData(std::shared_ptr<CIString>) override { return Called(); }
+  int setNewSession() override { return Called(); }
+  int setTimeoutForFallback(int64_t) override { return Called(); }
+  int dsiConnectionStateChanged(int32_t) override { return Called(); }
+  int Calls() const { return m_calls.load(); }
+
+ private:
+  int Called() {
+    m_calls.fetch_add(1);
+    return 0;
+  }
+  std::atomic<int> m_calls{0};
+};
+
+TEST(DataPlayerShutDownTest, AStepWaitingForAnAnswerThatNeverComesDoesNotHoldUpTheShutDown) {
+  TempFile events("1416131460 $TOT getInventory\n1416131461 $TOT getNewData\n");
+  SilentService service;
+  pelorin_test::TraceCapture capture(2);
+  auto player = std::make_unique<DataPlayer>(
+      MakeConfig("eventsFile=" + events.Path() + "\ninteractive=false\n"));
+  OnlineTrafficReply* reply = player->GetOnlineTrafficReply();
+  reply->SetService(&service);
+  reply->OnServiceStatus(0);
+  ASSERT_EQ(player->Run(), 0);
+  ASSERT_TRUE(WaitUntil([&] { return service.Calls() == 1; }, ScaledMs(5000)));
+
+  const auto before = std::chrono::steady_clock::now();
+  player.reset();
+  EXPECT_LT(std::chrono::steady_clock::now() - before, std::chrono::milliseconds(ScaledMs(2000)));
+  EXPECT_EQ(service.Calls(), 1);  // the inventory request, and nothing after it
+}
 
 }  // namespace
 }  // namespace Quillan
