@@ -26,7 +26,6 @@ constexpr int kModuleRunLevel = 200;
 HeadUnit::HeadUnit(ModuleLoader& module, Reporter& reporter, SimulatedOnlineTraffic& onlineTraffic,
                    TraceFollower& trace)
     : m_module(module),
-      m_reporter(reporter),
       m_onlineTraffic(onlineTraffic),
       m_trace(trace),
       m_events(reporter),

@@ -64,7 +64,6 @@ class HeadUnit : public ControlTarget {
   void PresetSpeed();
 
   ModuleLoader& m_module;
-  Reporter& m_reporter;
   SimulatedOnlineTraffic& m_onlineTraffic;
   TraceFollower& m_trace;
   SimulatedHost m_host;
