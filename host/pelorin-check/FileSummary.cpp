@@ -2,9 +2,11 @@
 
 #include <utility>
 
-#include "host/pelorin-check/TimeText.h"
+#include "host/common/TimeText.h"
 
 namespace PelorinCheck {
+
+using PelorinTools::TimeText;
 
 FileSummary::FileSummary(std::string file, double otherSpeed)
     : m_file(std::move(file)),

@@ -1,10 +1,19 @@
 #include "host/pelorin-check/JsonReportWriter.h"
 
-#include "host/pelorin-check/ByteText.h"
-#include "host/pelorin-check/TimeText.h"
+#include "host/common/JsonWriter.h"
+#include "host/common/TimeText.h"
 
 namespace PelorinCheck {
 namespace {
+
+using PelorinTools::JsonWriter;
+using PelorinTools::TimeText;
+
+void AppendJsonString(std::string& out, const std::string& bytes) {
+  out += '"';
+  JsonWriter::AppendEscaped(out, bytes.data(), bytes.size());
+  out += '"';
+}
 
 void AppendName(std::string& out, const char* name) {
   out += ",\"";
@@ -14,7 +23,7 @@ void AppendName(std::string& out, const char* name) {
 
 void AppendString(std::string& out, const char* name, const std::string& bytes) {
   AppendName(out, name);
-  ByteText::AppendJson(out, bytes);
+  AppendJsonString(out, bytes);
 }
 
 void AppendCount(std::string& out, const char* name, uint64_t value) {
@@ -86,7 +95,7 @@ void JsonReportWriter::AppendTags(std::string& out, const FileSummary& summary) 
   for (const auto& entry : summary.Tags().Counts()) {
     out += separator;
     out += "{\"tag\":";
-    ByteText::AppendJson(out, entry.first);
+    AppendJsonString(out, entry.first);
     out += ",\"records\":" + std::to_string(entry.second) + "}";
     separator = ",";
   }

@@ -3,8 +3,8 @@
 #include <cctype>
 #include <utility>
 
-#include "host/pelorin-check/ByteText.h"
-#include "host/pelorin-check/TimeText.h"
+#include "host/common/TerminalText.h"
+#include "host/common/TimeText.h"
 #include "producers/OnlineTrafficProducer.h"
 #include "producers/PayloadProducer.h"
 #include "producers/ProducedMessage.h"
@@ -13,6 +13,9 @@
 
 namespace PelorinCheck {
 namespace {
+
+using PelorinTools::TerminalText;
+using PelorinTools::TimeText;
 
 const char kOnlineTrafficTag[] = "$TOT";
 const char kSetNewData[] = "setNewData";
@@ -37,7 +40,7 @@ std::string CaseHint(const std::string& name, const Names& known) {
   for (const char* candidate : known) {
     if (EqualsIgnoringCase(name, candidate)) {
       return std::string(" (names are case-sensitive: did you mean ") +
-             ByteText::Quoted(candidate) + "?)";
+             TerminalText::Quoted(candidate) + "?)";
     }
   }
   return "";
@@ -53,7 +56,7 @@ std::vector<const char*> MethodNames() {
 
 // What went wrong in a key=value payload, in words.
 std::string PayloadFailureText(const Quillan::ParseError& error) {
-  const std::string key = ByteText::Quoted(error.key);
+  const std::string key = TerminalText::Quoted(error.key);
   switch (error.kind) {
     case Quillan::ParseFailure::kMissingEquals:
       return "no \"=\" in the rest of the payload";
@@ -105,7 +108,7 @@ void RecordChecks::CheckTime(uint64_t line, double time, const LineShape& shape,
     double value = 0.0;
     const bool converts = shape.TimeTextKnown() && Quillan::ParseDecimal(shape.TimeText(), &value);
     const std::string text =
-        ByteText::Quoted(shape.TimeTextKnown() ? shape.TimeText() : shape.head, 40);
+        TerminalText::Quoted(shape.TimeTextKnown() ? shape.TimeText() : shape.head, 40);
     out.push_back(converts ? Make(line, DiagnosticKind::kTimeNotPositive,
                                   "time stamp " + text +
                                       " is 0; the record plays as time 0 (the interactive "
@@ -139,7 +142,7 @@ void RecordChecks::CheckTag(uint64_t line, const Quillan::Record& record,
   } else {
     Diagnostic diagnostic =
         Make(line, DiagnosticKind::kUnknownTag,
-             "unknown tag " + ByteText::Quoted(record.tag, 40) + CaseHint(record.tag, kKnownTags) +
+             "unknown tag " + TerminalText::Quoted(record.tag, 40) + CaseHint(record.tag, kKnownTags) +
                  "; no consumer takes the record");
     diagnostic.tag = record.tag;
     out.push_back(std::move(diagnostic));
@@ -155,7 +158,7 @@ void RecordChecks::CheckPayload(uint64_t line, const Quillan::Record& record,
   if (producer->Parse(record.payload, &error) != nullptr) return;
   Diagnostic diagnostic =
       Make(line, DiagnosticKind::kPayloadRefused,
-           PayloadFailureText(error) + " in the " + ByteText::Quoted(record.tag) +
+           PayloadFailureText(error) + " in the " + TerminalText::Quoted(record.tag) +
                " payload at byte " + std::to_string(error.offset + 1) + " (column " +
                std::to_string(m_payloadColumn + error.offset) + "); the record is dropped");
   diagnostic.tag = record.tag;
@@ -169,7 +172,7 @@ void RecordChecks::CheckOnlineCall(uint64_t line, const Quillan::Record& record,
                                    std::vector<Diagnostic>& out) {
   Quillan::TotCall call;
   const int status = Quillan::OnlineTrafficProducer::CheckPayload(record.payload, &call);
-  const auto method = [&call] { return ByteText::Quoted(call.method, 40); };
+  const auto method = [&call] { return TerminalText::Quoted(call.method, 40); };
   Diagnostic diagnostic;
   switch (status) {
     case Quillan::OnlineTrafficProducer::kEmptyMethod:
@@ -206,8 +209,8 @@ void RecordChecks::CheckTpegFile(uint64_t line, const std::string& fileName,
   if (TpegDirectory::FileExists(local)) return;
   Diagnostic diagnostic =
       Make(line, DiagnosticKind::kTpegFileMissing,
-           "\"setNewData\" file " + ByteText::Quoted(fileName) +
-               " is not in the TPEG directory (no file " + ByteText::Quoted(local, 200) + ")");
+           "\"setNewData\" file " + TerminalText::Quoted(fileName) +
+               " is not in the TPEG directory (no file " + TerminalText::Quoted(local, 200) + ")");
   diagnostic.tag = kOnlineTrafficTag;
   out.push_back(std::move(diagnostic));
 }

@@ -2,10 +2,12 @@
 
 #include <string>
 
-#include "host/pelorin-check/TimeText.h"
+#include "host/common/TimeText.h"
 
 namespace PelorinCheck {
 namespace {
+
+using PelorinTools::TimeText;
 
 std::string Plural(uint64_t count, const char* one, const char* many) {
   return std::to_string(count) + " " + (count == 1 ? one : many);

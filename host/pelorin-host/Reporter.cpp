@@ -1,11 +1,13 @@
 #include "Reporter.h"
 
 #include "HostClock.h"
-#include "JsonWriter.h"
+#include "host/common/JsonWriter.h"
 #include "Output.h"
 
 namespace PelorinHost {
 namespace {
+
+using PelorinTools::JsonWriter;
 
 constexpr uint32_t kTickValueId = 0x4d000000;
 

@@ -5,13 +5,11 @@
 
 #include <sstream>
 
-#include "host/pelorin-check/ByteText.h"
 #include "host/pelorin-check/JsonReportWriter.h"
 #include "host/pelorin-check/TextReportWriter.h"
 
 namespace {
 
-using PelorinCheck::ByteText;
 using PelorinCheck::Diagnostic;
 using PelorinCheck::DiagnosticKind;
 using PelorinCheck::FileSummary;
@@ -92,18 +90,6 @@ TEST(ReportWritersTest, SummaryOfAFileWithoutRecords) {
   EXPECT_NE(out.str().find("\"first_time\":null,\"first\":null"), std::string::npos);
   EXPECT_NE(out.str().find("\"speed\":null,\"play_seconds_at_speed\":null,\"stop_line\":null"),
             std::string::npos);
-}
-
-TEST(ByteTextTest, QuotesBytesForTerminalsAndWritesValidJsonStrings) {
-  EXPECT_EQ(ByteText::Quoted("a\"b\\c"), "\"a\\\"b\\\\c\"");
-  EXPECT_EQ(ByteText::Quoted(std::string("\t\r\n\x01\x7f", 5)), "\"\\t\\r\\n\\x01\\x7F\"");
-  EXPECT_EQ(ByteText::Quoted("Stra\xC3\x9F" "e"), "\"Stra\xC3\x9F" "e\"");  // UTF-8 stays
-  EXPECT_EQ(ByteText::Quoted("Stra\xDF" "e"), "\"Stra\\xDFe\"");           // Latin-1 does not
-  EXPECT_EQ(ByteText::Quoted("\xE0\x80\x80"), "\"\\xE0\\x80\\x80\"");        // overlong
-  EXPECT_EQ(ByteText::Quoted("abcdef", 3), "\"abc\"...");
-  std::string json;
-  ByteText::AppendJson(json, std::string("a\"\\\n\x01 \xDF \xC3\x9F", 10));
-  EXPECT_EQ(json, "\"a\\\"\\\\\\n\\u0001 \xC3\x9F \xC3\x9F\"");
 }
 
 }  // namespace

@@ -5,13 +5,11 @@
 
 #include "host/pelorin-check/PlayDuration.h"
 #include "host/pelorin-check/TagCounter.h"
-#include "host/pelorin-check/TimeText.h"
 
 namespace {
 
 using PelorinCheck::PlayDuration;
 using PelorinCheck::TagCounter;
-using PelorinCheck::TimeText;
 
 uint64_t PlayMs(std::initializer_list<double> times, double speed) {
   PlayDuration duration(speed);
@@ -54,25 +52,6 @@ TEST(TagCounterTest, CountsInOrderOfAppearanceWithinItsBounds) {
   longTags.Add(stem + "a");
   longTags.Add(stem + "b");
   EXPECT_EQ(longTags.Counts(), (std::vector<std::pair<std::string, uint64_t>>{{stem, 2}}));
-}
-
-TEST(TimeTextTest, DateTimesDurationsAndNumbers) {
-  EXPECT_EQ(TimeText::DateTime(1416131460.25, TimeText::Style::kText),
-            "2014-11-16 09:51:00.25 UTC");
-  EXPECT_EQ(TimeText::DateTime(1577836800.0, TimeText::Style::kIso), "2020-01-01T00:00:00Z");
-  EXPECT_EQ(TimeText::DateTime(86400.9996, TimeText::Style::kIso), "1970-01-02T00:00:01Z");
-  EXPECT_EQ(TimeText::DateTime(0.0, TimeText::Style::kIso), "");
-  EXPECT_EQ(TimeText::DateTime(-5.0, TimeText::Style::kIso), "");
-  EXPECT_EQ(TimeText::DateTime(5.0e9, TimeText::Style::kIso), "");
-  EXPECT_EQ(TimeText::Duration(0), "0s");
-  EXPECT_EQ(TimeText::Duration(250), "0.25s");
-  EXPECT_EQ(TimeText::Duration(187000), "3m07s");
-  EXPECT_EQ(TimeText::Duration(3723250), "1h02m03.25s");
-  EXPECT_EQ(TimeText::Duration(-2000), "-2s");
-  EXPECT_EQ(TimeText::Duration(100LL * 3600 * 1000), "100h00m00s");
-  EXPECT_EQ(TimeText::Number(1416131460.25), "1416131460.25");
-  EXPECT_EQ(TimeText::Number(0.1), "0.1");
-  EXPECT_EQ(TimeText::Number(-5.0), "-5");
 }
 
 }  // namespace

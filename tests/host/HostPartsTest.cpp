@@ -1,4 +1,4 @@
-// The host's own parts: JSON formatting, output items, the simulated data
+// The host's own parts: output items, the simulated data
 // pool's read-back, status line, private configuration, trace following.
 
 #include <gtest/gtest.h>
@@ -13,7 +13,6 @@
 #include "DataPoolProviderInterface.h"
 #include "EndSignal.h"
 #include "JsonValue.h"
-#include "JsonWriter.h"
 #include "Output.h"
 #include "Reporter.h"
 #include "SimulatedDataPool.h"
@@ -26,38 +25,6 @@ namespace PelorinHost {
 namespace {
 
 using pelorin_tool_test::JsonValue;
-
-TEST(HostJsonWriter, EscapesAsJsonRequiresAndKeepsOnlyValidUtf8) {
-  const struct {
-    std::string bytes, escaped;
-  } cases[] = {
-      {"plain text", "plain text"},
-      {"a\"b\\c", "a\\\"b\\\\c"},
-      {"\n\r\t\b\f", "\\n\\r\\t\\b\\f"},
-      {std::string("\x01\x1f\x00", 3), "\\u0001\\u001f\\u0000"},
-      {"\x7f", "\x7f"},
-      {"Stra\xc3\x9f" "e \xe2\x82\xac \xf0\x9f\x9a\x97", "Stra\xc3\x9f" "e \xe2\x82\xac \xf0\x9f\x9a\x97"},
-      {"\xff", "\\u00ff"},
-      {"a\xc3", "a\\u00c3"},                                 // cut sequence
-      {"\xc0\xaf", "\\u00c0\\u00af"},                        // overlong
-      {"\xed\xa0\x80", "\\u00ed\\u00a0\\u0080"},             // surrogate
-      {"\xf4\x90\x80\x80", "\\u00f4\\u0090\\u0080\\u0080"},  // beyond U+10FFFF
-      {"\xe2\x82x", "\\u00e2\\u0082x"},
-  };
-  for (const auto& c : cases) {
-    std::string out;
-    JsonWriter::AppendEscaped(out, c.bytes.data(), c.bytes.size());
-    EXPECT_EQ(out, c.escaped);
-  }
-}
-
-TEST(HostJsonWriter, MillisecondsFromMicrosecondsWithoutTrailingZeros) {
-  std::string millis;
-  JsonWriter::AppendMilliseconds(millis, 7000);
-  JsonWriter::AppendMilliseconds(millis += ' ', 1003125);
-  JsonWriter::AppendMilliseconds(millis += ' ', 1);
-  EXPECT_EQ(millis, "7 1003.125 0.001");
-}
 
 // Collects what a Reporter writes, through a pipe.
 class ReporterCapture {

@@ -3,14 +3,15 @@
 // string, without iostreams, so that a million records format quickly.
 // Commas are placed automatically; the caller pairs Begin/End and gives a
 // Key before every member value. Strings are escaped as RFC 8259 requires;
-// bytes that are not part of valid UTF-8 are written as \u00XX.
+// bytes that are not part of valid UTF-8 are written as \u00XX (read as
+// Latin-1), and so are DEL and the C1 controls.
 // One writer per thread.
 
 #include <cstddef>
 #include <cstdint>
 #include <string>
 
-namespace PelorinHost {
+namespace PelorinTools {
 
 class JsonWriter {
  public:
@@ -55,4 +56,4 @@ class JsonWriter {
   bool m_afterKey = false;
 };
 
-}  // namespace PelorinHost
+}  // namespace PelorinTools

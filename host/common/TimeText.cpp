@@ -1,12 +1,11 @@
-#include "host/pelorin-check/TimeText.h"
+#include "host/common/TimeText.h"
 
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
 
-#include "runtime/DateTime.h"
 
-namespace PelorinCheck {
+namespace PelorinTools {
 namespace {
 
 // ".25" for 250 ms, "" for 0.
@@ -19,18 +18,42 @@ std::string FractionText(int64_t milliseconds) {
   return fraction;
 }
 
+struct CivilTime {
+  int64_t year;
+  int month, day, hour, minute, second;
+};
+
+// Days since 1970-01-01 to a date (Howard Hinnant's civil_from_days).
+CivilTime FromSeconds(int64_t seconds) {
+  const int64_t days = seconds / 86400;
+  const int64_t secondOfDay = seconds % 86400;
+  const int64_t shifted = days + 719468;  // days since 0000-03-01
+  const int64_t era = shifted / 146097;
+  const int64_t dayOfEra = shifted - era * 146097;
+  const int64_t yearOfEra = (dayOfEra - dayOfEra / 1460 + dayOfEra / 36524 - dayOfEra / 146096) / 365;
+  const int64_t dayOfYear = dayOfEra - (365 * yearOfEra + yearOfEra / 4 - yearOfEra / 100);
+  const int64_t monthIndex = (5 * dayOfYear + 2) / 153;  // March is 0
+  CivilTime time;
+  time.day = static_cast<int>(dayOfYear - (153 * monthIndex + 2) / 5 + 1);
+  time.month = static_cast<int>(monthIndex < 10 ? monthIndex + 3 : monthIndex - 9);
+  time.year = yearOfEra + era * 400 + (time.month <= 2 ? 1 : 0);
+  time.hour = static_cast<int>(secondOfDay / 3600);
+  time.minute = static_cast<int>(secondOfDay / 60 % 60);
+  time.second = static_cast<int>(secondOfDay % 60);
+  return time;
+}
+
 }  // namespace
 
 std::string TimeText::DateTime(double seconds, Style style) {
   const int64_t totalMs = RoundedMs(seconds);
   const int64_t whole = totalMs / 1000;
-  if (totalMs <= 0 || whole > static_cast<int64_t>(UINT32_MAX)) return "";
-  Quillan::DateTime dateTime;
-  if (!Quillan::DateTimeFromSeconds(dateTime, static_cast<uint32_t>(whole))) return "";
+  if (whole <= 0 || whole > static_cast<int64_t>(UINT32_MAX)) return "";
+  const CivilTime civil = FromSeconds(whole);
   char text[48];
   std::snprintf(text, sizeof(text), "%04d-%02d-%02d%c%02d:%02d:%02d",
-                static_cast<int>(dateTime.year), dateTime.month, dateTime.day,
-                style == Style::kIso ? 'T' : ' ', dateTime.hour, dateTime.minute, dateTime.second);
+                static_cast<int>(civil.year), civil.month, civil.day,
+                style == Style::kIso ? 'T' : ' ', civil.hour, civil.minute, civil.second);
   return text + FractionText(totalMs % 1000) + (style == Style::kIso ? "Z" : " UTC");
 }
 
@@ -72,4 +95,4 @@ int64_t TimeText::RoundedMs(double seconds) {
   return static_cast<int64_t>(ms);
 }
 
-}  // namespace PelorinCheck
+}  // namespace PelorinTools

@@ -1,12 +1,13 @@
 #pragma once
 // TimeText: how reports write record time stamps, date-times and durations.
-// Date-times are UTC and come from the module's own calendar conversion.
+// Date-times are UTC, from proleptic Gregorian calendar arithmetic that
+// holds past 2038 whatever the width of time_t.
 // Stateless.
 
 #include <cstdint>
 #include <string>
 
-namespace PelorinCheck {
+namespace PelorinTools {
 
 class TimeText {
  public:
@@ -17,7 +18,7 @@ class TimeText {
 
   // The UTC date-time of a record time stamp, fraction of a second included
   // (to the millisecond). A time stamp that is no date-time (0 or less,
-  // beyond 2106) gives an empty text.
+  // beyond 2106, as the module's 32-bit seconds) gives an empty text.
   static std::string DateTime(double seconds, Style style);
 
   // A number in its shortest form that reads back exactly ("1416131460.25").
@@ -30,4 +31,4 @@ class TimeText {
   static int64_t RoundedMs(double seconds);
 };
 
-}  // namespace PelorinCheck
+}  // namespace PelorinTools

@@ -1,6 +1,8 @@
-#include "JsonWriter.h"
+#include "host/common/JsonWriter.h"
 
-namespace PelorinHost {
+#include "host/common/Utf8.h"
+
+namespace PelorinTools {
 namespace {
 
 const char kHexDigits[] = "0123456789abcdef";
@@ -10,38 +12,9 @@ void AppendByteEscape(std::string& out, unsigned char byte) {
   out.append(escape, sizeof(escape));
 }
 
-// Length of the valid UTF-8 sequence that starts at `data[0]`, or 0 when
-// the bytes there are not valid UTF-8 (overlong forms, surrogates and code
-// points above U+10FFFF included).
-size_t ValidSequenceLength(const unsigned char* data, size_t size) {
-  const unsigned char lead = data[0];
-  size_t length = 0;
-  unsigned char low = 0x80;
-  unsigned char high = 0xbf;
-  if (lead >= 0xc2 && lead <= 0xdf) {
-    length = 2;
-  } else if (lead >= 0xe0 && lead <= 0xef) {
-    length = 3;
-    if (lead == 0xe0) low = 0xa0;
-    if (lead == 0xed) high = 0x9f;
-  } else if (lead >= 0xf0 && lead <= 0xf4) {
-    length = 4;
-    if (lead == 0xf0) low = 0x90;
-    if (lead == 0xf4) high = 0x8f;
-  } else {
-    return 0;
-  }
-  if (size < length) return 0;
-  if (data[1] < low || data[1] > high) return 0;
-  for (size_t i = 2; i < length; ++i) {
-    if (data[i] < 0x80 || data[i] > 0xbf) return 0;
-  }
-  return length;
-}
-
 // True for bytes that go into a JSON string unchanged.
 inline bool IsPlain(unsigned char byte) {
-  return byte >= 0x20 && byte < 0x80 && byte != '"' && byte != '\\';
+  return byte >= 0x20 && byte < 0x7f && byte != '"' && byte != '\\';
 }
 
 }  // namespace
@@ -59,10 +32,11 @@ void JsonWriter::AppendEscaped(std::string& out, const char* data, size_t size) 
     }
     const unsigned char byte = bytes[i];
     if (byte >= 0x80) {
-      const size_t length = ValidSequenceLength(bytes + i, size - i);
-      if (length == 0) {
-        AppendByteEscape(out, byte);
-        ++i;
+      const size_t length = Utf8::SequenceLength(bytes + i, size - i);
+      if (length == 0 || Utf8::IsC1Control(bytes + i, length)) {
+        // Invalid bytes read as Latin-1; C1 controls escaped as well.
+        AppendByteEscape(out, length == 0 ? byte : bytes[i + 1]);
+        i += length == 0 ? 1 : length;
       } else {
         out.append(data + i, length);
         i += length;
@@ -244,4 +218,4 @@ void JsonWriter::IdString(uint32_t id) {
   m_text.append(text, sizeof(text));
 }
 
-}  // namespace PelorinHost
+}  // namespace PelorinTools
