@@ -11,14 +11,6 @@ constexpr uint8_t kBlank = ' ';
 
 }  // namespace
 
-std::string LineShape::MalformedReason() const {
-  if (length == 0) return "empty line";
-  if (firstBlank == kNoBlank) return "no blank after the time stamp";
-  if (firstBlank == 0) return "empty time stamp (the line starts with a blank)";
-  if (afterBlank == kBlank) return "empty tag (two blanks after the time stamp)";
-  return "empty tag (nothing after the time stamp)";
-}
-
 Quillan::FileStatus LineTap::Read(void* buffer, uint32_t length, uint32_t* count) {
   const Quillan::FileStatus status = m_source.Read(buffer, length, count);
   if (count != nullptr) {

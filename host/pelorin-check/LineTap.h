@@ -19,28 +19,12 @@
 #include <cstdint>
 #include <string>
 
+#include "host/common/LineShape.h"
 #include "player/ByteReader.h"
 
 namespace PelorinCheck {
 
-// What the tap saw of one line (without its line end).
-struct LineShape {
-  static constexpr uint64_t kNoBlank = UINT64_MAX;
-  static constexpr size_t kHeadBytes = 1024;
-
-  uint64_t start = 0;   // file offset of the line's first byte
-  uint64_t length = 0;  // bytes in the line
-  std::string head;     // its first kHeadBytes bytes
-  uint64_t firstBlank = kNoBlank;
-  int afterBlank = -1;  // the byte after the first blank; -1 when the line ends there
-
-  // The time text (bytes before the first blank), when the head holds all of it.
-  bool TimeTextKnown() const { return firstBlank != kNoBlank && firstBlank <= head.size(); }
-  std::string TimeText() const { return head.substr(0, static_cast<size_t>(firstBlank)); }
-
-  // Why a line that the reader rejected is malformed, in words.
-  std::string MalformedReason() const;
-};
+using PelorinTools::LineShape;
 
 class LineTap : public Quillan::ByteReader {
  public:
