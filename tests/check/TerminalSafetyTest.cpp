@@ -30,7 +30,7 @@ size_t FirstUnsafeByte(const std::string& text) {
 }
 
 TEST(TerminalSafetyTest, NoRawControlByteReachesTheReport) {
-  const char* const hostile[] = {"\x1b]0;retitled\x07", "\x1b[31m", "\xc2\x9b" "2J", "\x9b",
+  const char* const hostile[] = {"\x1b]0;retitled\x07", "\x1b[31m", ("\xc2\x9b" "2J"), "\x9b",
                                  "\xff\xfe", "\r", "\x7f", "\x1b\\"};
   // Where the bytes go; "@" stands for them.
   const struct {
