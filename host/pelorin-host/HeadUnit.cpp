@@ -1,5 +1,6 @@
 #include "HeadUnit.h"
 
+#include <chrono>
 #include <cmath>
 
 #include "HmiModule.h"
@@ -33,6 +34,13 @@ HeadUnit::HeadUnit(ModuleLoader& module, Reporter& reporter, SimulatedOnlineTraf
       m_recorder(reporter) {}
 
 HeadUnit::~HeadUnit() { Shutdown(); }
+
+void HeadUnit::Halt() {
+  if (m_halted.exchange(true)) return;
+  std::unique_lock<std::timed_mutex> gate(m_callGate, std::try_to_lock);
+  if (!gate.owns_lock() || !m_moduleUp) return;
+  if (m_trace.Runner() == RunnerKind::kInteractive) m_events.Raise(SimulatedEvents::kStopEvent);
+}
 
 bool HeadUnit::BringUp(std::string* error) {
   m_module.SetInterface()(kHostInterfaceId, kHostInterfaceVersion,
@@ -97,9 +105,11 @@ bool HeadUnit::Start(bool raiseStartEvent, std::string* error) {
   return true;
 }
 
-void HeadUnit::Shutdown() {
+bool HeadUnit::Shutdown(uint32_t patienceMs) {
+  m_halted.store(true);
   {
-    std::lock_guard<std::mutex> guard(m_callGate);
+    std::unique_lock<std::timed_mutex> gate(m_callGate, std::defer_lock);
+    if (!gate.try_lock_for(std::chrono::milliseconds(patienceMs))) return false;
     if (m_moduleUp) {
       HmiModule* module = m_host.Module();
       if (module != nullptr) module->OnRunLevel(kModuleRunLevel, -1);
@@ -114,6 +124,7 @@ void HeadUnit::Shutdown() {
     m_created = false;
   }
   m_playing.store(false);
+  return true;
 }
 
 StatusInfo HeadUnit::Status(uint32_t records, int64_t recordTime) const {
@@ -142,22 +153,22 @@ StatusInfo HeadUnit::Status(uint32_t records, int64_t recordTime) const {
 }
 
 void HeadUnit::StartPlayback() {
-  std::lock_guard<std::mutex> guard(m_callGate);
-  if (!m_moduleUp) return;
+  std::lock_guard<std::timed_mutex> guard(m_callGate);
+  if (!m_moduleUp || m_halted.load()) return;
   m_playing.store(true);
   m_events.Raise(SimulatedEvents::kStartEvent);
 }
 
 void HeadUnit::StopPlayback() {
-  std::lock_guard<std::mutex> guard(m_callGate);
-  if (!m_moduleUp) return;
+  std::lock_guard<std::timed_mutex> guard(m_callGate);
+  if (!m_moduleUp || m_halted.load()) return;
   m_playing.store(false);
   m_events.Raise(SimulatedEvents::kStopEvent);
 }
 
 void HeadUnit::SetSpeedPercent(int32_t percent) {
-  std::lock_guard<std::mutex> guard(m_callGate);
-  if (!m_moduleUp) return;
+  std::lock_guard<std::timed_mutex> guard(m_callGate);
+  if (!m_moduleUp || m_halted.load()) return;
   if (m_dataPool.SetSpeedPercent(percent)) m_speedPercent.store(percent);
 }
 

@@ -5,11 +5,13 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "SpeedText.h"
+
 namespace PelorinHost {
 namespace {
 
 bool ParseDouble(const std::string& text, double* value) {
-  if (text.empty()) return false;
+  if (text.empty() || text.find_first_not_of("0123456789.") != std::string::npos) return false;
   errno = 0;
   char* end = nullptr;
   const double parsed = std::strtod(text.c_str(), &end);
@@ -86,7 +88,9 @@ const OptionSpec kOptions[] = {
     {"--help", Kind::kFlag},         {"--version", Kind::kFlag},
 };
 
-const OptionSpec* FindOption(const std::string& name) {
+const OptionSpec* FindOption(std::string name) {
+  if (name == "-h") name = "--help";
+  if (name == "-V") name = "--version";
   for (const OptionSpec& option : kOptions) {
     if (name == option.name) return &option;
   }
@@ -103,24 +107,27 @@ bool SetRunner(Options* options, RunnerChoice runner, const std::string& name, s
   return true;
 }
 
+bool ParseSpeed(const std::string& name, const std::string& value, double* speed,
+                std::string* error) {
+  int32_t percent = 0;
+  if (!SpeedText::Parse(value, &percent)) {
+    *error = name + " needs " + SpeedText::Accepted() + ", not '" + value + "'";
+    return false;
+  }
+  *speed = percent / 100.0;
+  return true;
+}
+
 bool ApplyValue(Options* options, const std::string& name, const std::string& value,
                 std::string* error) {
   double number = 0.0;
   long integer = 0;
   if (name == "--realtime") {
-    if (!ParseDouble(value, &number) || number <= 0.0) {
-      *error = "--realtime needs a speed factor greater than 0, not '" + value + "'";
-      return false;
-    }
-    options->realtimeSpeed = number;
+    if (!ParseSpeed(name, value, &options->realtimeSpeed, error)) return false;
     return SetRunner(options, RunnerChoice::kRealtime, name, error);
   }
   if (name == "--speed") {
-    if (!ParseDouble(value, &number) || number <= 0.0) {
-      *error = "--speed needs a factor greater than 0, not '" + value + "'";
-      return false;
-    }
-    options->speed = number;
+    if (!ParseSpeed(name, value, &options->speed, error)) return false;
   } else if (name == "--tpegs-dir") {
     if (value.empty()) {
       *error = "--tpegs-dir needs a folder";
@@ -183,6 +190,10 @@ bool CheckCombinations(const Options& options, std::string* error) {
   }
   if (!options.rootDir.empty() && !options.eventsFile.empty()) {
     *error = "--root and an events file cannot be given together";
+    return false;
+  }
+  if (options.eventsFile == "-" && options.control) {
+    *error = "--control reads standard input, so the events cannot come from it ('-')";
     return false;
   }
   if (!options.rootDir.empty() && options.SetsConfiguration()) {
