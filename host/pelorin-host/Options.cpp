@@ -242,7 +242,7 @@ bool ParseOptions(int argc, const char* const* argv, Options* options, std::stri
         *error = arg + " takes no value";
         return false;
       }
-      if (!ApplyFlag(options, arg, error)) return false;
+      if (!ApplyFlag(options, option->name, error)) return false;
       continue;
     }
     std::string value;

@@ -7,6 +7,7 @@
 
 #include "ControlCommand.h"
 #include "Options.h"
+#include "SpeedText.h"
 
 namespace PelorinHost {
 namespace {
@@ -48,8 +49,46 @@ TEST(HostOptions, DefaultsValuesInBothSpellingsAndOneEventsFile) {
   EXPECT_EQ(parsed.options.tpegsDir, "/t");
   EXPECT_EQ(parsed.options.eventsFile, "rec.txt");
   EXPECT_TRUE(parsed.options.SetsConfiguration());
-  // "--" ends the options.
+  // "--" ends the options, "-" is standard input, -h and -V are short forms.
   EXPECT_EQ(Parse({"--batched", "--", "--odd-name"}).options.eventsFile, "--odd-name");
+  EXPECT_EQ(Parse({"--batched", "-"}).options.eventsFile, "-");
+  EXPECT_TRUE(Parse({"-h"}).options.help);
+  EXPECT_TRUE(Parse({"-V"}).options.version);
+}
+
+// One reading of a speed, in one unit, for --speed, --realtime and the
+// control command; only what the module can play (whole percent from 1).
+TEST(HostOptions, OneSpeedReadingForTheOptionsAndTheCommand) {
+  const struct {
+    const char* text;
+    int32_t percent;  // 0: refused
+  } cases[] = {
+      {"2", 200},        {"2x", 200},     {"200%", 200},      {"0.5", 50},
+      {"1.006", 101},    {".25", 25},     {"0.01", 1},        {"21474836.47", INT32_MAX},
+      {"1%", 1},         {"0.001", 0},    {"0.004", 0},       {"1e9", 0},
+      {"21474836.48", 0}, {"0x10", 0},    {"-1", 0},          {"+2", 0},
+      {"2 x", 0},        {"", 0},         {"x", 0},           {"0", 0},
+      {"inf", 0},        {"2.5.1", 0},    {"200%%", 0},       {"0.4%", 0},
+  };
+  for (const auto& test : cases) {
+    int32_t percent = 0;
+    EXPECT_EQ(SpeedText::Parse(test.text, &percent), test.percent != 0) << test.text;
+    if (test.percent != 0) {
+      EXPECT_EQ(percent, test.percent) << test.text;
+    }
+    const ControlCommand command = ControlCommand::FromLine(std::string("speed ") + test.text);
+    EXPECT_EQ(command.kind == ControlCommand::kSpeed, test.percent != 0) << test.text;
+    for (const char* option : {"--speed", "--realtime"}) {
+      const Parsed parsed = Parse({option, test.text});
+      EXPECT_EQ(parsed.ok, test.percent != 0) << option << " " << test.text;
+      const double factor = parsed.options.speed + parsed.options.realtimeSpeed;
+      if (parsed.ok) {
+        EXPECT_DOUBLE_EQ(factor, test.percent / 100.0) << test.text;
+      } else {
+        EXPECT_NE(parsed.error.find("0.01 to 21474836.47"), std::string::npos) << parsed.error;
+      }
+    }
+  }
 }
 
 TEST(HostOptions, RejectsWhatCannotBeUsed) {
@@ -69,6 +108,8 @@ TEST(HostOptions, RejectsWhatCannotBeUsed) {
       {"--realtime", "2", "--paused"},
       {"--root", "/r", "events"},
       {"--root", "/r", "--batched"},
+      {"--control", "-"},
+      {"--timeout", "0x10"},
   };
   for (const auto& args : bad) {
     const Parsed parsed = Parse(args);
@@ -92,19 +133,22 @@ TEST(HostControls, LinesBecomeCommands) {
   EXPECT_EQ(ControlCommand::FromLine("  STOP \r").kind, ControlCommand::kStop);
   EXPECT_EQ(ControlCommand::FromLine("quit").kind, ControlCommand::kQuit);
   EXPECT_EQ(ControlCommand::FromLine("").kind, ControlCommand::kNone);
-  const ControlCommand speed = ControlCommand::FromLine("speed  250");
+  // The speed is a factor, as on the command line.
+  const ControlCommand speed = ControlCommand::FromLine("speed  2.5");
   EXPECT_EQ(speed.kind, ControlCommand::kSpeed);
   EXPECT_EQ(speed.percent, 250);
-  for (const char* bad : {"speed", "speed 0", "speed 12x", "start now", "jump"}) {
+  // Every problem is told the same way, with the commands there are.
+  for (const char* bad : {"speed", "speed 0", "speed 12y", "start now", "jump"}) {
     const ControlCommand command = ControlCommand::FromLine(bad);
     EXPECT_EQ(command.kind, ControlCommand::kInvalid) << bad;
-    EXPECT_FALSE(command.error.empty());
+    EXPECT_EQ(command.error.rfind("ignored: ", 0), 0u) << command.error;
+    EXPECT_NE(command.error.find("(commands: start, stop, speed SPEED, quit)"), std::string::npos);
   }
   // The arrow keys step the speed within its range.
   EXPECT_EQ(StepSpeed(100, true), 200);
   EXPECT_EQ(StepSpeed(100, false), 50);
   EXPECT_EQ(StepSpeed(1, false), 1);
-  EXPECT_EQ(StepSpeed(80000, true), 100000);
+  EXPECT_EQ(StepSpeed(2000000000, true), INT32_MAX);
 }
 
 std::vector<ControlCommand::Kind> FeedKeys(KeyDecoder& keys, const std::string& bytes,
@@ -131,6 +175,7 @@ TEST(HostControls, TerminalKeys) {
             (std::vector<ControlCommand::Kind>{K::kSpeed}));
   EXPECT_NE(echo.find("speex"), std::string::npos);
   EXPECT_EQ(FeedKeys(keys, "\x04", &echo), (std::vector<ControlCommand::Kind>{K::kEndOfInput}));
+  EXPECT_EQ(FeedKeys(keys, "q", &echo), (std::vector<ControlCommand::Kind>{K::kQuit}));
 }
 
 }  // namespace
