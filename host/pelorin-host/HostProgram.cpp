@@ -205,7 +205,7 @@ int HostProgram::Run() {
   trace.Remove();
   loader.Unload();
   g_output.store(nullptr);
-  end.writeError = output.WriteError();
+  if (end.writeError == 0) end.writeError = output.WriteError();
   if (end.unusable) Complain(error);
   if (end.writeError != 0 && end.writeError != EPIPE) {
     Complain(std::string("error writing standard output: ") + std::strerror(end.writeError));
