@@ -123,7 +123,10 @@ TEST(HostOptions, HelpNamesEveryOption) {
   for (const char* option :
        {"--batched", "--realtime", "--interactive", "--speed", "--autostart", "--paused",
         "--tpegs-dir", "--control", "--tpeg-latency", "--tpeg-offline", "--json", "--trace",
-        "--timeout", "--module", "--root", "--help", "--version", "Examples:"}) {
+        "--timeout", "--module", "--root", "--help", "--version", "-h,", "-V,", "Examples:",
+        // Every exit status.
+        "\n  0 ", "\n  1 ", "\n  2 ", "\n  3 ", "\n  4 ", "\n  141 ", "130 SIGINT", "129 SIGHUP",
+        "131 SIGQUIT", "143 SIGTERM"}) {
     EXPECT_NE(help.find(option), std::string::npos) << option;
   }
 }

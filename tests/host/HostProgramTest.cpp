@@ -330,8 +330,9 @@ TEST(HostWallClock, EndOfControlInputEndsTheHost) {
   host.WriteInput("bogus\n");
   host.CloseInput();
   EXPECT_EQ(host.Wait(ScaledMs(10000)), kDone);
-  // The bad line is reported and otherwise ignored.
+  // The bad line is reported and otherwise ignored; the end of the input is told.
   EXPECT_NE(host.Stderr().find("bogus"), std::string::npos);
+  EXPECT_NE(host.Stderr().find("end of the control input"), std::string::npos);
 }
 
 TEST(HostWallClock, OnlineTrafficAnswersAfterItsLatency) {
