@@ -146,10 +146,13 @@ int HostProgram::Run() {
     Storage::SetStorageRoot(root.Path());
     ready = ScanEvents(root, &scan, &error);
   }
-  if (g_signal.load() != 0) return 128 + g_signal.load();
+  RunEnd end;
+  end.signal = g_signal.load();
+  if (end.signal != 0) return end.ExitStatus();
   if (!ready) {
     Complain(error);
-    return RunEnd::kUnusable;
+    end.unusable = true;
+    return end.ExitStatus();
   }
 
   Output output(STDOUT_FILENO, STDERR_FILENO);
@@ -168,13 +171,13 @@ int HostProgram::Run() {
     g_output.store(nullptr);
     trace.Remove();
     Complain(error);
-    return RunEnd::kUnusable;
+    end.unusable = true;
+    return end.ExitStatus();
   }
 
   SimulatedOnlineTraffic onlineTraffic(reporter, m_options.tpegLatencyMs, m_options.tpegOffline);
   auto unit = std::make_unique<HeadUnit>(loader, reporter, onlineTraffic, trace);
   std::unique_ptr<Controls> controls;
-  RunEnd end;
 
   if (!unit->Start(!m_options.paused, &error)) {
     end.unusable = true;

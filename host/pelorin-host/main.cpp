@@ -21,9 +21,12 @@
 namespace {
 
 int WriteFailed(int error) {
-  if (error == EPIPE) return 128 + SIGPIPE;
-  std::fprintf(stderr, "pelorin-host: error writing standard output: %s\n", std::strerror(error));
-  return PelorinHost::RunEnd::kWriteFailed;
+  PelorinHost::RunEnd end;
+  end.writeError = error;
+  if (error != EPIPE) {
+    std::fprintf(stderr, "pelorin-host: error writing standard output: %s\n", std::strerror(error));
+  }
+  return end.ExitStatus();
 }
 
 // Writes `text` to standard output; the exit status.
@@ -48,7 +51,9 @@ int main(int argc, char** argv) {
   std::string error;
   if (!PelorinHost::ParseOptions(argc, argv, &options, &error)) {
     std::fprintf(stderr, "pelorin-host: %s\n", error.c_str());
-    return PelorinHost::RunEnd::kUnusable;
+    PelorinHost::RunEnd end;
+    end.unusable = true;
+    return end.ExitStatus();
   }
   if (options.help) return Print(PelorinHost::HelpText());
   if (options.version) return Print(std::string("pelorin-host ") + PELORIN_VERSION_TEXT + "\n");
