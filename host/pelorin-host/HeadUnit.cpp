@@ -36,11 +36,32 @@ HeadUnit::HeadUnit(ModuleLoader& module, Reporter& reporter, SimulatedOnlineTraf
 
 HeadUnit::~HeadUnit() { Shutdown(); }
 
+bool HeadUnit::EnterCall() {
+  std::unique_lock<std::mutex> lock(m_gateLock);
+  m_gateFree.wait(lock, [this] { return !m_inCall; });
+  if (!m_moduleUp || m_halted.load()) return false;
+  m_inCall = true;
+  return true;
+}
+
+void HeadUnit::LeaveCall() {
+  {
+    std::lock_guard<std::mutex> lock(m_gateLock);
+    m_inCall = false;
+  }
+  m_gateFree.notify_all();
+}
+
+// Never waits: a control call that hangs in the module must not hold the
+// end of the run.
 void HeadUnit::Halt() {
-  if (m_halted.exchange(true)) return;
-  std::unique_lock<std::timed_mutex> gate(m_callGate, std::try_to_lock);
-  if (!gate.owns_lock() || !m_moduleUp) return;
+  {
+    std::lock_guard<std::mutex> lock(m_gateLock);
+    if (m_halted.exchange(true) || m_inCall || !m_moduleUp) return;
+    m_inCall = true;
+  }
   if (m_trace.Runner() == RunnerKind::kInteractive) m_events.Raise(SimulatedEvents::kStopEvent);
+  LeaveCall();
 }
 
 bool HeadUnit::BringUp(std::string* error) {
@@ -59,7 +80,10 @@ bool HeadUnit::BringUp(std::string* error) {
   module->SetInterface(kEventInterfaceId, 0, 0, static_cast<EventInterface*>(&m_events));
   module->SetInterface(kDataPoolInterfaceId, 0, 0, static_cast<DataPoolInterface*>(&m_dataPool));
   module->OnRunLevel(kModuleRunLevel, 1);
-  m_moduleUp = true;
+  {
+    std::lock_guard<std::mutex> lock(m_gateLock);
+    m_moduleUp = true;
+  }
   if (m_host.PlayerService() == nullptr) {
     *error = "the module published no player service at run level 200";
     return false;
@@ -107,19 +131,25 @@ bool HeadUnit::Start(bool raiseStartEvent, std::string* error) {
 }
 
 bool HeadUnit::Shutdown(uint32_t patienceMs) {
-  m_halted.store(true);
   {
-    std::unique_lock<std::timed_mutex> gate(m_callGate, std::defer_lock);
-    if (!gate.try_lock_for(std::chrono::milliseconds(patienceMs))) return false;
-    if (m_moduleUp) {
-      HmiModule* module = m_host.Module();
-      if (module != nullptr) module->OnRunLevel(kModuleRunLevel, -1);
-      m_moduleUp = false;
-    }
-    m_host.ForgetPlayerService();
-    m_events.Clear();
-    m_dataPool.Clear();
+    std::unique_lock<std::mutex> lock(m_gateLock);
+    m_halted.store(true);
+    const auto patience = std::chrono::milliseconds(patienceMs);
+    if (!m_gateFree.wait_for(lock, patience, [this] { return !m_inCall; })) return false;
+    m_inCall = true;
   }
+  if (m_moduleUp) {
+    HmiModule* module = m_host.Module();
+    if (module != nullptr) module->OnRunLevel(kModuleRunLevel, -1);
+  }
+  m_host.ForgetPlayerService();
+  m_events.Clear();
+  m_dataPool.Clear();
+  {
+    std::lock_guard<std::mutex> lock(m_gateLock);
+    m_moduleUp = false;
+  }
+  LeaveCall();
   if (m_created) {
     m_module.DestroyModule()();
     m_created = false;
@@ -154,23 +184,23 @@ StatusInfo HeadUnit::Status(uint32_t records, int64_t recordTime) const {
 }
 
 void HeadUnit::StartPlayback() {
-  std::lock_guard<std::timed_mutex> guard(m_callGate);
-  if (!m_moduleUp || m_halted.load()) return;
+  if (!EnterCall()) return;
   m_playing.store(true);
   m_events.Raise(SimulatedEvents::kStartEvent);
+  LeaveCall();
 }
 
 void HeadUnit::StopPlayback() {
-  std::lock_guard<std::timed_mutex> guard(m_callGate);
-  if (!m_moduleUp || m_halted.load()) return;
+  if (!EnterCall()) return;
   m_playing.store(false);
   m_events.Raise(SimulatedEvents::kStopEvent);
+  LeaveCall();
 }
 
 void HeadUnit::SetSpeedPercent(int32_t percent) {
-  std::lock_guard<std::timed_mutex> guard(m_callGate);
-  if (!m_moduleUp || m_halted.load()) return;
+  if (!EnterCall()) return;
   if (m_dataPool.SetSpeedPercent(percent)) m_speedPercent.store(percent);
+  LeaveCall();
 }
 
 }  // namespace PelorinHost

@@ -23,6 +23,7 @@
 // leaves the module up.
 
 #include <atomic>
+#include <condition_variable>
 #include <cstdint>
 #include <mutex>
 #include <string>
@@ -82,7 +83,16 @@ class HeadUnit : public ControlTarget {
   SimulatedDataPool m_dataPool;
   TrafficRecorder m_recorder;
 
-  std::timed_mutex m_callGate;  // held by every call into the module from a control
+  // False when the module is not to be called any more; else the gate is
+  // taken until LeaveCall.
+  bool EnterCall();
+  void LeaveCall();
+
+  // The call gate: one call into the module from a control at a time, and
+  // none while the module goes down. m_inCall and m_moduleUp under m_gateLock.
+  std::mutex m_gateLock;
+  std::condition_variable m_gateFree;
+  bool m_inCall = false;
   std::atomic<bool> m_halted{false};
   bool m_moduleUp = false;
   bool m_created = false;
