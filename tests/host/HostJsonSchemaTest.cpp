@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <fstream>
 #include <map>
 #include <set>
@@ -17,36 +18,30 @@
 namespace pelorin_tool_test {
 namespace {
 
+// A documented key: the JSON types it may take, and whether it may be absent.
 struct KeySchema {
   std::set<JsonValue::Type> types;
   bool optional = false;
 };
 using Section = std::map<std::string, KeySchema>;
 
-std::string Between(const std::string& text, char mark) {
-  const size_t begin = text.find(mark);
-  const size_t end = text.find(mark, begin + 1);
-  return begin == std::string::npos || end == std::string::npos
-             ? std::string()
-             : text.substr(begin + 1, end - begin - 1);
+std::string InBackticks(const std::string& text) {
+  const size_t begin = text.find('`') + 1;
+  return text.substr(begin, text.find('`', begin) - begin);
 }
 
+// The type cell of a table row: "string or null", "number, optional".
 KeySchema ReadTypes(const std::string& cell) {
   static const std::map<std::string, JsonValue::Type> kTypes = {
       {"number", JsonValue::Type::kNumber}, {"string", JsonValue::Type::kString},
       {"boolean", JsonValue::Type::kBool},  {"array", JsonValue::Type::kArray},
-      {"object", JsonValue::Type::kObject}, {"null", JsonValue::Type::kNull}};
+      {"null", JsonValue::Type::kNull}};
   KeySchema schema;
-  std::string words = cell;
-  const size_t comma = words.find(", optional");
-  schema.optional = comma != std::string::npos;
-  if (schema.optional) words.resize(comma);
-  std::istringstream split(words);
-  for (std::string word; split >> word;) {
-    if (word == "or") continue;
-    const auto type = kTypes.find(word);
-    EXPECT_NE(type, kTypes.end()) << "unknown type '" << word << "' in " << cell;
-    if (type != kTypes.end()) schema.types.insert(type->second);
+  std::istringstream words(cell);
+  for (std::string word; words >> word;) {
+    if (word.back() == ',') word.pop_back();
+    schema.optional |= word == "optional";
+    if (kTypes.count(word)) schema.types.insert(kTypes.at(word));
   }
   return schema;
 }
@@ -54,20 +49,15 @@ KeySchema ReadTypes(const std::string& cell) {
 // Sections by item type ("*" for every item, "serviceList.entries").
 std::map<std::string, Section> ReadSchema() {
   std::ifstream doc(PELORIN_SOURCE_DIR "/docs/json-host.md");
-  EXPECT_TRUE(doc.good());
   std::map<std::string, Section> schema;
   std::string section;
   for (std::string line; std::getline(doc, line);) {
-    if (line == "## Every item") {
-      section = "*";
-    } else if (line.rfind("## `", 0) == 0) {
-      section = Between(line, '`');
-    } else if (line.rfind("### `", 0) == 0 && line.find(" entries") != std::string::npos) {
-      section = Between(line, '`') + ".entries";
-    } else if (line.rfind("| `", 0) == 0 && !section.empty()) {
-      const size_t typeCell = line.find('|', 2);
-      const std::string type = line.substr(typeCell + 2, line.find('|', typeCell + 1) - typeCell - 3);
-      schema[section][Between(line, '`')] = ReadTypes(type);
+    if (line == "## Every item") section = "*";
+    if (line.rfind("## `", 0) == 0) section = InBackticks(line);
+    if (line.rfind("### `", 0) == 0) section = InBackticks(line) + ".entries";
+    if (line.rfind("| `", 0) == 0) {
+      const size_t cell = line.find('|', 2) + 1;
+      schema[section][InBackticks(line)] = ReadTypes(line.substr(cell, line.find('|', cell) - cell));
     }
   }
   return schema;
@@ -76,17 +66,16 @@ std::map<std::string, Section> ReadSchema() {
 void ExpectMatches(const JsonValue& object, const Section& section, const Section& common,
                    const std::string& line) {
   for (const auto& member : object.members) {
-    const auto found = section.count(member.first) ? section.find(member.first)
-                                                   : common.find(member.first);
-    ASSERT_TRUE(found != common.end()) << "undocumented key " << member.first << " in " << line;
-    EXPECT_EQ(found->second.types.count(member.second.type), 1u) << member.first << " in " << line;
+    const Section& keys = section.count(member.first) ? section : common;
+    ASSERT_TRUE(keys.count(member.first)) << "undocumented key " << member.first << " in " << line;
+    EXPECT_EQ(keys.at(member.first).types.count(member.second.type), 1u) << member.first;
   }
   for (const Section* keys : {&section, &common}) {
     for (const auto& key : *keys) {
-      if (key.second.optional) continue;
-      bool present = false;
-      for (const auto& member : object.members) present |= member.first == key.first;
-      EXPECT_TRUE(present) << "missing key " << key.first << " in " << line;
+      EXPECT_TRUE(key.second.optional || object.members.end() !=
+                  std::find_if(object.members.begin(), object.members.end(),
+                               [&key](const auto& member) { return member.first == key.first; }))
+          << "missing key " << key.first << " in " << line;
     }
   }
 }

@@ -50,21 +50,5 @@ TEST(HostStop, NothingFromTheModuleAfterTheStop) {
   }
 }
 
-// A signal during real-time playback: its own status, the storage root gone.
-TEST(HostStop, EverySignalHasItsStatus) {
-  TestFolder folder;
-  const std::string events =
-      folder.Write("events", "1416131460 $TMC SID=1\n1416131560 $TMC SID=2\n");
-  for (int number : {SIGINT, SIGTERM, SIGHUP, SIGQUIT}) {
-    ToolProcess host;
-    ASSERT_TRUE(host.Start(PELORIN_HOST_PROGRAM, {"--json", "--realtime", "1", events}));
-    ASSERT_TRUE(host.WaitForItem("tmc", ScaledMs(10000)));
-    host.Signal(number);
-    EXPECT_EQ(host.Wait(ScaledMs(10000)), 128 + number);
-    EXPECT_EQ(host.ItemsOfType("tmc").size(), 1u);
-    EXPECT_TRUE(host.TempDirEmpty()) << number;
-  }
-}
-
 }  // namespace
 }  // namespace pelorin_tool_test
