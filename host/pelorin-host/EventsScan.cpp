@@ -36,7 +36,6 @@ void EventsScan::StartLine() {
 }
 
 void EventsScan::Append(unsigned char byte) {
-  if (m_line.length == 0 && m_readInLine <= 1) m_line.start = m_offset;
   if (m_line.head.size() < LineShape::kHeadBytes) m_line.head += static_cast<char>(byte);
   if (IsBinary(byte) && m_binaryAt == UINT64_MAX) m_binaryAt = m_offset;
   if (m_line.firstBlank == LineShape::kNoBlank) {
