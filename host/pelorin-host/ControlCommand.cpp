@@ -4,6 +4,7 @@
 #include <cstdlib>
 
 #include "SpeedText.h"
+#include "host/common/TerminalText.h"
 
 namespace PelorinHost {
 namespace {
@@ -40,7 +41,8 @@ ControlCommand Invalid(const std::string& problem) {
 ControlCommand ParseSpeed(const std::string& argument) {
   ControlCommand command = Make(ControlCommand::kSpeed);
   if (!SpeedText::Parse(argument, &command.percent)) {
-    return Invalid("speed needs " + SpeedText::Accepted() + ", not '" + argument + "'");
+    return Invalid("speed needs " + SpeedText::Accepted() + ", not " +
+                   PelorinTools::TerminalText::Quoted(argument));
   }
   return command;
 }
@@ -55,8 +57,10 @@ ControlCommand ControlCommand::FromLine(const std::string& line) {
   const std::string argument = blank == std::string::npos ? "" : Trimmed(text.substr(blank));
   if (word == "speed") return ParseSpeed(argument);
   const bool known = word == "start" || word == "stop" || word == "quit";
-  if (!known) return Invalid("unknown command '" + word + "'");
-  if (!argument.empty()) return Invalid(word + " takes no argument, not '" + argument + "'");
+  if (!known) return Invalid("unknown command " + PelorinTools::TerminalText::Quoted(word));
+  if (!argument.empty()) {
+    return Invalid(word + " takes no argument, not " + PelorinTools::TerminalText::Quoted(argument));
+  }
   if (word == "start") return Make(kStart);
   if (word == "stop") return Make(kStop);
   return Make(kQuit);

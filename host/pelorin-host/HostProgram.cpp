@@ -209,12 +209,20 @@ int HostProgram::Run() {
   loader.Unload();
   g_output.store(nullptr);
   if (end.writeError == 0) end.writeError = output.WriteError();
+  TellTheEnd(end, error, trace.FinishedCount() > 0 ? &scan : nullptr);
+  return end.ExitStatus();
+}
+
+// Says on standard error what the items cannot: why the run could not go
+// on, a failed write (not a reader gone: that ends quietly), or how a
+// finished playback (`scan`, null when none finished) fell short.
+void HostProgram::TellTheEnd(const RunEnd& end, const std::string& error,
+                             const ScanResult* scan) const {
   if (end.unusable) Complain(error);
   if (end.writeError != 0 && end.writeError != EPIPE) {
     Complain(std::string("error writing standard output: ") + std::strerror(end.writeError));
   }
-  if (trace.FinishedCount() > 0 && end.writeError == 0) TellPlayback(scan);
-  return end.ExitStatus();
+  if (scan != nullptr && end.writeError == 0) TellPlayback(*scan);
 }
 
 // The main thread's watch: returns when the run is to end, with why in `end`.

@@ -39,6 +39,7 @@ class HostProgram {
   bool PrepareRoot(StorageRoot& root, std::string* error) const;
   bool ScanEvents(const StorageRoot& root, ScanResult* scan, std::string* error);
   void TellPlayback(const ScanResult& scan) const;
+  void TellTheEnd(const RunEnd& end, const std::string& error, const ScanResult* scan) const;
   void WaitForTheEnd(HeadUnit& unit, Output& output, const Reporter& reporter,
                      const TraceFollower& trace, EndSignal& endSignal, RunEnd* end) const;
 

@@ -141,11 +141,12 @@ TEST(HostControls, LinesBecomeCommands) {
   EXPECT_EQ(speed.kind, ControlCommand::kSpeed);
   EXPECT_EQ(speed.percent, 250);
   // Every problem is told the same way, with the commands there are.
-  for (const char* bad : {"speed", "speed 0", "speed 12y", "start now", "jump"}) {
+  for (const char* bad : {"speed", "speed 0", "speed 12y", "start now", "jump", "\x1b]0;x\x07"}) {
     const ControlCommand command = ControlCommand::FromLine(bad);
     EXPECT_EQ(command.kind, ControlCommand::kInvalid) << bad;
     EXPECT_EQ(command.error.rfind("ignored: ", 0), 0u) << command.error;
     EXPECT_NE(command.error.find("(commands: start, stop, speed SPEED, quit)"), std::string::npos);
+    EXPECT_EQ(command.error.find_first_of("\x1b\x07"), std::string::npos);  // nothing raw
   }
   // The arrow keys step the speed within its range.
   EXPECT_EQ(StepSpeed(100, true), 200);
