@@ -1,6 +1,8 @@
 #include "HostProgram.h"
 
+#include <fcntl.h>
 #include <signal.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <atomic>
@@ -64,12 +66,28 @@ void CatchSignals() {
 
 void Complain(const std::string& text) { std::fprintf(stderr, "pelorin-host: %s\n", text.c_str()); }
 
+// Events that can be read only once (standard input, a pipe such as
+// <(command)): the host reads them first, so the module plays a copy.
+bool ReadOnce(const std::string& eventsFile) {
+  struct stat info {};
+  return eventsFile == "-" ||
+         (::stat(eventsFile.c_str(), &info) == 0 && (S_ISFIFO(info.st_mode) || S_ISCHR(info.st_mode)));
+}
+
+// The descriptor to copy `eventsFile` from; -1 with `error` set.
+int OpenOnce(const std::string& eventsFile, std::string* error) {
+  if (eventsFile == "-") return STDIN_FILENO;
+  const int fd = ::open(eventsFile.c_str(), O_RDONLY | O_CLOEXEC);
+  if (fd < 0) *error = TerminalText::Escaped(eventsFile) + ": " + std::strerror(errno);
+  return fd;
+}
+
 PlaybackSettings SettingsFor(const Options& options, const std::string& eventsFile,
                              const std::string& tpegsDir) {
   PlaybackSettings settings;
-  const bool standardInput = eventsFile == "-";
-  settings.eventsFile = standardInput ? StorageRoot::InputCopyPath() : AbsolutePath(eventsFile);
-  const std::string defaultTpegs = standardInput ? AbsolutePath(".") : DirectoryOf(settings.eventsFile);
+  const bool copied = ReadOnce(eventsFile);
+  settings.eventsFile = copied ? StorageRoot::InputCopyPath() : AbsolutePath(eventsFile);
+  const std::string defaultTpegs = copied ? AbsolutePath(".") : DirectoryOf(settings.eventsFile);
   settings.tpegsDir = AbsolutePath(tpegsDir.empty() ? defaultTpegs : tpegsDir);
   while (settings.tpegsDir.size() > 1 && settings.tpegsDir.back() == '/')
     settings.tpegsDir.pop_back();
@@ -107,7 +125,11 @@ bool HostProgram::PrepareRoot(StorageRoot& root, std::string* error) const {
     eventsFile = example + "/quillan/events";
   }
   if (!root.MakePrivate(SettingsFor(m_options, eventsFile, m_options.tpegsDir), error)) return false;
-  return eventsFile != "-" || root.CopyInput(STDIN_FILENO, error);
+  if (!ReadOnce(eventsFile)) return true;
+  const int fd = OpenOnce(eventsFile, error);
+  const bool copied = fd >= 0 && root.CopyInput(fd, error);
+  if (fd > STDIN_FILENO) ::close(fd);
+  return copied;
 }
 
 // Reads the events file the module will play, as the module will; false
