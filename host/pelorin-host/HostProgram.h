@@ -6,7 +6,8 @@
 // write or a reader gone), and shuts everything down in order: output
 // closed, playback halted, online traffic and controls stopped, module down
 // and destroyed, library closed, private storage root removed. It reads the
-// events file beforehand to tell where playback will stop. RunEnd turns
+// events file beforehand to tell where playback will stop (events that can
+// be read only once, standard input or a pipe, are played from a copy). RunEnd turns
 // how the run ended into the exit status.
 
 #include <string>

@@ -284,7 +284,8 @@ Playback (written into the private Pelorin.cfg):
   --autostart       interactive playback starts without a start event
   --paused          do not raise the start event (start with --control)
   --tpegs-dir DIR   folder of the TPEG files that "setNewData" names
-                    (default: the folder of EVENTS)
+                    (default: the folder of EVENTS; for "-" or a pipe,
+                    the working folder)
   SPEED is a factor of the recorded speed, 0.01 to 21474836.47, written as
   a plain decimal number: 2 or 2x is twice as fast, 200% the same; the
   module plays whole percents.
