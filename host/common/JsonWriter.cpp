@@ -192,6 +192,11 @@ void JsonWriter::Null() {
   m_text += "null";
 }
 
+void JsonWriter::Bool(bool value) {
+  BeforeValue();
+  m_text += value ? "true" : "false";
+}
+
 void JsonWriter::Milliseconds(uint64_t micros) {
   BeforeValue();
   AppendMilliseconds(m_text, micros);

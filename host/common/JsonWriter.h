@@ -31,6 +31,7 @@ class JsonWriter {
   void Int(int64_t value);
   void Uint(uint64_t value);
   void Null();
+  void Bool(bool value);
   // Milliseconds given in microseconds, written as a number with up to three
   // decimals ("12.5", "7", "1003.125").
   void Milliseconds(uint64_t micros);

@@ -1,14 +1,15 @@
 #include "ControlCommand.h"
 
 #include <cctype>
-#include <cerrno>
 #include <cstdlib>
+
+#include "SpeedText.h"
+#include "host/common/TerminalText.h"
 
 namespace PelorinHost {
 namespace {
 
-constexpr int32_t kMinPercent = 1;
-constexpr int32_t kMaxPercent = 100000;
+const char kCommands[] = "commands: start, stop, speed SPEED, quit";
 
 std::string Trimmed(const std::string& text) {
   size_t begin = 0;
@@ -29,22 +30,20 @@ ControlCommand Make(ControlCommand::Kind kind) {
   return command;
 }
 
-ControlCommand Invalid(const std::string& error) {
+// Every problem with a line is told the same way: what is wrong, then the
+// commands there are.
+ControlCommand Invalid(const std::string& problem) {
   ControlCommand command = Make(ControlCommand::kInvalid);
-  command.error = error;
+  command.error = "ignored: " + problem + " (" + kCommands + ")";
   return command;
 }
 
 ControlCommand ParseSpeed(const std::string& argument) {
-  errno = 0;
-  char* end = nullptr;
-  const long percent = std::strtol(argument.c_str(), &end, 10);
-  if (argument.empty() || errno != 0 || *end != '\0' || percent < kMinPercent ||
-      percent > kMaxPercent) {
-    return Invalid("speed needs a percentage from 1 to 100000 (100 is recorded speed)");
-  }
   ControlCommand command = Make(ControlCommand::kSpeed);
-  command.percent = static_cast<int32_t>(percent);
+  if (!SpeedText::Parse(argument, &command.percent)) {
+    return Invalid("speed needs " + SpeedText::Accepted() + ", not " +
+                   PelorinTools::TerminalText::Quoted(argument));
+  }
   return command;
 }
 
@@ -57,17 +56,20 @@ ControlCommand ControlCommand::FromLine(const std::string& line) {
   const std::string word = text.substr(0, blank);
   const std::string argument = blank == std::string::npos ? "" : Trimmed(text.substr(blank));
   if (word == "speed") return ParseSpeed(argument);
-  if (!argument.empty()) return Invalid(word + " takes no argument");
+  const bool known = word == "start" || word == "stop" || word == "quit";
+  if (!known) return Invalid("unknown command " + PelorinTools::TerminalText::Quoted(word));
+  if (!argument.empty()) {
+    return Invalid(word + " takes no argument, not " + PelorinTools::TerminalText::Quoted(argument));
+  }
   if (word == "start") return Make(kStart);
   if (word == "stop") return Make(kStop);
-  if (word == "quit") return Make(kQuit);
-  return Invalid("unknown command '" + word + "' (start, stop, speed PERCENT, quit)");
+  return Make(kQuit);
 }
 
 int32_t StepSpeed(int32_t percent, bool faster) {
   const int64_t next = faster ? int64_t{percent} * 2 : percent / 2;
-  if (next < kMinPercent) return kMinPercent;
-  if (next > kMaxPercent) return kMaxPercent;
+  if (next < SpeedText::kMinPercent) return SpeedText::kMinPercent;
+  if (next > SpeedText::kMaxPercent) return SpeedText::kMaxPercent;
   return static_cast<int32_t>(next);
 }
 
@@ -107,6 +109,10 @@ ControlCommand KeyDecoder::Feed(unsigned char byte, std::string* echo) {
       return Make(ControlCommand::kNone);
     case ' ':
       if (m_line.empty()) return Make(ControlCommand::kToggle);
+      break;
+    case 'q':
+    case 'Q':
+      if (m_line.empty()) return Make(ControlCommand::kQuit);
       break;
     default:
       break;

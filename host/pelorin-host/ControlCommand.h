@@ -1,8 +1,9 @@
 #pragma once
 // ControlCommand: one command of the control input, from a line ("start",
-// "stop", "speed PERCENT", "quit"; letter case and surrounding blanks do not
-// matter, empty lines are nothing) or from a key on a terminal (space
-// toggles start and stop; up/right double the speed, down/left halve it).
+// "stop", "speed SPEED" with SPEED as SpeedText reads it, "quit"; letter
+// case and surrounding blanks do not matter, empty lines are nothing) or
+// from a key on a terminal (space toggles start and stop; q quits; up/right
+// double the speed, down/left halve it).
 // KeyDecoder turns the bytes of a terminal in raw mode into commands and
 // edits the line being typed. Plain values; no threads.
 
@@ -25,13 +26,13 @@ struct ControlCommand {
     kInvalid
   };
   Kind kind = kNone;
-  int32_t percent = 0;  // kSpeed
-  std::string error;    // kInvalid: what is wrong with the line
+  int32_t percent = 0;  // kSpeed: percent of the recorded speed
+  std::string error;    // kInvalid: what is wrong with the line, and the commands
 
   static ControlCommand FromLine(const std::string& line);
 };
 
-// The speed after kFaster or kSlower, kept within 1 to 100000 percent.
+// The speed after kFaster or kSlower, kept within SpeedText's range.
 int32_t StepSpeed(int32_t percent, bool faster);
 
 class KeyDecoder {

@@ -34,11 +34,17 @@ bool Controls::Start() {
   return true;
 }
 
+void Controls::Wake() {
+  if (!m_thread.joinable() || m_woken) return;
+  m_woken = true;
+  const char wake = 'x';
+  while (::write(m_wakePipe[1], &wake, 1) < 0 && errno == EINTR) {
+  }
+}
+
 void Controls::Stop() {
   if (m_thread.joinable()) {
-    const char wake = 'x';
-    while (::write(m_wakePipe[1], &wake, 1) < 0 && errno == EINTR) {
-    }
+    Wake();
     m_thread.join();
   }
   if (m_terminal) {
@@ -70,6 +76,7 @@ void Controls::ReadLoop() {
   if (!m_terminal && !m_pendingLine.empty() && !Execute(ControlCommand::FromLine(m_pendingLine))) {
     return;
   }
+  Complain("end of the control input: quitting");
   m_endSignal.Raise(EndSignal::kInputEnded);
 }
 
@@ -125,6 +132,7 @@ bool Controls::Execute(const ControlCommand& command) {
       m_endSignal.Raise(EndSignal::kQuit);
       return false;
     case ControlCommand::kEndOfInput:
+      Complain("end of the control input: quitting");
       m_endSignal.Raise(EndSignal::kInputEnded);
       return false;
     case ControlCommand::kInvalid:

@@ -3,9 +3,10 @@
 // and carries out its commands on the ControlTarget, as the HMI would. On a
 // terminal it switches the terminal to single keys (restored by Stop) and
 // echoes the line being typed on the status descriptor. "quit" and the end
-// of the input are raised on the EndSignal for the main thread; problems
-// with a line are reported on the status descriptor and otherwise ignored.
-// Start and Stop are called by the main thread.
+// of the input are raised on the EndSignal for the main thread (the end of
+// the input is also told on the status descriptor); problems with a line
+// are reported there and otherwise ignored.
+// Start, Wake and Stop are called by the main thread.
 
 #include <termios.h>
 
@@ -29,6 +30,8 @@ class Controls {
   Controls& operator=(const Controls&) = delete;
 
   bool Start();
+  // Tells the thread to end, without waiting for it.
+  void Wake();
   // Ends the thread (also while it waits for input) and restores the terminal.
   void Stop();
 
@@ -47,6 +50,7 @@ class Controls {
   bool m_terminal = false;
   termios m_savedTerminal{};
   int m_wakePipe[2] = {-1, -1};
+  bool m_woken = false;
   std::thread m_thread;
   std::string m_pendingLine;
   KeyDecoder m_keys;

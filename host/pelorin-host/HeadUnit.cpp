@@ -1,5 +1,6 @@
 #include "HeadUnit.h"
 
+#include <chrono>
 #include <cmath>
 
 #include "HmiModule.h"
@@ -8,6 +9,7 @@
 #include "Reporter.h"
 #include "SimulatedOnlineTraffic.h"
 #include "TraceFollower.h"
+#include "host/common/TerminalText.h"
 #include "player/PlayerService.h"
 #include "producers/RecordDispatcher.h"
 #include "producers/TrafficListenerRegistry.h"
@@ -34,6 +36,34 @@ HeadUnit::HeadUnit(ModuleLoader& module, Reporter& reporter, SimulatedOnlineTraf
 
 HeadUnit::~HeadUnit() { Shutdown(); }
 
+bool HeadUnit::EnterCall() {
+  std::unique_lock<std::mutex> lock(m_gateLock);
+  m_gateFree.wait(lock, [this] { return !m_inCall; });
+  if (!m_moduleUp || m_halted.load()) return false;
+  m_inCall = true;
+  return true;
+}
+
+void HeadUnit::LeaveCall() {
+  {
+    std::lock_guard<std::mutex> lock(m_gateLock);
+    m_inCall = false;
+  }
+  m_gateFree.notify_all();
+}
+
+// Never waits: a control call that hangs in the module must not hold the
+// end of the run.
+void HeadUnit::Halt() {
+  {
+    std::lock_guard<std::mutex> lock(m_gateLock);
+    if (m_halted.exchange(true) || m_inCall || !m_moduleUp) return;
+    m_inCall = true;
+  }
+  if (m_trace.Runner() == RunnerKind::kInteractive) m_events.Raise(SimulatedEvents::kStopEvent);
+  LeaveCall();
+}
+
 bool HeadUnit::BringUp(std::string* error) {
   m_module.SetInterface()(kHostInterfaceId, kHostInterfaceVersion,
                           static_cast<HostInterface*>(&m_host));
@@ -50,7 +80,10 @@ bool HeadUnit::BringUp(std::string* error) {
   module->SetInterface(kEventInterfaceId, 0, 0, static_cast<EventInterface*>(&m_events));
   module->SetInterface(kDataPoolInterfaceId, 0, 0, static_cast<DataPoolInterface*>(&m_dataPool));
   module->OnRunLevel(kModuleRunLevel, 1);
-  m_moduleUp = true;
+  {
+    std::lock_guard<std::mutex> lock(m_gateLock);
+    m_moduleUp = true;
+  }
   if (m_host.PlayerService() == nullptr) {
     *error = "the module published no player service at run level 200";
     return false;
@@ -83,7 +116,7 @@ bool HeadUnit::Start(bool raiseStartEvent, std::string* error) {
   if (status != 0) {
     const std::string cause = m_trace.FirstFailure();
     *error = "playback cannot start (Run returned " + std::to_string(status) + ")" +
-             (cause.empty() ? std::string() : ": " + cause);
+             (cause.empty() ? std::string() : ": " + PelorinTools::TerminalText::Escaped(cause));
     return false;
   }
   // A module that did not say which runner it chose runs the interactive
@@ -97,23 +130,32 @@ bool HeadUnit::Start(bool raiseStartEvent, std::string* error) {
   return true;
 }
 
-void HeadUnit::Shutdown() {
+bool HeadUnit::Shutdown(uint32_t patienceMs) {
   {
-    std::lock_guard<std::mutex> guard(m_callGate);
-    if (m_moduleUp) {
-      HmiModule* module = m_host.Module();
-      if (module != nullptr) module->OnRunLevel(kModuleRunLevel, -1);
-      m_moduleUp = false;
-    }
-    m_host.ForgetPlayerService();
-    m_events.Clear();
-    m_dataPool.Clear();
+    std::unique_lock<std::mutex> lock(m_gateLock);
+    m_halted.store(true);
+    const auto patience = std::chrono::milliseconds(patienceMs);
+    if (!m_gateFree.wait_for(lock, patience, [this] { return !m_inCall; })) return false;
+    m_inCall = true;
   }
+  if (m_moduleUp) {
+    HmiModule* module = m_host.Module();
+    if (module != nullptr) module->OnRunLevel(kModuleRunLevel, -1);
+  }
+  m_host.ForgetPlayerService();
+  m_events.Clear();
+  m_dataPool.Clear();
+  {
+    std::lock_guard<std::mutex> lock(m_gateLock);
+    m_moduleUp = false;
+  }
+  LeaveCall();
   if (m_created) {
     m_module.DestroyModule()();
     m_created = false;
   }
   m_playing.store(false);
+  return true;
 }
 
 StatusInfo HeadUnit::Status(uint32_t records, int64_t recordTime) const {
@@ -142,23 +184,23 @@ StatusInfo HeadUnit::Status(uint32_t records, int64_t recordTime) const {
 }
 
 void HeadUnit::StartPlayback() {
-  std::lock_guard<std::mutex> guard(m_callGate);
-  if (!m_moduleUp) return;
+  if (!EnterCall()) return;
   m_playing.store(true);
   m_events.Raise(SimulatedEvents::kStartEvent);
+  LeaveCall();
 }
 
 void HeadUnit::StopPlayback() {
-  std::lock_guard<std::mutex> guard(m_callGate);
-  if (!m_moduleUp) return;
+  if (!EnterCall()) return;
   m_playing.store(false);
   m_events.Raise(SimulatedEvents::kStopEvent);
+  LeaveCall();
 }
 
 void HeadUnit::SetSpeedPercent(int32_t percent) {
-  std::lock_guard<std::mutex> guard(m_callGate);
-  if (!m_moduleUp) return;
+  if (!EnterCall()) return;
   if (m_dataPool.SetSpeedPercent(percent)) m_speedPercent.store(percent);
+  LeaveCall();
 }
 
 }  // namespace PelorinHost

@@ -8,15 +8,22 @@
 //             RecordDispatcher, attach the online traffic service through
 //             its OnlineTrafficReply, Run, and with the interactive runner
 //             the start event 0x4c000000.
+//   Halt:     (at the end of a run) the stop event for interactive playback,
+//             so that playback goes inert while the module goes down.
 //   Shutdown: run level 200 downwards, hmi_destroyModule.
 // The module's speed table is set to the runner's configured speed before
 // playback starts, as the HMI's data pool would hold it, so that the start
 // event (which reads the speed from the data pool) keeps that speed.
-// Start and Shutdown run on the main thread; the ControlTarget operations on
-// the controls thread. Shutdown waits for a control call in progress and
-// ignores later ones, so the module is never called after it went down.
+// Start, Halt and Shutdown run on the main thread; the ControlTarget
+// operations on the controls thread. From Halt on, control calls are
+// ignored; Shutdown waits for a control call in progress, so the module is
+// never called after it went down. A control call can hang in the module
+// (a start or speed change waits for a playback step that waits for an
+// online traffic answer): Shutdown then gives up after its patience and
+// leaves the module up.
 
 #include <atomic>
+#include <condition_variable>
 #include <cstdint>
 #include <mutex>
 #include <string>
@@ -46,7 +53,12 @@ class HeadUnit : public ControlTarget {
   // False with `error` (one line naming the cause) when the module cannot be
   // brought up or playback cannot start; Shutdown is still needed then.
   bool Start(bool raiseStartEvent, std::string* error);
-  void Shutdown();
+  void Halt();
+  // False when a control call still hangs in the module after `patienceMs`:
+  // the module was left as it is.
+  bool Shutdown(uint32_t patienceMs = kShutdownPatienceMs);
+
+  static constexpr uint32_t kShutdownPatienceMs = 2000;
 
   // The module reported the end of playback.
   void OnFinished() { m_playing.store(false); }
@@ -71,7 +83,17 @@ class HeadUnit : public ControlTarget {
   SimulatedDataPool m_dataPool;
   TrafficRecorder m_recorder;
 
-  std::mutex m_callGate;  // held by every call into the module from a control
+  // False when the module is not to be called any more; else the gate is
+  // taken until LeaveCall.
+  bool EnterCall();
+  void LeaveCall();
+
+  // The call gate: one call into the module from a control at a time, and
+  // none while the module goes down. m_inCall and m_moduleUp under m_gateLock.
+  std::mutex m_gateLock;
+  std::condition_variable m_gateFree;
+  bool m_inCall = false;
+  std::atomic<bool> m_halted{false};
   bool m_moduleUp = false;
   bool m_created = false;
   std::atomic<int32_t> m_speedPercent{100};

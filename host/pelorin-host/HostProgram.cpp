@@ -1,25 +1,34 @@
 #include "HostProgram.h"
 
+#include <fcntl.h>
 #include <signal.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <atomic>
+#include <cerrno>
 #include <chrono>
 #include <cstdio>
+#include <cstdlib>
+#include <cstring>
 #include <memory>
 
+#include "ConfiguredEvents.h"
 #include "Controls.h"
 #include "EndSignal.h"
+#include "EventsScan.h"
 #include "HeadUnit.h"
 #include "ModuleLoader.h"
 #include "Output.h"
 #include "Paths.h"
 #include "Reporter.h"
+#include "RunEnd.h"
 #include "SimulatedOnlineTraffic.h"
 #include "StatusLine.h"
 #include "Storage.h"
 #include "StorageRoot.h"
 #include "TraceFollower.h"
+#include "host/common/TerminalText.h"
 
 #ifndef PELORIN_INSTALL_DATADIR
 #define PELORIN_INSTALL_DATADIR "share"
@@ -31,28 +40,55 @@
 namespace PelorinHost {
 namespace {
 
+using PelorinTools::TerminalText;
+
 constexpr uint32_t kLoopPeriodMs = 50;
 constexpr int kStatusEveryLoops = 4;
+constexpr int kReaderCheckEveryLoops = 20;  // about once a second
 
 std::atomic<int> g_signal{0};
+std::atomic<Output*> g_output{nullptr};
 
-void OnSignal(int number) { g_signal.store(number); }
+// The stop is decided when the signal arrives: from then on nothing more
+// reaches the output.
+void OnSignal(int number) {
+  g_signal.store(number);
+  Output* output = g_output.load();
+  if (output != nullptr) output->RefuseLines();
+}
 
 void CatchSignals() {
   struct sigaction action {};
   action.sa_handler = &OnSignal;
   sigemptyset(&action.sa_mask);
-  sigaction(SIGINT, &action, nullptr);
-  sigaction(SIGTERM, &action, nullptr);
+  for (int number : {SIGINT, SIGTERM, SIGHUP, SIGQUIT}) sigaction(number, &action, nullptr);
 }
 
 void Complain(const std::string& text) { std::fprintf(stderr, "pelorin-host: %s\n", text.c_str()); }
 
+// Events that can be read only once (standard input, a pipe such as
+// <(command)): the host reads them first, so the module plays a copy.
+bool ReadOnce(const std::string& eventsFile) {
+  struct stat info {};
+  return eventsFile == "-" ||
+         (::stat(eventsFile.c_str(), &info) == 0 && (S_ISFIFO(info.st_mode) || S_ISCHR(info.st_mode)));
+}
+
+// The descriptor to copy `eventsFile` from; -1 with `error` set.
+int OpenOnce(const std::string& eventsFile, std::string* error) {
+  if (eventsFile == "-") return STDIN_FILENO;
+  const int fd = ::open(eventsFile.c_str(), O_RDONLY | O_CLOEXEC);
+  if (fd < 0) *error = TerminalText::Escaped(eventsFile) + ": " + std::strerror(errno);
+  return fd;
+}
+
 PlaybackSettings SettingsFor(const Options& options, const std::string& eventsFile,
                              const std::string& tpegsDir) {
   PlaybackSettings settings;
-  settings.eventsFile = AbsolutePath(eventsFile);
-  settings.tpegsDir = AbsolutePath(tpegsDir.empty() ? DirectoryOf(settings.eventsFile) : tpegsDir);
+  const bool copied = ReadOnce(eventsFile);
+  settings.eventsFile = copied ? StorageRoot::InputCopyPath() : AbsolutePath(eventsFile);
+  const std::string defaultTpegs = copied ? AbsolutePath(".") : DirectoryOf(settings.eventsFile);
+  settings.tpegsDir = AbsolutePath(tpegsDir.empty() ? defaultTpegs : tpegsDir);
   while (settings.tpegsDir.size() > 1 && settings.tpegsDir.back() == '/')
     settings.tpegsDir.pop_back();
   settings.interactive = options.runner == RunnerChoice::kInteractive;
@@ -88,20 +124,64 @@ bool HostProgram::PrepareRoot(StorageRoot& root, std::string* error) const {
     if (!m_options.SetsConfiguration()) return root.UseFolder(example, error);
     eventsFile = example + "/quillan/events";
   }
-  return root.MakePrivate(SettingsFor(m_options, eventsFile, m_options.tpegsDir), error);
+  if (!root.MakePrivate(SettingsFor(m_options, eventsFile, m_options.tpegsDir), error)) return false;
+  if (!ReadOnce(eventsFile)) return true;
+  const int fd = OpenOnce(eventsFile, error);
+  const bool copied = fd >= 0 && root.CopyInput(fd, error);
+  if (fd > STDIN_FILENO) ::close(fd);
+  return copied;
+}
+
+// Reads the events file the module will play, as the module will; false
+// with `error` naming the OS reason when it cannot be read at all.
+bool HostProgram::ScanEvents(const StorageRoot& root, ScanResult* scan, std::string* error) {
+  const std::string path = Storage::MapPath(ConfiguredEvents::PathIn(root.Path()));
+  m_eventsName = m_options.eventsFile == "-" ? "standard input"
+                 : m_options.eventsFile.empty() ? path
+                                                : m_options.eventsFile;
+  std::string reason;
+  if (EventsScan::ScanFile(path, scan, &reason)) return true;
+  *error = TerminalText::Escaped(m_eventsName) + ": " + reason;
+  return false;
+}
+
+// What a finished playback tells on standard error besides the items.
+void HostProgram::TellPlayback(const ScanResult& scan) const {
+  const std::string name = TerminalText::Escaped(m_eventsName);
+  if (!scan.complete) {
+    Complain(name + ":" + std::to_string(scan.stopLine) +
+             ": playback ended before the end of the file: " + TerminalText::Escaped(scan.reason));
+  } else if (scan.records == 0) {
+    Complain(name + ": the recording is empty: nothing to play");
+  } else if (scan.playable == 0) {
+    Complain(name + ": the recording holds no $TMC, $TSL or $TOT record: nothing to play");
+  }
 }
 
 int HostProgram::Run() {
+  CatchSignals();
   std::string error;
   StorageRoot root;
-  if (!PrepareRoot(root, &error)) {
-    Complain(error);
-    return kExitUnusable;
+  ScanResult scan;
+  bool ready = PrepareRoot(root, &error);
+  if (ready) {
+    Storage::SetStorageRoot(root.Path());
+    ready = ScanEvents(root, &scan, &error);
   }
-  Storage::SetStorageRoot(root.Path());
+  RunEnd end;
+  end.signal = g_signal.load();
+  if (end.signal != 0) return end.ExitStatus();
+  if (!ready) {
+    Complain(error);
+    end.unusable = true;
+    return end.ExitStatus();
+  }
 
   Output output(STDOUT_FILENO, STDERR_FILENO);
+  g_output.store(&output);
+  if (g_signal.load() != 0) output.RefuseLines();
   Reporter reporter(output, m_options.json);
+  reporter.SetFileScan(scan);
   EndSignal endSignal;
   TraceFollower trace(reporter, endSignal, m_options.traceLevel);
   trace.Install();
@@ -110,60 +190,95 @@ int HostProgram::Run() {
   const std::string modulePath =
       m_options.modulePath.empty() ? ModuleLoader::DefaultPath(m_programDir) : m_options.modulePath;
   if (!loader.Load(modulePath, &error)) {
+    g_output.store(nullptr);
     trace.Remove();
     Complain(error);
-    return kExitUnusable;
+    end.unusable = true;
+    return end.ExitStatus();
   }
 
-  CatchSignals();
   SimulatedOnlineTraffic onlineTraffic(reporter, m_options.tpegLatencyMs, m_options.tpegOffline);
   auto unit = std::make_unique<HeadUnit>(loader, reporter, onlineTraffic, trace);
   std::unique_ptr<Controls> controls;
-  int exitStatus = kExitDone;
 
   if (!unit->Start(!m_options.paused, &error)) {
-    exitStatus = kExitUnusable;
+    end.unusable = true;
   } else {
     if (m_options.control) {
       controls = std::make_unique<Controls>(*unit, endSignal, output, STDIN_FILENO, STDERR_FILENO);
       controls->Start();
     }
-    const bool statusWanted = isatty(STDERR_FILENO) == 1;
-    StatusLine status(output, statusWanted);
-    const auto started = std::chrono::steady_clock::now();
-    const auto limit = std::chrono::duration<double>(m_options.timeoutSeconds);
-    for (int loop = 0;; ++loop) {
-      const uint32_t reasons = endSignal.WaitFor(kLoopPeriodMs);
-      output.Flush();
-      if (reasons & EndSignal::kFinished) unit->OnFinished();
-      if (g_signal.load() != 0) {
-        exitStatus = 128 + g_signal.load();
-        break;
-      }
-      if (m_options.timeoutSeconds > 0.0 && std::chrono::steady_clock::now() - started >= limit) {
-        exitStatus = kExitTimeout;
-        break;
-      }
-      if ((reasons & (EndSignal::kQuit | EndSignal::kInputEnded)) != 0) break;
-      if ((reasons & EndSignal::kFinished) != 0 && !m_options.control) break;
-      if (loop % kStatusEveryLoops == 0 && trace.Runner() != RunnerKind::kBatched) {
-        status.Update(unit->Status(reporter.RecordsPlayed(), reporter.RecordTime()));
-      }
-    }
-    status.Clear();
+    WaitForTheEnd(*unit, output, reporter, trace, endSignal, &end);
+    end.playedPart = trace.FinishedCount() > 0 && !scan.complete;
   }
 
-  // A producer waiting for an answer holds playback (and a control call that
-  // waits for it): free it before anything waits for playback to stop.
-  onlineTraffic.Drain();
+  // The end is decided: first nothing more from the module reaches the
+  // output, then playback goes inert, the waits are released, and only then
+  // does the module go down.
+  output.Close();
+  unit->Halt();
+  onlineTraffic.Stop();
+  if (controls) controls->Wake();
+  if (!unit->Shutdown()) {
+    Complain("a control call still waits in the module; leaving it without shutting it down");
+    root.Remove();
+    std::fflush(stderr);
+    std::_Exit(end.ExitStatus());
+  }
   if (controls) controls->Stop();
-  unit->Shutdown();
   unit.reset();
   trace.Remove();
   loader.Unload();
-  output.Flush();
-  if (exitStatus == kExitUnusable) Complain(error);
-  return exitStatus;
+  g_output.store(nullptr);
+  if (end.writeError == 0) end.writeError = output.WriteError();
+  TellTheEnd(end, error, trace.FinishedCount() > 0 ? &scan : nullptr);
+  return end.ExitStatus();
+}
+
+// Says on standard error what the items cannot: why the run could not go
+// on, a failed write (not a reader gone: that ends quietly), or how a
+// finished playback (`scan`, null when none finished) fell short.
+void HostProgram::TellTheEnd(const RunEnd& end, const std::string& error,
+                             const ScanResult* scan) const {
+  if (end.unusable) Complain(error);
+  if (end.writeError != 0 && end.writeError != EPIPE) {
+    Complain(std::string("error writing standard output: ") + std::strerror(end.writeError));
+  }
+  if (scan != nullptr && end.writeError == 0) TellPlayback(*scan);
+}
+
+// The main thread's watch: returns when the run is to end, with why in `end`.
+void HostProgram::WaitForTheEnd(HeadUnit& unit, Output& output, const Reporter& reporter,
+                                const TraceFollower& trace, EndSignal& endSignal,
+                                RunEnd* end) const {
+  const bool statusWanted = isatty(STDERR_FILENO) == 1;
+  StatusLine status(output, statusWanted);
+  const auto started = std::chrono::steady_clock::now();
+  const auto limit = std::chrono::duration<double>(m_options.timeoutSeconds);
+  for (int loop = 1;; ++loop) {
+    const uint32_t reasons = endSignal.WaitFor(kLoopPeriodMs);
+    output.Flush();
+    if (reasons & EndSignal::kFinished) unit.OnFinished();
+    if (g_signal.load() != 0) {
+      end->signal = g_signal.load();
+      break;
+    }
+    if (output.WriteError() != 0) break;
+    if (loop % kReaderCheckEveryLoops == 0 && output.ReaderGone()) {
+      end->writeError = EPIPE;
+      break;
+    }
+    if (m_options.timeoutSeconds > 0.0 && std::chrono::steady_clock::now() - started >= limit) {
+      end->timedOut = true;
+      break;
+    }
+    if ((reasons & (EndSignal::kQuit | EndSignal::kInputEnded)) != 0) break;
+    if ((reasons & EndSignal::kFinished) != 0 && !m_options.control) break;
+    if (loop % kStatusEveryLoops == 0 && trace.Runner() != RunnerKind::kBatched) {
+      status.Update(unit.Status(reporter.RecordsPlayed(), reporter.RecordTime()));
+    }
+  }
+  status.Clear();
 }
 
 }  // namespace PelorinHost

@@ -5,11 +5,13 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "SpeedText.h"
+
 namespace PelorinHost {
 namespace {
 
 bool ParseDouble(const std::string& text, double* value) {
-  if (text.empty()) return false;
+  if (text.empty() || text.find_first_not_of("0123456789.") != std::string::npos) return false;
   errno = 0;
   char* end = nullptr;
   const double parsed = std::strtod(text.c_str(), &end);
@@ -86,7 +88,9 @@ const OptionSpec kOptions[] = {
     {"--help", Kind::kFlag},         {"--version", Kind::kFlag},
 };
 
-const OptionSpec* FindOption(const std::string& name) {
+const OptionSpec* FindOption(std::string name) {
+  if (name == "-h") name = "--help";
+  if (name == "-V") name = "--version";
   for (const OptionSpec& option : kOptions) {
     if (name == option.name) return &option;
   }
@@ -103,24 +107,27 @@ bool SetRunner(Options* options, RunnerChoice runner, const std::string& name, s
   return true;
 }
 
+bool ParseSpeed(const std::string& name, const std::string& value, double* speed,
+                std::string* error) {
+  int32_t percent = 0;
+  if (!SpeedText::Parse(value, &percent)) {
+    *error = name + " needs " + SpeedText::Accepted() + ", not '" + value + "'";
+    return false;
+  }
+  *speed = percent / 100.0;
+  return true;
+}
+
 bool ApplyValue(Options* options, const std::string& name, const std::string& value,
                 std::string* error) {
   double number = 0.0;
   long integer = 0;
   if (name == "--realtime") {
-    if (!ParseDouble(value, &number) || number <= 0.0) {
-      *error = "--realtime needs a speed factor greater than 0, not '" + value + "'";
-      return false;
-    }
-    options->realtimeSpeed = number;
+    if (!ParseSpeed(name, value, &options->realtimeSpeed, error)) return false;
     return SetRunner(options, RunnerChoice::kRealtime, name, error);
   }
   if (name == "--speed") {
-    if (!ParseDouble(value, &number) || number <= 0.0) {
-      *error = "--speed needs a factor greater than 0, not '" + value + "'";
-      return false;
-    }
-    options->speed = number;
+    if (!ParseSpeed(name, value, &options->speed, error)) return false;
   } else if (name == "--tpegs-dir") {
     if (value.empty()) {
       *error = "--tpegs-dir needs a folder";
@@ -185,6 +192,10 @@ bool CheckCombinations(const Options& options, std::string* error) {
     *error = "--root and an events file cannot be given together";
     return false;
   }
+  if (options.eventsFile == "-" && options.control) {
+    *error = "--control reads standard input, so the events cannot come from it ('-')";
+    return false;
+  }
   if (!options.rootDir.empty() && options.SetsConfiguration()) {
     *error = "--root plays DIR/quillan/Pelorin.cfg as it stands; playback options cannot be added";
     return false;
@@ -231,7 +242,7 @@ bool ParseOptions(int argc, const char* const* argv, Options* options, std::stri
         *error = arg + " takes no value";
         return false;
       }
-      if (!ApplyFlag(options, arg, error)) return false;
+      if (!ApplyFlag(options, option->name, error)) return false;
       continue;
     }
     std::string value;
@@ -246,7 +257,7 @@ bool ParseOptions(int argc, const char* const* argv, Options* options, std::stri
 }
 
 std::string HelpText() {
-  return R"(Usage: pelorin-host [OPTIONS] [EVENTS]
+  return R"(Usage: pelorin-host [OPTIONS] [--] [EVENTS | -]
        pelorin-host [OPTIONS] --root DIR
 
 pelorin-host plays the head unit's part for the Pelorin module: it loads
@@ -254,33 +265,39 @@ libpelorin.so as the head unit does, serves its storage (/fs/sda0), its
 events, data pool, traffic-data listeners and online traffic (TPEG)
 service, and shows everything that leaves the module.
 
-  EVENTS            play this events file, at any path. The host writes a
-                    private quillan/Pelorin.cfg for it from the options below
+  EVENTS            play this events file, at any path ("-": standard
+                    input). The host writes a private quillan/Pelorin.cfg
+                    for it from the options below (in $TMPDIR, else /tmp)
                     and removes it at exit.
   --root DIR        use DIR as /fs/sda0: DIR/quillan/Pelorin.cfg decides how
                     to play (by default DIR/quillan/events). Nothing is
                     written into DIR.
   (neither)         play the bundled example recording.
+  --                ends the options: what follows is the events file.
 
 Playback (written into the private Pelorin.cfg):
   --interactive     under HMI control (the default); the host raises the
                     start event right after Run
   --batched         all records at once
-  --realtime SPEED  at the recorded spacing divided by SPEED (1 = recorded)
-  --speed FACTOR    start speed of interactive playback (1 = recorded)
+  --realtime SPEED  at the recorded spacing divided by SPEED
+  --speed SPEED     start speed of interactive playback
   --autostart       interactive playback starts without a start event
   --paused          do not raise the start event (start with --control)
   --tpegs-dir DIR   folder of the TPEG files that "setNewData" names
-                    (default: the folder of EVENTS)
+                    (default: the folder of EVENTS; for "-" or a pipe,
+                    the working folder)
+  SPEED is a factor of the recorded speed, 0.01 to 21474836.47, written as
+  a plain decimal number: 2 or 2x is twice as fast, 200% the same; the
+  module plays whole percents.
 
 The head unit:
   --control         steer playback from standard input, one command a line:
-                      start | stop | speed PERCENT | quit
+                      start | stop | speed SPEED | quit
                     On a terminal also single keys: space starts and stops,
-                    up/right doubles the speed, down/left halves it.
-                    The host then ends at "quit" or at the end of its input,
-                    not at the end of playback; "start" after the end plays
-                    the file again.
+                    q quits, up/right doubles the speed, down/left halves it.
+                    The host then ends at "quit" or at the end of its input
+                    (said on standard error), not at the end of playback;
+                    "start" after the end plays the file again.
   --tpeg-latency MS the online traffic service answers after MS
                     milliseconds (default 10)
   --tpeg-offline    the online traffic service reports itself ready but
@@ -296,15 +313,25 @@ Output (standard output):
                     onlineTraffic, dataPool, event, trace, finished)
   --trace LEVEL     also show the module's trace messages of LEVEL and above
                     (2 progress, 3 warnings, 4 failures)
-  --help            this text
-  --version         the version
+  -h, --help        this text
+  -V, --version     the version
 
 On a terminal, real-time and interactive playback keep a status line on
-standard error: record time (UTC), records played and speed.
+standard error: the playback clock (UTC), records played and speed.
+Once the run is to end (end of playback, quit, --timeout, a signal), nothing
+more from the module is shown.
 
-Exit status: 0 played to the end (or quit), 2 unusable input (bad options,
-module not loadable, events file not readable), 3 --timeout reached,
-130 interrupted.
+Exit status:
+  0    played to the end of the file, or quit (an empty recording or one
+       with nothing to play is said on standard error)
+  1    playback ended before the end of the file (a malformed line, a read
+       error, binary data): standard error names the line and the reason
+  2    unusable input or usage: a bad option or value, an events file that
+       is missing, a directory or unreadable, a module that does not load
+  3    --timeout reached
+  4    writing standard output failed (e.g. a full disk)
+  141  the reader of standard output went away (the run ends quietly)
+  128+N  ended by signal N: 130 SIGINT, 129 SIGHUP, 131 SIGQUIT, 143 SIGTERM
 
 Examples:
   pelorin-host

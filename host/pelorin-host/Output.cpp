@@ -1,5 +1,6 @@
 #include "Output.h"
 
+#include <poll.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -17,20 +18,23 @@ Output::~Output() {
   FlushLocked();
 }
 
-void Output::WriteAll(int fd, const char* data, size_t size) {
+int Output::WriteAll(int fd, const char* data, size_t size) {
   while (size > 0) {
     const ssize_t written = ::write(fd, data, size);
     if (written < 0) {
       if (errno == EINTR) continue;
-      return;  // a closed reader loses the rest; playback goes on
+      return errno;
     }
     data += written;
     size -= static_cast<size_t>(written);
   }
+  return 0;
 }
 
 void Output::WriteLine(const char* line, size_t size) {
+  if (m_refusing.load()) return;
   std::lock_guard<std::mutex> guard(m_lock);
+  if (m_closed) return;
   EraseStatusLocked();
   m_buffer.append(line, size);
   m_buffer += '\n';
@@ -42,10 +46,27 @@ void Output::Flush() {
   FlushLocked();
 }
 
+void Output::Close() {
+  std::lock_guard<std::mutex> guard(m_lock);
+  FlushLocked();
+  m_closed = true;
+}
+
+bool Output::ReaderGone() const {
+  pollfd fd = {m_itemFd, 0, 0};
+  return ::poll(&fd, 1, 0) == 1 && (fd.revents & (POLLERR | POLLHUP)) != 0;
+}
+
 void Output::FlushLocked() {
   if (m_buffer.empty()) return;
-  WriteAll(m_itemFd, m_buffer.data(), m_buffer.size());
+  const int error = WriteAll(m_itemFd, m_buffer.data(), m_buffer.size());
   m_buffer.clear();
+  if (error == 0) return;
+  // Nothing after a lost line may look complete: keep the first error and
+  // write no more.
+  int none = 0;
+  m_writeError.compare_exchange_strong(none, error);
+  m_closed = true;
 }
 
 void Output::EraseStatusLocked() {

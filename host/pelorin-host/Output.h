@@ -6,8 +6,13 @@
 // written when full and by Flush, which the main thread calls a few times a
 // second; on a terminal every line is written at once. A status line shown
 // on a terminal is erased before an item line goes out and redrawn by the
-// next ShowStatus. Thread-safe; owns neither descriptor.
+// next ShowStatus.
+// Close (the main thread, once the run's end is decided) writes what was
+// written before and drops every later line. A failed write closes the
+// output too and keeps the error for WriteError. Thread-safe; owns neither
+// descriptor.
 
+#include <atomic>
 #include <cstddef>
 #include <mutex>
 #include <string>
@@ -25,6 +30,17 @@ class Output {
   void WriteLine(const char* line, size_t size);
   void WriteLine(const std::string& line) { WriteLine(line.data(), line.size()); }
   void Flush();
+  // Flushes, then drops every later item line.
+  void Close();
+  // Drops every later item line; what was written before still goes out at
+  // the next Flush. Only sets a flag: safe in a signal handler.
+  void RefuseLines() { m_refusing.store(true); }
+
+  // The errno of the first failed write of an item line, 0 when none.
+  int WriteError() const { return m_writeError.load(); }
+  // True when the reader of a pipe on the item descriptor went away, seen
+  // without writing (the write end of a pipe polls POLLERR then).
+  bool ReaderGone() const;
 
   // Replaces the status line on the status descriptor (a terminal).
   void ShowStatus(const std::string& status);
@@ -39,13 +55,17 @@ class Output {
 
   void FlushLocked();
   void EraseStatusLocked();
-  static void WriteAll(int fd, const char* data, size_t size);
+  // The errno of a failed write, 0 when all was written.
+  static int WriteAll(int fd, const char* data, size_t size);
 
   std::mutex m_lock;
   int m_itemFd;
   int m_statusFd;
   bool m_itemsToTerminal;
   bool m_statusShown = false;
+  bool m_closed = false;
+  std::atomic<int> m_writeError{0};
+  std::atomic<bool> m_refusing{false};
   std::string m_buffer;
 };
 

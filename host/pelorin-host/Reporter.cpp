@@ -2,12 +2,14 @@
 
 #include "HostClock.h"
 #include "host/common/JsonWriter.h"
+#include "host/common/TerminalText.h"
 #include "Output.h"
 
 namespace PelorinHost {
 namespace {
 
 using PelorinTools::JsonWriter;
+using PelorinTools::TerminalText;
 
 constexpr uint32_t kTickValueId = 0x4d000000;
 
@@ -55,10 +57,9 @@ void AppendField(std::string& line, const char* name, uint64_t value) {
   JsonWriter::AppendUnsigned(line, value);
 }
 
+// Bytes from a recording never reach a terminal raw.
 void AppendQuoted(std::string& line, const std::string& text) {
-  line += '"';
-  JsonWriter::AppendEscaped(line, text.data(), text.size());
-  line += '"';
+  line += TerminalText::Quoted(text, text.size());
 }
 
 void AppendTextField(std::string& line, const char* name, const std::shared_ptr<CIString>& text) {
@@ -89,29 +90,29 @@ void JsonEntry(JsonWriter& json, const asi::navigation::trafficinfo::sTIServiceL
   json.BeginObject();
   json.Key("serviceType");
   json.Uint(entry.serviceType);
-  json.Key("sd_SID");
+  json.Key("sid");
   json.Uint(d.sd_SID);
-  json.Key("sd_MGS");
+  json.Key("mgs");
   json.Uint(d.sd_MGS);
-  json.Key("sd_LTCC");
+  json.Key("ltcc");
   json.Uint(d.sd_LTCC);
-  json.Key("sd_LTN");
+  json.Key("ltn");
   json.Uint(d.sd_LTN);
-  json.Key("sd_PID");
+  json.Key("pid");
   json.Uint(d.sd_PID);
-  json.Key("sd_ST");
+  json.Key("st");
   json.Uint(d.sd_ST);
-  JsonText(json, "sd_SPN", d.sd_SPN);
-  JsonText(json, "sd_sendername", d.sd_sendername);
-  json.Key("sd_Q");
+  JsonText(json, "spn", d.sd_SPN);
+  JsonText(json, "senderName", d.sd_sendername);
+  json.Key("q");
   json.Uint(d.sd_Q);
-  json.Key("SID_A");
+  json.Key("sidA");
   json.Uint(i.SID_A);
-  json.Key("SID_B");
+  json.Key("sidB");
   json.Uint(i.SID_B);
-  json.Key("SID_C");
+  json.Key("sidC");
   json.Uint(i.SID_C);
-  json.Key("SS_ID");
+  json.Key("ssId");
   json.Int(i.SS_ID);
   json.Key("monitorState");
   json.Uint(entry.monitorState);
@@ -124,7 +125,7 @@ void ReadableEntry(std::string& line,
   static const asi::navigation::trafficinfo::sTIServiceIdentifiers kNoIdentifiers;
   const auto& d = entry.serviceDescription ? *entry.serviceDescription : kNoDescription;
   const auto& i = entry.serviceIdentifiers ? *entry.serviceIdentifiers : kNoIdentifiers;
-  line += " {type=";
+  line += " {serviceType=";
   JsonWriter::AppendUnsigned(line, entry.serviceType);
   AppendField(line, "sid", d.sd_SID);
   AppendField(line, "mgs", d.sd_MGS);
@@ -133,14 +134,14 @@ void ReadableEntry(std::string& line,
   AppendField(line, "pid", d.sd_PID);
   AppendField(line, "st", d.sd_ST);
   AppendTextField(line, "spn", d.sd_SPN);
-  AppendTextField(line, "sender", d.sd_sendername);
+  AppendTextField(line, "senderName", d.sd_sendername);
   AppendField(line, "q", d.sd_Q);
   AppendField(line, "sidA", i.SID_A);
   AppendField(line, "sidB", i.SID_B);
   AppendField(line, "sidC", i.SID_C);
-  line += " ssid=";
+  line += " ssId=";
   JsonWriter::AppendSigned(line, i.SS_ID);
-  AppendField(line, "monitor", entry.monitorState);
+  AppendField(line, "monitorState", entry.monitorState);
   line += '}';
 }
 
@@ -156,13 +157,16 @@ void Reporter::Emit(const std::string& line) { m_output.WriteLine(line); }
 
 int64_t Reporter::RecordTime() const {
   const int32_t tick = m_tickTime.load(std::memory_order_relaxed);
-  if (tick > 0) return tick;
-  return m_tmcTime.load(std::memory_order_relaxed);
+  return tick > 0 ? tick : 0;
+}
+
+void Reporter::SetFileScan(const ScanResult& scan) {
+  m_scan = scan;
+  m_scanKnown = true;
 }
 
 void Reporter::Tmc(const Quillan::TmcMessageData& message) {
   m_records.fetch_add(1, std::memory_order_relaxed);
-  if (message.timeStamp != 0) m_tmcTime.store(message.timeStamp, std::memory_order_relaxed);
   const CIUInt8Array* data = message.tmcData.get();
   if (m_json) {
     JsonWriter& json = ThreadWriter();
@@ -191,16 +195,14 @@ void Reporter::Tmc(const Quillan::TmcMessageData& message) {
   AppendField(line, "ltn", message.ltn);
   AppendField(line, "sid", message.sid);
   AppendField(line, "pid", message.pid);
-  line += " data=";
+  line += " tmcData=";
   if (data == nullptr) {
     line += '-';
   } else {
-    static const char kDigits[] = "0123456789abcdef";
-    for (uint32_t i = 0; i < data->size(); ++i) {
-      if (i > 0) line += ':';
-      line += kDigits[data->at(i) >> 4];
-      line += kDigits[data->at(i) & 0x0f];
-    }
+    // The same hex digits as the JSON item's string.
+    JsonWriter hex;
+    hex.HexString(data->data(), data->size());
+    line.append(hex.Text(), 1, hex.Text().size() - 2);
   }
   Emit(line);
 }
@@ -340,12 +342,11 @@ void Reporter::Trace(const char* channel, int level, const char* text) {
   std::string& line = ThreadLine();
   BeginReadable(line, "trace");
   line += ' ';
-  line += channel;
+  TerminalText::AppendEscaped(line, channel, std::char_traits<char>::length(channel));
   line += '/';
   JsonWriter::AppendSigned(line, level);
   line += ' ';
-  // Control bytes would upset a terminal: escape them as JSON does.
-  JsonWriter::AppendEscaped(line, text, textSize);
+  TerminalText::AppendEscaped(line, text, textSize);
   Emit(line);
 }
 
@@ -353,12 +354,33 @@ void Reporter::Finished() {
   if (m_json) {
     JsonWriter& json = ThreadWriter();
     BeginItem(json, "finished");
+    if (m_scanKnown) {
+      json.Key("complete");
+      json.Bool(m_scan.complete);
+      json.Key("records");
+      json.Uint(m_scan.records);
+      if (!m_scan.complete) {
+        json.Key("stopLine");
+        json.Uint(m_scan.stopLine);
+        json.Key("reason");
+        json.String(m_scan.reason);
+      }
+    }
     json.EndObject();
     Emit(json.Text());
     return;
   }
   std::string& line = ThreadLine();
   BeginReadable(line, "finished");
+  if (m_scanKnown) {
+    line += m_scan.complete ? " complete=true" : " complete=false";
+    AppendField(line, "records", m_scan.records);
+    if (!m_scan.complete) {
+      AppendField(line, "stopLine", m_scan.stopLine);
+      line += " reason=";
+      AppendQuoted(line, m_scan.reason);
+    }
+  }
   Emit(line);
 }
 

@@ -12,6 +12,7 @@
 #include <string>
 #include <vector>
 
+#include "EventsScan.h"
 #include "producers/ServiceList.h"
 #include "producers/TmcMessageData.h"
 
@@ -42,14 +43,16 @@ class Reporter {
   void DataPoolValue(uint32_t id, bool known, int32_t value);
   void Event(uint32_t id);
   void Trace(const char* channel, int level, const char* text);
+  // Tells, with every "finished" item, whether playback reached the end of
+  // the file. Called by the main thread before the module starts.
+  void SetFileScan(const ScanResult& scan);
   void Finished();
 
   // Items that carried traffic data: TMC messages, service lists and online
   // traffic calls.
   uint32_t RecordsPlayed() const { return m_records.load(std::memory_order_relaxed); }
-  // Latest record time (seconds since 1970) that the output told: the
-  // playback clock's tick when the module publishes it, else the last TMC
-  // message's time stamp; 0 when none is known yet.
+  // The playback clock (seconds since 1970): the record time of the
+  // module's latest tick; 0 when the module publishes none (yet).
   int64_t RecordTime() const;
 
  private:
@@ -60,7 +63,8 @@ class Reporter {
   // 32-bit atomics: lock-free on the 32-bit ARM head unit too.
   std::atomic<uint32_t> m_records{0};
   std::atomic<int32_t> m_tickTime{0};
-  std::atomic<uint32_t> m_tmcTime{0};
+  ScanResult m_scan;
+  bool m_scanKnown = false;
 };
 
 }  // namespace PelorinHost

@@ -16,7 +16,7 @@ constexpr uint32_t kServiceValue = 1;
 SimulatedOnlineTraffic::SimulatedOnlineTraffic(Reporter& reporter, uint32_t latencyMs, bool offline)
     : m_reporter(reporter), m_latency(latencyMs), m_offline(offline) {}
 
-SimulatedOnlineTraffic::~SimulatedOnlineTraffic() { Drain(); }
+SimulatedOnlineTraffic::~SimulatedOnlineTraffic() { Stop(); }
 
 void SimulatedOnlineTraffic::Attach(OnlineTrafficReply* reply) {
   if (reply == nullptr || m_reply != nullptr) return;
@@ -28,11 +28,12 @@ void SimulatedOnlineTraffic::Attach(OnlineTrafficReply* reply) {
   reply->OnConnected();
 }
 
-void SimulatedOnlineTraffic::Drain() {
+void SimulatedOnlineTraffic::Stop() {
   {
     std::lock_guard<std::mutex> guard(m_lock);
-    if (m_draining) return;
-    m_draining = true;
+    if (m_stopped) return;
+    m_stopped = true;
+    m_owed.clear();
   }
   m_wake.notify_all();
   if (m_thread.joinable()) m_thread.join();
@@ -53,38 +54,30 @@ void SimulatedOnlineTraffic::Deliver(Answer answer) {
 }
 
 void SimulatedOnlineTraffic::Owe(Answer answer) {
-  {
-    std::lock_guard<std::mutex> guard(m_lock);
-    if (!m_draining) {
-      m_owed.push_back(Owed{answer, Clock::now() + m_latency, m_offline});
-      m_wake.notify_all();
-      return;
-    }
-  }
-  if (m_reply != nullptr) Deliver(answer);
+  std::lock_guard<std::mutex> guard(m_lock);
+  if (m_stopped) return;
+  m_owed.push_back(Owed{answer, Clock::now() + m_latency, m_offline});
+  m_wake.notify_all();
 }
 
 // Delivers each answer when it is due, outside the lock so that the module
-// may call the service again from inside its reply. When draining, delivers
-// everything still owed at once and ends.
+// may call the service again from inside its reply. Ends at Stop.
 void SimulatedOnlineTraffic::AnswerLoop() {
   std::unique_lock<std::mutex> lock(m_lock);
   for (;;) {
+    if (m_stopped) return;
     if (m_owed.empty()) {
-      if (m_draining) return;
       m_wake.wait(lock);
       continue;
     }
     const Owed next = m_owed.front();
-    if (!m_draining) {
-      if (next.never) {
-        m_wake.wait(lock);
-        continue;
-      }
-      if (Clock::now() < next.due) {
-        m_wake.wait_until(lock, next.due);
-        continue;
-      }
+    if (next.never) {
+      m_wake.wait(lock);
+      continue;
+    }
+    if (Clock::now() < next.due) {
+      m_wake.wait_until(lock, next.due);
+      continue;
     }
     m_owed.pop_front();
     lock.unlock();

@@ -6,13 +6,14 @@
 // service, `latencyMs` after the call; an offline service reports itself
 // ready but never answers, so that the module's playback blocks.
 //
-// Shutting down: Drain first answers everything still owed at once and ends
-// the service's thread; from then on calls are answered on the caller's
-// thread (the module's work loop), so a producer blocked on an answer gets
-// free and no answer can arrive after the module is gone.
+// Shutting down: Stop ends the service's thread and drops what is still
+// owed; later calls are reported but never answered, so nothing the module
+// does after the end of a run is set going by this service, and no answer
+// can arrive after the module is gone. (The module frees a producer that
+// waits for an answer itself when it is destroyed.)
 //
 // Threads: the service calls come on the module's work-loop thread; Attach
-// and Drain on the host's main thread. The reply is not owned.
+// and Stop on the host's main thread. The reply is not owned.
 
 #include <chrono>
 #include <condition_variable>
@@ -40,7 +41,7 @@ class SimulatedOnlineTraffic : public OnlineTrafficService {
   // Connects the service to the module: SetService, then status 0 (ready),
   // a non-zero service value and the connection. Starts the answering thread.
   void Attach(OnlineTrafficReply* reply);
-  void Drain();
+  void Stop();
 
   int setOnlineTrafficDataStatus(int32_t status) override;
   int getInventory() override;
@@ -71,7 +72,7 @@ class SimulatedOnlineTraffic : public OnlineTrafficService {
   std::mutex m_lock;
   std::condition_variable m_wake;
   std::deque<Owed> m_owed;  // in call order; due times never decrease
-  bool m_draining = false;
+  bool m_stopped = false;
   std::thread m_thread;
 };
 

@@ -1,5 +1,6 @@
 #include "StorageRoot.h"
 
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -17,6 +18,7 @@ const char kConfigFile[] = "Pelorin.cfg";
 const char kModuleFolder[] = "quillan";
 const char kEventsLink[] = "events";
 const char kTpegsLink[] = "tpegs";
+const char kInputCopy[] = "standard-input";
 // The module opens at most 254 bytes of a path and turns backslashes into
 // slashes; it reads configuration lines of up to 1023 bytes. A path it would
 // not reach is offered through a link in the storage folder instead.
@@ -47,6 +49,18 @@ bool ReachThroughLink(const std::string& folder, const char* name, size_t limit,
   if (::symlink(path->c_str(), (folder + "/" + name).c_str()) != 0) return false;
   *path = std::string(kStorageFolder) + kModuleFolder + "/" + name;
   return true;
+}
+
+// 0, or -1 with errno set.
+int WriteFd(int fd, const char* data, size_t size) {
+  while (size > 0) {
+    const ssize_t written = ::write(fd, data, size);
+    if (written < 0 && errno == EINTR) continue;
+    if (written < 0) return -1;
+    data += written;
+    size -= static_cast<size_t>(written);
+  }
+  return 0;
 }
 
 }  // namespace
@@ -100,10 +114,36 @@ bool StorageRoot::MakePrivate(const PlaybackSettings& settings, std::string* err
   return true;
 }
 
+bool StorageRoot::CopyInput(int fd, std::string* error) {
+  const std::string path = m_path + "/" + kModuleFolder + "/" + kInputCopy;
+  const int out = ::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
+  if (out < 0) {
+    *error = "cannot make " + path + ": " + std::strerror(errno);
+    return false;
+  }
+  char buffer[64 * 1024];
+  for (;;) {
+    // A signal (EINTR) ends the copy: the run is being stopped.
+    const ssize_t got = ::read(fd, buffer, sizeof(buffer));
+    if (got <= 0) {
+      const int readError = got < 0 ? errno : 0;
+      const bool closed = ::close(out) == 0;
+      if (readError != 0) *error = std::string("standard input: ") + std::strerror(readError);
+      if (readError == 0 && !closed) *error = "cannot write " + path + ": " + std::strerror(errno);
+      return readError == 0 && closed;
+    }
+    if (WriteFd(out, buffer, static_cast<size_t>(got)) != 0) {
+      *error = "cannot write " + path + ": " + std::strerror(errno);
+      ::close(out);
+      return false;
+    }
+  }
+}
+
 void StorageRoot::Remove() {
   if (m_private && !m_path.empty()) {
     const std::string folder = m_path + "/" + kModuleFolder;
-    for (const char* name : {kConfigFile, kEventsLink, kTpegsLink}) {
+    for (const char* name : {kConfigFile, kEventsLink, kTpegsLink, kInputCopy}) {
       ::unlink((folder + "/" + name).c_str());
     }
     ::rmdir(folder.c_str());

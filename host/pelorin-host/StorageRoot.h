@@ -7,7 +7,7 @@
 //   quillan/Pelorin.cfg written from the playback settings (an events file
 //   or TPEG folder whose path the module could not open is reached through
 //   a link beside it); Remove (also the destructor) deletes exactly what was
-//   made.
+//   made. CopyInput copies standard input into it, for "-" as the events.
 // Used on the main thread.
 
 #include <string>
@@ -32,6 +32,11 @@ class StorageRoot {
   bool UseFolder(const std::string& folder, std::string* error);
   bool MakePrivate(const PlaybackSettings& settings, std::string* error);
   void Remove();
+  // Copies everything from `fd` into the private folder's copy of the
+  // input; false with `error` naming the OS reason.
+  bool CopyInput(int fd, std::string* error);
+  // Where the module finds that copy.
+  static const char* InputCopyPath() { return "/fs/sda0/quillan/standard-input"; }
 
   const std::string& Path() const { return m_path; }
 

@@ -82,27 +82,29 @@ TEST_F(HostOnlineTraffic, AnswersOnlyTheCallsThatExpectAnAnswer) {
   EXPECT_TRUE(WaitFor(m_reply.m_inventory, 1, limit));
   EXPECT_TRUE(WaitFor(m_reply.m_newData, 1, limit));
   EXPECT_TRUE(WaitFor(m_reply.m_setNewDataDone, 1, limit));
-  service.Drain();
+  service.Stop();
   EXPECT_EQ(m_reply.m_inventory.load(), 1);
   EXPECT_EQ(m_reply.m_newData.load(), 1);
   EXPECT_EQ(m_reply.m_setNewDataDone.load(), 1);
   EXPECT_EQ(m_reporter.RecordsPlayed(), 7u);
 }
 
-TEST_F(HostOnlineTraffic, OfflineServiceAnswersOnlyWhenDrained) {
-  SimulatedOnlineTraffic service(m_reporter, 0, true);
-  service.Attach(&m_reply);
-  service.getInventory();
-  service.setNewData(CITypesFactory::createString("a.bin", 3));
-  std::this_thread::sleep_for(std::chrono::milliseconds(100));
-  EXPECT_EQ(m_reply.m_inventory.load(), 0);
-  EXPECT_EQ(m_reply.m_setNewDataDone.load(), 0);
-  service.Drain();
-  EXPECT_EQ(m_reply.m_inventory.load(), 1);
-  EXPECT_EQ(m_reply.m_setNewDataDone.load(), 1);
-  // After draining, calls are answered before they return.
-  service.getNewData();
-  EXPECT_EQ(m_reply.m_newData.load(), 1);
+// Neither an offline service nor a stopped one answers: what the module does
+// after the end of a run must not be set going by an answer.
+TEST_F(HostOnlineTraffic, OfflineOrStoppedServiceNeverAnswers) {
+  for (const bool offline : {true, false}) {
+    CountingReply reply;
+    SimulatedOnlineTraffic service(m_reporter, 50, offline);
+    service.Attach(&reply);
+    service.getInventory();
+    service.setNewData(CITypesFactory::createString("a.bin", 3));
+    if (offline) std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    service.Stop();
+    service.getNewData();
+    std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    EXPECT_EQ(reply.m_inventory.load() + reply.m_setNewDataDone.load() + reply.m_newData.load(), 0)
+        << offline;
+  }
 }
 
 }  // namespace

@@ -7,6 +7,7 @@
 
 #include "ControlCommand.h"
 #include "Options.h"
+#include "SpeedText.h"
 
 namespace PelorinHost {
 namespace {
@@ -48,8 +49,46 @@ TEST(HostOptions, DefaultsValuesInBothSpellingsAndOneEventsFile) {
   EXPECT_EQ(parsed.options.tpegsDir, "/t");
   EXPECT_EQ(parsed.options.eventsFile, "rec.txt");
   EXPECT_TRUE(parsed.options.SetsConfiguration());
-  // "--" ends the options.
+  // "--" ends the options, "-" is standard input, -h and -V are short forms.
   EXPECT_EQ(Parse({"--batched", "--", "--odd-name"}).options.eventsFile, "--odd-name");
+  EXPECT_EQ(Parse({"--batched", "-"}).options.eventsFile, "-");
+  EXPECT_TRUE(Parse({"-h"}).options.help);
+  EXPECT_TRUE(Parse({"-V"}).options.version);
+}
+
+// One reading of a speed, in one unit, for --speed, --realtime and the
+// control command; only what the module can play (whole percent from 1).
+TEST(HostOptions, OneSpeedReadingForTheOptionsAndTheCommand) {
+  const struct {
+    const char* text;
+    int32_t percent;  // 0: refused
+  } cases[] = {
+      {"2", 200},        {"2x", 200},     {"200%", 200},      {"0.5", 50},
+      {"1.006", 101},    {".25", 25},     {"0.01", 1},        {"21474836.47", INT32_MAX},
+      {"1%", 1},         {"0.001", 0},    {"0.004", 0},       {"1e9", 0},
+      {"21474836.48", 0}, {"0x10", 0},    {"-1", 0},          {"+2", 0},
+      {"2 x", 0},        {"", 0},         {"x", 0},           {"0", 0},
+      {"inf", 0},        {"2.5.1", 0},    {"200%%", 0},       {"0.4%", 0},
+  };
+  for (const auto& test : cases) {
+    int32_t percent = 0;
+    EXPECT_EQ(SpeedText::Parse(test.text, &percent), test.percent != 0) << test.text;
+    if (test.percent != 0) {
+      EXPECT_EQ(percent, test.percent) << test.text;
+    }
+    const ControlCommand command = ControlCommand::FromLine(std::string("speed ") + test.text);
+    EXPECT_EQ(command.kind == ControlCommand::kSpeed, test.percent != 0) << test.text;
+    for (const char* option : {"--speed", "--realtime"}) {
+      const Parsed parsed = Parse({option, test.text});
+      EXPECT_EQ(parsed.ok, test.percent != 0) << option << " " << test.text;
+      const double factor = parsed.options.speed + parsed.options.realtimeSpeed;
+      if (parsed.ok) {
+        EXPECT_DOUBLE_EQ(factor, test.percent / 100.0) << test.text;
+      } else {
+        EXPECT_NE(parsed.error.find("0.01 to 21474836.47"), std::string::npos) << parsed.error;
+      }
+    }
+  }
 }
 
 TEST(HostOptions, RejectsWhatCannotBeUsed) {
@@ -69,6 +108,8 @@ TEST(HostOptions, RejectsWhatCannotBeUsed) {
       {"--realtime", "2", "--paused"},
       {"--root", "/r", "events"},
       {"--root", "/r", "--batched"},
+      {"--control", "-"},
+      {"--timeout", "0x10"},
   };
   for (const auto& args : bad) {
     const Parsed parsed = Parse(args);
@@ -82,7 +123,10 @@ TEST(HostOptions, HelpNamesEveryOption) {
   for (const char* option :
        {"--batched", "--realtime", "--interactive", "--speed", "--autostart", "--paused",
         "--tpegs-dir", "--control", "--tpeg-latency", "--tpeg-offline", "--json", "--trace",
-        "--timeout", "--module", "--root", "--help", "--version", "Examples:"}) {
+        "--timeout", "--module", "--root", "--help", "--version", "-h,", "-V,", "Examples:",
+        // Every exit status.
+        "\n  0 ", "\n  1 ", "\n  2 ", "\n  3 ", "\n  4 ", "\n  141 ", "130 SIGINT", "129 SIGHUP",
+        "131 SIGQUIT", "143 SIGTERM"}) {
     EXPECT_NE(help.find(option), std::string::npos) << option;
   }
 }
@@ -92,19 +136,23 @@ TEST(HostControls, LinesBecomeCommands) {
   EXPECT_EQ(ControlCommand::FromLine("  STOP \r").kind, ControlCommand::kStop);
   EXPECT_EQ(ControlCommand::FromLine("quit").kind, ControlCommand::kQuit);
   EXPECT_EQ(ControlCommand::FromLine("").kind, ControlCommand::kNone);
-  const ControlCommand speed = ControlCommand::FromLine("speed  250");
+  // The speed is a factor, as on the command line.
+  const ControlCommand speed = ControlCommand::FromLine("speed  2.5");
   EXPECT_EQ(speed.kind, ControlCommand::kSpeed);
   EXPECT_EQ(speed.percent, 250);
-  for (const char* bad : {"speed", "speed 0", "speed 12x", "start now", "jump"}) {
+  // Every problem is told the same way, with the commands there are.
+  for (const char* bad : {"speed", "speed 0", "speed 12y", "start now", "jump", "\x1b]0;x\x07"}) {
     const ControlCommand command = ControlCommand::FromLine(bad);
     EXPECT_EQ(command.kind, ControlCommand::kInvalid) << bad;
-    EXPECT_FALSE(command.error.empty());
+    EXPECT_EQ(command.error.rfind("ignored: ", 0), 0u) << command.error;
+    EXPECT_NE(command.error.find("(commands: start, stop, speed SPEED, quit)"), std::string::npos);
+    EXPECT_EQ(command.error.find_first_of("\x1b\x07"), std::string::npos);  // nothing raw
   }
   // The arrow keys step the speed within its range.
   EXPECT_EQ(StepSpeed(100, true), 200);
   EXPECT_EQ(StepSpeed(100, false), 50);
   EXPECT_EQ(StepSpeed(1, false), 1);
-  EXPECT_EQ(StepSpeed(80000, true), 100000);
+  EXPECT_EQ(StepSpeed(2000000000, true), INT32_MAX);
 }
 
 std::vector<ControlCommand::Kind> FeedKeys(KeyDecoder& keys, const std::string& bytes,
@@ -131,6 +179,7 @@ TEST(HostControls, TerminalKeys) {
             (std::vector<ControlCommand::Kind>{K::kSpeed}));
   EXPECT_NE(echo.find("speex"), std::string::npos);
   EXPECT_EQ(FeedKeys(keys, "\x04", &echo), (std::vector<ControlCommand::Kind>{K::kEndOfInput}));
+  EXPECT_EQ(FeedKeys(keys, "q", &echo), (std::vector<ControlCommand::Kind>{K::kQuit}));
 }
 
 }  // namespace

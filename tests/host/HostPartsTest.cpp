@@ -78,7 +78,8 @@ TEST(HostReporter, EveryItemAsJson) {
   message.timeStamp = 1416131460;
   reporter.Tmc(message);
   reporter.Tmc(Quillan::TmcMessageData());
-  EXPECT_EQ(reporter.RecordTime(), 1416131460);  // a message without time keeps it
+  // A message's own time stamp is no playback clock.
+  EXPECT_EQ(reporter.RecordTime(), 0);
   auto entry = std::make_shared<sTIServiceListEntry>();
   entry->serviceType = 1;
   entry->monitorState = 1;
@@ -99,12 +100,19 @@ TEST(HostReporter, EveryItemAsJson) {
   reporter.Event(0x4d000000);
   reporter.Trace("Pelorin", 3, "a\tb");
   reporter.Finished();
+  ScanResult stopped;
+  stopped.complete = false;
+  stopped.records = 12;
+  stopped.stopLine = 13;
+  stopped.reason = "empty line";
+  reporter.SetFileScan(stopped);
+  reporter.Finished();
   const std::vector<std::string> expected = {
       "{\"type\":\"tmc\",\"timeStamp\":1416131460,\"ltn\":0,\"sid\":0,\"pid\":0,\"tmcData\":null}",
       "{\"type\":\"tmc\",\"timeStamp\":0,\"ltn\":0,\"sid\":0,\"pid\":0,\"tmcData\":null}",
-      "{\"type\":\"serviceList\",\"entries\":[{\"serviceType\":1,\"sd_SID\":34,\"sd_MGS\":0,"
-      "\"sd_LTCC\":13,\"sd_LTN\":0,\"sd_PID\":0,\"sd_ST\":0,\"sd_SPN\":\"RADIO 1\","
-      "\"sd_sendername\":null,\"sd_Q\":0,\"SID_A\":0,\"SID_B\":0,\"SID_C\":0,\"SS_ID\":-2,"
+      "{\"type\":\"serviceList\",\"entries\":[{\"serviceType\":1,\"sid\":34,\"mgs\":0,"
+      "\"ltcc\":13,\"ltn\":0,\"pid\":0,\"st\":0,\"spn\":\"RADIO 1\","
+      "\"senderName\":null,\"q\":0,\"sidA\":0,\"sidB\":0,\"sidC\":0,\"ssId\":-2,"
       "\"monitorState\":1}]}",
       "{\"type\":\"serviceList\",\"entries\":[]}",
       "{\"type\":\"onlineTraffic\",\"call\":\"setNewData\",\"args\":[\"/fs/sda0/quillan//a.bin\"]}",
@@ -114,7 +122,9 @@ TEST(HostReporter, EveryItemAsJson) {
       "{\"type\":\"dataPool\",\"id\":\"0x4d000001\",\"value\":null}",
       "{\"type\":\"event\",\"id\":\"0x4d000000\"}",
       "{\"type\":\"trace\",\"channel\":\"Pelorin\",\"level\":3,\"text\":\"a\\tb\"}",
-      "{\"type\":\"finished\"}"};
+      "{\"type\":\"finished\"}",
+      "{\"type\":\"finished\",\"complete\":false,\"records\":12,\"stopLine\":13,"
+      "\"reason\":\"empty line\"}"};
   EXPECT_EQ(capture.Lines(), expected);
   EXPECT_EQ(reporter.RecordsPlayed(), 7u);
   // The published tick is the record time the status line shows.
@@ -130,11 +140,17 @@ TEST(HostReporter, ReadableLinesOnePerItem) {
   message.tmcData->append(0x01);
   capture.reporter().Tmc(message);
   capture.reporter().Trace("Pelorin", 2, "line\nbreak");
+  // Bytes of a recording cannot retitle or recolour the terminal.
+  capture.reporter().OnlineTrafficCall("setNewData", {CallArgument::Text("\x1b]0;x\x07\xff.bin")});
+  capture.reporter().Trace("Pelorin", 2, "tag \x1b[31m");
   const auto lines = capture.Lines();
-  ASSERT_EQ(lines.size(), 2u);
+  ASSERT_EQ(lines.size(), 4u);
   EXPECT_NE(lines[0].find("sid=34"), std::string::npos);
-  EXPECT_NE(lines[0].find("data=ab:01"), std::string::npos);
+  EXPECT_NE(lines[0].find("tmcData=ab01"), std::string::npos);  // as in JSON
   EXPECT_NE(lines[1].find("line\\nbreak"), std::string::npos);
+  for (const std::string& line : lines) {
+    EXPECT_EQ(line.find_first_of("\x1b\x07\xff"), std::string::npos) << line;
+  }
 }
 
 // A provider that serves 0x4d000000 and checks that it is read inside its

@@ -73,11 +73,11 @@ TEST(HostEndToEnd, BatchedPlaysEverythingThatLeavesTheModule) {
 
   const auto& entries = items[0].json["entries"].array;
   ASSERT_EQ(entries.size(), 2u);
-  EXPECT_EQ(entries[0]["sd_SPN"].string, "RADIO 1");
-  EXPECT_EQ(entries[0]["sd_PID"].number, 53761);
-  EXPECT_TRUE(entries[0]["sd_sendername"].IsNull());
-  EXPECT_EQ(entries[1]["sd_SID"].number, 35);
-  EXPECT_TRUE(entries[1]["sd_SPN"].IsNull());
+  EXPECT_EQ(entries[0]["spn"].string, "RADIO 1");
+  EXPECT_EQ(entries[0]["pid"].number, 53761);
+  EXPECT_TRUE(entries[0]["senderName"].IsNull());
+  EXPECT_EQ(entries[1]["sid"].number, 35);
+  EXPECT_TRUE(entries[1]["spn"].IsNull());
   EXPECT_EQ(entries[1].members.size(), 15u);
 
   EXPECT_EQ(items[1].json["timeStamp"].number, 1416131460);
@@ -110,7 +110,7 @@ TEST(HostEndToEnd, ReadableOutputWithATpegsDir) {
   const auto& lines = host.BadLines();
   ASSERT_EQ(lines.size(), 9u);
   EXPECT_NE(lines[1].find("tmc"), std::string::npos);
-  EXPECT_NE(lines[1].find("0a:1f:22:3c:00"), std::string::npos);
+  EXPECT_NE(lines[1].find("tmcData=0a1f223c00"), std::string::npos);
   EXPECT_NE(lines[5].find(folder.Path() + "/tpeg/a.bin"), std::string::npos);
   EXPECT_NE(lines[8].find("finished"), std::string::npos);
 }
@@ -291,7 +291,7 @@ TEST(HostWallClock, ControlsStopStartSpeedAndReplayAfterTheEnd) {
   ASSERT_LT(playedBeforeStop, 10u);
 
   // The speed goes into the module's speed table and comes back as a change.
-  host.WriteInput("speed 400\n");
+  host.WriteInput("speed 4x\n");
   Item speed;
   do {
     ASSERT_TRUE(host.WaitForItem("dataPool", wait, &speed));
@@ -330,8 +330,9 @@ TEST(HostWallClock, EndOfControlInputEndsTheHost) {
   host.WriteInput("bogus\n");
   host.CloseInput();
   EXPECT_EQ(host.Wait(ScaledMs(10000)), kDone);
-  // The bad line is reported and otherwise ignored.
+  // The bad line is reported and otherwise ignored; the end of the input is told.
   EXPECT_NE(host.Stderr().find("bogus"), std::string::npos);
+  EXPECT_NE(host.Stderr().find("end of the control input"), std::string::npos);
 }
 
 TEST(HostWallClock, OnlineTrafficAnswersAfterItsLatency) {

@@ -16,6 +16,7 @@ namespace pelorin_tool_test {
 struct JsonValue {
   enum class Type { kNull, kBool, kNumber, kString, kArray, kObject };
   Type type = Type::kNull;
+  bool boolean = false;
   double number = 0.0;
   std::string string;
   std::vector<JsonValue> array;
@@ -61,6 +62,7 @@ struct JsonValue {
     for (const char* word : {"true", "false", "null"}) {
       if (s.compare(*pos, std::strlen(word), word) == 0) {
         v->type = word[0] == 'n' ? Type::kNull : Type::kBool;
+        v->boolean = word[0] == 't';
         *pos += std::strlen(word);
         return true;
       }

@@ -99,6 +99,18 @@ class ToolProcess {
   ToolProcess(const ToolProcess&) = delete;
   ToolProcess& operator=(const ToolProcess&) = delete;
 
+  // Standard output of the next Start: a file at `path` (written, not
+  // read), or closed when `path` is empty; a pipe by default.
+  void OutputTo(const std::string& path) {
+    m_outputElsewhere = true;
+    m_outputPath = path;
+  }
+  // Closes the reading end of the output pipe, as a reader that goes away.
+  void CloseOutput() {
+    if (m_out >= 0) close(m_out);
+    m_out = -1;
+  }
+
   // False when `program` cannot be spawned.
   bool Start(const std::string& program, const std::vector<std::string>& args) {
     std::vector<std::string> argv;
@@ -117,7 +129,13 @@ class ToolProcess {
     posix_spawn_file_actions_t actions;
     posix_spawn_file_actions_init(&actions);
     posix_spawn_file_actions_adddup2(&actions, in[0], 0);
-    posix_spawn_file_actions_adddup2(&actions, out[1], 1);
+    if (!m_outputElsewhere) {
+      posix_spawn_file_actions_adddup2(&actions, out[1], 1);
+    } else if (m_outputPath.empty()) {
+      posix_spawn_file_actions_addclose(&actions, 1);
+    } else {
+      posix_spawn_file_actions_addopen(&actions, 1, m_outputPath.c_str(), O_WRONLY, 0);
+    }
     posix_spawn_file_actions_addopen(&actions, 2, m_errPath.c_str(), O_WRONLY | O_CREAT | O_TRUNC,
                                      0644);
     m_startSeconds = NowSeconds();
@@ -128,6 +146,7 @@ class ToolProcess {
     close(out[1]);
     m_in = in[1];
     m_out = out[0];
+    if (m_outputElsewhere) CloseOutput();
     if (spawned != 0) m_pid = -1;
     return spawned == 0;
   }
@@ -203,7 +222,8 @@ class ToolProcess {
     while (m_out >= 0 && NowSeconds() < deadline) {
       ReadLine(static_cast<int>((deadline - NowSeconds()) * 1000.0) + 1);
     }
-    if (m_out >= 0 && m_pid > 0) {
+    while (m_out < 0 && Running() && NowSeconds() < deadline) usleep(1000);
+    if (m_pid > 0 && (m_out >= 0 || Running())) {
       kill(m_pid, SIGKILL);
       waitpid(m_pid, nullptr, 0);
       m_pid = -1;
@@ -253,6 +273,8 @@ class ToolProcess {
 
   std::string m_tempDir;
   std::string m_errPath;
+  bool m_outputElsewhere = false;
+  std::string m_outputPath;
   pid_t m_pid = -1;
   int m_in = -1;
   int m_out = -1;

@@ -1,0 +1,54 @@
+// pelorin-host stops when told: after a signal or --timeout nothing more
+// from the module is printed, even while playback waits for an online
+// traffic answer that would set the rest of the recording going; every
+// stop removes the private storage root and ends with its own status.
+
+#include <gtest/gtest.h>
+#include <signal.h>
+
+#include <string>
+
+#include "ToolProcess.h"
+
+namespace pelorin_tool_test {
+namespace {
+
+// An inventory call the silent service never answers, then many records.
+std::string BlockedRecording() {
+  std::string text = "1416131460 $TOT setOnlineTrafficDataStatus:0\n1416131460 $TOT getInventory\n";
+  for (int i = 0; i < 500; ++i) text += "1416131461 $TMC SID=" + std::to_string(i % 200) + "\n";
+  return text;
+}
+
+// `stop` 0 means --timeout; anything else is the signal sent once the
+// blocking call shows.
+void ExpectNothingAfterTheStop(const std::string& events, int stop) {
+  ToolProcess host;
+  std::vector<std::string> args = {"--json", "--batched", "--tpeg-offline", events};
+  if (stop == 0) args.insert(args.begin(), {"--timeout", "0.2"});
+  ASSERT_TRUE(host.Start(PELORIN_HOST_PROGRAM, args));
+  host.CloseInput();
+  if (stop != 0) {
+    Item call;
+    do {
+      ASSERT_TRUE(host.WaitForItem("onlineTraffic", ScaledMs(10000), &call));
+    } while (call.json["call"].string != "getInventory");
+    host.Signal(stop);
+  }
+  EXPECT_EQ(host.Wait(ScaledMs(20000)), stop == 0 ? 3 : 128 + stop);
+  EXPECT_TRUE(host.ItemsOfType("tmc").empty()) << host.ItemsOfType("tmc").size() << " after "
+                                               << stop;
+  EXPECT_TRUE(host.ItemsOfType("finished").empty());
+  EXPECT_TRUE(host.TempDirEmpty());
+}
+
+TEST(HostStop, NothingFromTheModuleAfterTheStop) {
+  TestFolder folder;
+  const std::string events = folder.Write("events", BlockedRecording());
+  for (int round = 0; round < 3; ++round) {
+    for (int stop : {0, SIGINT, SIGTERM, SIGHUP, SIGQUIT}) ExpectNothingAfterTheStop(events, stop);
+  }
+}
+
+}  // namespace
+}  // namespace pelorin_tool_test
