@@ -3,6 +3,7 @@
 #include <cerrno>
 #include <cstring>
 
+#include "host/pelorin-check/CheckObserver.h"
 #include "host/pelorin-check/LineTap.h"
 #include "host/pelorin-check/RecordChecks.h"
 #include "player/InputFile.h"
@@ -50,6 +51,7 @@ FileSummary Checker::CheckFile(const std::string& name) {
   }
   LineTap tap(file);
   ReadRecords(name, eventsPath, tap, summary);
+  if (m_observer != nullptr) m_observer->OnFileChecked(summary);
   m_writer.WriteSummary(summary);
   return summary;
 }
@@ -74,6 +76,7 @@ void Checker::ReadRecords(const std::string& name, const std::string& eventsPath
       continue;
     }
     summary.AddRecord(record.time, record.tag);
+    if (m_observer != nullptr) m_observer->OnRecord(line, record);
     m_found.clear();
     checks.Check(line, record, tap.Line(), m_found);
     for (const Diagnostic& diagnostic : m_found) Emit(diagnostic, summary);
@@ -113,6 +116,7 @@ void Checker::ReportReadError(const std::string& name, uint64_t line, const Line
 
 void Checker::Emit(const Diagnostic& diagnostic, FileSummary& summary) {
   summary.AddDiagnostic(diagnostic.severity);
+  if (m_observer != nullptr) m_observer->OnDiagnostic(diagnostic);
   m_writer.WriteDiagnostic(diagnostic);
 }
 

@@ -21,6 +21,7 @@
 
 namespace PelorinCheck {
 
+class CheckObserver;
 class LineTap;
 
 class Checker {
@@ -36,6 +37,10 @@ class Checker {
   // file's summary (errors and warnings included).
   FileSummary CheckFile(const std::string& name);
 
+  // Also shows every record and diagnostic to `observer` (null: none). It
+  // must outlive the checks it follows.
+  void SetObserver(CheckObserver* observer) { m_observer = observer; }
+
  private:
   void ReadRecords(const std::string& name, const std::string& eventsPath, LineTap& tap,
                    FileSummary& summary);
@@ -48,6 +53,7 @@ class Checker {
   double m_otherSpeed;
   const TpegDirectory& m_tpegs;
   ReportWriter& m_writer;
+  CheckObserver* m_observer = nullptr;
   std::vector<Diagnostic> m_found;  // of the record being checked; reused
 };
 

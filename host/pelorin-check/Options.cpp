@@ -10,12 +10,13 @@ namespace PelorinCheck {
 namespace {
 
 // Options that take a value.
-enum class Valued { kNone, kSpeed, kRoot, kConfig };
+enum class Valued { kNone, kSpeed, kRoot, kConfig, kTimeline };
 
 Valued ValuedOption(const std::string& name) {
   if (name == "--speed") return Valued::kSpeed;
   if (name == "--root") return Valued::kRoot;
   if (name == "--config") return Valued::kConfig;
+  if (name == "--timeline") return Valued::kTimeline;
   return Valued::kNone;
 }
 
@@ -57,6 +58,9 @@ bool SetValue(Valued option, const std::string& name, const std::string& value, 
       return true;
     case Valued::kConfig:
       options->configFile = value;
+      return true;
+    case Valued::kTimeline:
+      options->timeline = value;
       return true;
     case Valued::kNone:
       break;
@@ -106,6 +110,10 @@ bool Options::Parse(const std::vector<std::string>& arguments, Options* options,
     *error = "no events file given";
     return false;
   }
+  if (!options->timeline.empty() && options->files.size() > 1) {
+    *error = "--timeline draws one events file, not " + std::to_string(options->files.size());
+    return false;
+  }
   return true;
 }
 
@@ -131,6 +139,12 @@ std::string Options::HelpText() {
          "      --config FILE    read \"tpegsDir\" from FILE instead (with --root, paths\n"
          "                       under /fs/sda0 still map into DIR); without \"tpegsDir\"\n"
          "                       the files are looked for beside the events file\n"
+         "      --timeline SVG   draw the events file (only one) as an SVG picture:\n"
+         "                       a UTC time axis, a row per tag and per \"$TOT\" method,\n"
+         "                       shaded bands where records are dense, gaps of 5% of the\n"
+         "                       span or longer labelled with their length, and coloured\n"
+         "                       lines where a \"setNewData\" file is missing, a time\n"
+         "                       stamp goes back or playback ends\n"
          "  -h, --help           show this help\n"
          "  -V, --version        show the version\n"
          "\n"

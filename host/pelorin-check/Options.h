@@ -17,6 +17,7 @@ struct Options {
   double speed = 1.0;              // its factor, greater than 0
   std::string root;                // stands for /fs/sda0; empty when not given
   std::string configFile;          // configuration file; empty when not given
+  std::string timeline;            // SVG file to draw the one events file into; empty: none
   bool help = false;
   bool version = false;
 
