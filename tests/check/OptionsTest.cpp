@@ -34,9 +34,10 @@ TEST(OptionsTest, FlagsValuesAndFilesInAnyOrderAndTheirDefaults) {
   EXPECT_EQ(options.speed, 2.5);
   EXPECT_EQ(options.root, "/media/usb");
   EXPECT_EQ(options.configFile, "my.cfg");
+  EXPECT_EQ(Parsed({"--timeline=t.svg", "e"}).timeline, "t.svg");
   const Options plain = Parsed({"events"});
   EXPECT_FALSE(plain.strict || plain.json || plain.hasSpeed);
-  EXPECT_TRUE(plain.root.empty() && plain.configFile.empty());
+  EXPECT_TRUE(plain.root.empty() && plain.configFile.empty() && plain.timeline.empty());
   // The last of a repeated option wins; "1,5" reads as the module reads numbers.
   EXPECT_EQ(Parsed({"--speed=3", "--speed=1,5", "e"}).speed, 1.5);
   // "--" ends the options; "-" is standard input.
@@ -53,6 +54,7 @@ TEST(OptionsTest, UnusableArgumentsAreRefused) {
   EXPECT_THAT(Refused({"--strict=yes", "e"}), HasSubstr("'--strict' takes no value"));
   EXPECT_THAT(Refused({"e", "--speed"}), HasSubstr("needs a value"));
   EXPECT_THAT(Refused({"e", "--root="}), HasSubstr("non-empty value"));
+  EXPECT_THAT(Refused({"--timeline", "t.svg", "a", "b"}), HasSubstr("one events file, not 2"));
   for (const char* speed : {"0", "-1", "fast", "nan", "inf", "2x"}) {
     EXPECT_THAT(Refused({"e", "--speed", speed}), HasSubstr("greater than 0")) << speed;
   }
