@@ -8,6 +8,10 @@ namespace {
 
 const char kOnlineTrafficTag[] = "$TOT";
 
+// A time stamp that is a date-time (as the module's 32-bit seconds) has a
+// place on the time axis.
+bool Placeable(double time) { return time > 0.0 && time < 4294967296.0; }
+
 bool LaneIs(const Timeline::Lane& lane, const std::string& tag, const char* method,
             size_t methodSize) {
   return !lane.other && lane.tag == tag && lane.method.size() == methodSize &&

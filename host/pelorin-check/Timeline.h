@@ -51,8 +51,6 @@ class Timeline : public CheckObserver {
   void OnDiagnostic(const Diagnostic& diagnostic) override;
   void OnFileChecked(const FileSummary& summary) override;
 
-  // True for a time stamp that can be placed on the time axis.
-  static bool Placeable(double time) { return time > 0.0 && time < 4294967296.0; }
   // The name a lane is shown with.
   static std::string LaneName(const Lane& lane);
 

@@ -20,7 +20,6 @@ class TimelineBins {
 
   // Adds a lane of empty columns; returns its index.
   size_t AddLane();
-  size_t Lanes() const { return m_lanes; }
 
   // Counts a record of `lane` at `time` seconds, 0 < time < 2^32.
   void Add(size_t lane, double time);
