@@ -154,34 +154,40 @@ void TimelineWriter::WriteLane(size_t lane, int top) {
   m_out += "</g>\n";
 }
 
-// One rect per run of neighbouring pixel columns at the same density level.
+// One path per density level, of one rectangle per run of neighbouring
+// pixel columns at that level; the path's data-n counts its records.
 void TimelineWriter::WriteMarks(const std::vector<uint64_t>& pixels) {
   const uint64_t busiest = *std::max_element(pixels.begin(), pixels.end());
   const auto level = [busiest](uint64_t count) {
-    if (busiest <= 1) return kLevels;
-    return 1 + static_cast<int>((kLevels - 1) * std::log(static_cast<double>(count)) /
-                                std::log(static_cast<double>(busiest)));
+    if (busiest <= 1) return kLevels - 1;
+    return static_cast<int>((kLevels - 1) * std::log(static_cast<double>(count)) /
+                            std::log(static_cast<double>(busiest)));
   };
-  m_out += "<g class=\"marks\" fill=\"#2f6da3\">\n";
+  std::string paths[kLevels];
+  uint64_t records[kLevels] = {};
   for (size_t start = 0; start < pixels.size();) {
     if (pixels[start] == 0) {
       ++start;
       continue;
     }
     const int runLevel = level(pixels[start]);
-    uint64_t records = 0;
     size_t end = start;
     for (; end < pixels.size() && pixels[end] != 0 && level(pixels[end]) == runLevel; ++end) {
-      records += pixels[end];
+      records[runLevel] += pixels[end];
     }
-    m_out += "<rect x=\"" + std::to_string(kLeft + start) + "\" width=\"" +
-             std::to_string(end - start) + "\" height=\"" + std::to_string(kLaneHeight) + "\"";
-    if (runLevel < kLevels) {
-      m_out += " fill-opacity=\"" + Number(0.3 + 0.7 * (runLevel - 1) / (kLevels - 1)) + "\"";
-    }
-    if (records > 1) m_out += " data-n=\"" + std::to_string(records) + "\"";
-    m_out += "/>\n";
+    const std::string width = std::to_string(end - start);
+    paths[runLevel] += "M" + std::to_string(kLeft + start) + " 0h" + width + "v" +
+                       std::to_string(kLaneHeight) + "h-" + width + "z";
     start = end;
+  }
+  m_out += "<g class=\"marks\" fill=\"#2f6da3\">\n";
+  for (int i = 0; i < kLevels; ++i) {
+    if (paths[i].empty()) continue;
+    m_out += "<path data-n=\"" + std::to_string(records[i]) + "\"";
+    if (i < kLevels - 1) {
+      m_out += " fill-opacity=\"" + Number(0.3 + 0.7 * i / (kLevels - 1)) + "\"";
+    }
+    m_out += " d=\"" + paths[i] + "\"/>\n";
   }
   m_out += "</g>\n";
 }
