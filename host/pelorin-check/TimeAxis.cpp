@@ -11,11 +11,12 @@ using PelorinTools::TimeText;
 
 const double kDay = 86400.0;
 const double kWeek = 7 * kDay;
-const double kSteps[] = {0.001, 0.002, 0.005, 0.01,  0.02,   0.05,   0.1,    0.2,
-                         0.5,   1,     2,     5,     10,     15,     30,     60,
-                         120,   300,   600,   900,   1800,   3600,   7200,   10800,
-                         21600, 43200, kDay,  2 * kDay, kWeek, 2 * kWeek, 4 * kWeek, 13 * kWeek,
-                         26 * kWeek, 52 * kWeek, 260 * kWeek, 520 * kWeek, 2600 * kWeek};
+const double kSteps[] = {
+    0.001,      0.002,      0.005,       0.01,        0.02,        0.05,      0.1,       0.2,
+    0.5,        1,          2,           5,           10,          15,        30,        60,
+    120,        300,        600,         900,         1800,        3600,      7200,      10800,
+    21600,      43200,      kDay,        2 * kDay,    kWeek,       2 * kWeek, 4 * kWeek, 13 * kWeek,
+    26 * kWeek, 52 * kWeek, 260 * kWeek, 520 * kWeek, 2600 * kWeek};
 
 }  // namespace
 

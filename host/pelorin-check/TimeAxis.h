@@ -15,8 +15,8 @@ class TimeAxis {
   static constexpr int kMaxTicks = 10;
 
   struct Tick {
-    double at = 0.0;   // seconds since 1970
-    std::string date;  // "2014-11-16"; empty when the tick before shows the same date
+    double at = 0.0;    // seconds since 1970
+    std::string date;   // "2014-11-16"; empty when the tick before shows the same date
     std::string clock;  // "09:51:00", with a fraction for steps under a second;
                         // empty for steps of a day or more
   };

@@ -21,8 +21,7 @@ int64_t TimelineBins::Column(double time) const {
 }
 
 bool TimelineBins::Fits(int64_t column) const {
-  return m_records == 0 ||
-         std::max(m_high, column) - std::min(m_low, column) < kColumns;
+  return m_records == 0 || std::max(m_high, column) - std::min(m_low, column) < kColumns;
 }
 
 void TimelineBins::Add(size_t lane, double time) {

@@ -15,7 +15,7 @@ using PelorinTools::TimeText;
 
 const int kLeft = 190;  // room for the lane names
 const int kRight = 30;
-const int kTop = 100;   // of the first lane
+const int kTop = 100;  // of the first lane
 const int kLaneHeight = 20;
 const int kLanePitch = 24;
 const int kLevels = 8;  // of mark opacity
@@ -76,11 +76,13 @@ std::string TimelineWriter::Svg() {
   const int bottom = kTop + static_cast<int>(lanes) * kLanePitch;
   const int height = bottom + 70;
   const std::string width = std::to_string(kLeft + kPlotWidth + kRight);
-  m_out = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<svg xmlns=\"http://www.w3.org/2000/svg\" "
-          "width=\"" + width + "\" height=\"" + std::to_string(height) + "\" viewBox=\"0 0 " +
-          width + " " + std::to_string(height) +
-          "\" font-family=\"sans-serif\" font-size=\"11\">\n"
-          "<rect width=\"100%\" height=\"100%\" fill=\"white\"/>\n";
+  m_out =
+      "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<svg xmlns=\"http://www.w3.org/2000/svg\" "
+      "width=\"" +
+      width + "\" height=\"" + std::to_string(height) + "\" viewBox=\"0 0 " + width + " " +
+      std::to_string(height) +
+      "\" font-family=\"sans-serif\" font-size=\"11\">\n"
+      "<rect width=\"100%\" height=\"100%\" fill=\"white\"/>\n";
   WriteTitle();
   if (!m_timeline.Bins().Empty()) WriteAxis();
   for (size_t lane = 0; lane < lanes; ++lane) {
@@ -107,9 +109,8 @@ void TimelineWriter::WriteTitle() {
   Text(10, 22, " class=\"title\" font-size=\"15\" font-weight=\"bold\"", timeline.File());
   const TimelineBins& bins = timeline.Bins();
   const std::string when = bins.Empty() ? std::string("no record with a date-time")
-                                        : DateTime(bins.First()) + " to " +
-                                              DateTime(bins.Last()) + ", span " +
-                                              Span(bins.First(), bins.Last());
+                                        : DateTime(bins.First()) + " to " + DateTime(bins.Last()) +
+                                              ", span " + Span(bins.First(), bins.Last());
   Text(10, 42, " class=\"subtitle\"",
        when + "; " + std::to_string(timeline.Lines()) + " lines, " +
            std::to_string(timeline.Records()) + " records, " +
@@ -217,10 +218,10 @@ void TimelineWriter::WriteProblems(int bottom) {
   for (const Timeline::Problem& problem : m_timeline.Problems()) {
     const ProblemStyle& style = StyleOf(problem.kind);
     const std::string x = Number(problem.placed ? X(problem.time) : kLeft);
-    m_out += std::string("<line class=\"problem\" data-kind=\"") + style.kind +
-             "\" data-line=\"" + std::to_string(problem.line) + "\" x1=\"" + x + "\" x2=\"" + x +
-             "\" y1=\"" + std::to_string(kTop - 4) + "\" y2=\"" + std::to_string(bottom) +
-             "\" stroke=\"" + style.colour + "\" stroke-width=\"2\"" +
+    m_out += std::string("<line class=\"problem\" data-kind=\"") + style.kind + "\" data-line=\"" +
+             std::to_string(problem.line) + "\" x1=\"" + x + "\" x2=\"" + x + "\" y1=\"" +
+             std::to_string(kTop - 4) + "\" y2=\"" + std::to_string(bottom) + "\" stroke=\"" +
+             style.colour + "\" stroke-width=\"2\"" +
              (problem.placed ? "" : " stroke-dasharray=\"4 3\"") + "><title>";
     XmlText::AppendEscaped(m_out, "line " + std::to_string(problem.line) + ": " + problem.message);
     m_out += "</title></line>\n";

@@ -2,11 +2,12 @@
 // TimelineWriter: draws a Timeline as a self-contained SVG picture: a title
 // with the file name, its span and record counts, a UTC time axis, one row
 // (lane) per tag or "$TOT" method with a mark on every pixel column that
-// holds records (its opacity tells how many, relative to the lane's busiest
-// column; one path per opacity level keeps the file small), long gaps shaded and labelled with their length, and the
-// problems as coloured lines at their place. The size of the picture does
-// not depend on the number of records. Reads the Timeline it is given,
-// which must outlive it; one thread.
+// holds records (its opacity tells how many, relative to the lane's
+// busiest column; one path per opacity level keeps the file small), long
+// gaps shaded and labelled with their length, and the problems as coloured
+// lines at their place. The size of the picture does not depend on the
+// number of records. Reads the Timeline it is given, which must outlive
+// it; one thread.
 
 #include <cstdint>
 #include <string>

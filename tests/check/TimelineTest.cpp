@@ -57,8 +57,8 @@ class TimelineTest : public ::testing::Test {
     m_events = m_dir.Write(name, events);
     std::ostringstream out;
     std::ostringstream err;
-    m_status = CheckProgram::Run({"--root", m_dir.Path(), "--timeline", m_svgPath, m_events},
-                                 out, err);
+    m_status =
+        CheckProgram::Run({"--root", m_dir.Path(), "--timeline", m_svgPath, m_events}, out, err);
     std::ifstream file(m_svgPath, std::ios::binary);
     std::ostringstream content;
     content << file.rdbuf();
@@ -94,15 +94,15 @@ class TimelineTest : public ::testing::Test {
 TEST_F(TimelineTest, LanesMarksGapsAndProblemsSitAtTheirRecordTimes) {
   // Offsets from kStart, in file order; a lane's records as the test expects them.
   const std::string events =
-      "1416131460 $TMC LTN=1\n"                  // 1: 0
-      "1416131470 $TMC LTN=1\n"                  // 2: 10
-      "1416131470.5 $TMC LTN=1\n"                // 3: 10.5, the same pixel
-      "1416131500 $TOT setNewData:gone.tpeg\n"   // 4: 40, file missing
-      "1416131480 $TSL serviceType=1\n"          // 5: 20, goes back
-      "1416133000 $TOT getInventory\n"           // 6: 1540
-      "1416135060 $TOT getInventory\n"           // 7: 3600
-      "\n"                                       // 8: playback ends
-      "1416131465 $TMC\n";                       // 9: 5, goes back
+      "1416131460 $TMC LTN=1\n"                 // 1: 0
+      "1416131470 $TMC LTN=1\n"                 // 2: 10
+      "1416131470.5 $TMC LTN=1\n"               // 3: 10.5, the same pixel
+      "1416131500 $TOT setNewData:gone.tpeg\n"  // 4: 40, file missing
+      "1416131480 $TSL serviceType=1\n"         // 5: 20, goes back
+      "1416133000 $TOT getInventory\n"          // 6: 1540
+      "1416135060 $TOT getInventory\n"          // 7: 3600
+      "\n"                                      // 8: playback ends
+      "1416131465 $TMC\n";                      // 9: 5, goes back
   ASSERT_TRUE(Draw(events));
   EXPECT_EQ(m_status, CheckProgram::kErrors);
   double left = 0;
@@ -110,11 +110,10 @@ TEST_F(TimelineTest, LanesMarksGapsAndProblemsSitAtTheirRecordTimes) {
   PlotGeometry(&left, &width);
   const auto x = [&](double offset) { return left + offset / 3600 * width; };
 
-  const std::map<std::string, std::vector<double>> lanes = {
-      {"$TMC", {0, 10, 10.5, 5}},
-      {"$TOT setNewData", {40}},
-      {"$TSL", {20}},
-      {"$TOT getInventory", {1540, 3600}}};
+  const std::map<std::string, std::vector<double>> lanes = {{"$TMC", {0, 10, 10.5, 5}},
+                                                            {"$TOT setNewData", {40}},
+                                                            {"$TSL", {20}},
+                                                            {"$TOT getInventory", {1540, 3600}}};
   EXPECT_EQ(WithClass(*m_tree.root, "g", "lane").size(), lanes.size());
   for (const auto& expected : lanes) {
     SCOPED_TRACE(expected.first);
@@ -130,8 +129,9 @@ TEST_F(TimelineTest, LanesMarksGapsAndProblemsSitAtTheirRecordTimes) {
       double markX = 0;
       double markWidth = 0;
       int used = 0;
-      for (size_t pos = 0; std::sscanf(d.c_str() + pos, "M%lf 0h%lfv%*fh%*fz%n", &markX,
-                                       &markWidth, &used) == 2 && used > 0;
+      for (size_t pos = 0;
+           std::sscanf(d.c_str() + pos, "M%lf 0h%lfv%*fh%*fz%n", &markX, &markWidth, &used) == 2 &&
+           used > 0;
            pos += static_cast<size_t>(used), used = 0) {
         marks.emplace_back(markX, markWidth);
       }
@@ -161,7 +161,8 @@ TEST_F(TimelineTest, LanesMarksGapsAndProblemsSitAtTheirRecordTimes) {
     EXPECT_EQ(drawn[i]->Attribute("data-kind"), problems[i].kind);
     EXPECT_EQ(drawn[i]->Attribute("data-line"), problems[i].line);
     EXPECT_NEAR(Number(*drawn[i], "x1"), x(problems[i].offset), 0.01) << problems[i].line;
-    EXPECT_THAT(All(*drawn[i], "title").at(0)->text, HasSubstr("line " + std::string(problems[i].line)));
+    EXPECT_THAT(All(*drawn[i], "title").at(0)->text,
+                HasSubstr("line " + std::string(problems[i].line)));
   }
 
   std::vector<std::string> gaps;
@@ -191,8 +192,7 @@ TEST_F(TimelineTest, RecordedBytesStayWellFormedXml) {
   for (const auto& c : cases) events += std::string(c.line) + "\n";
   ASSERT_TRUE(Draw(events, "a&b<\x01>.events"));
   for (const auto& c : cases) EXPECT_NE(Lane(c.lane), nullptr) << c.lane;
-  EXPECT_EQ(All(*m_tree.root, "title").at(0)->text,
-            m_dir.Path() + "/a&b<\\x01>.events");
+  EXPECT_EQ(All(*m_tree.root, "title").at(0)->text, m_dir.Path() + "/a&b<\\x01>.events");
 }
 
 TEST_F(TimelineTest, UnwritablePictureIsAnError) {

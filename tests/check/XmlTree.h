@@ -64,7 +64,8 @@ class XmlTree {
   }
   bool At(char c) const { return m_pos < m_text.size() && m_text[m_pos] == c; }
   void SkipBlanks() {
-    while (m_pos < m_text.size() && std::isspace(static_cast<unsigned char>(m_text[m_pos]))) ++m_pos;
+    while (m_pos < m_text.size() && std::isspace(static_cast<unsigned char>(m_text[m_pos])))
+      ++m_pos;
   }
   std::string Name() {
     const size_t start = m_pos;
