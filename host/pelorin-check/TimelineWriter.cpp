@@ -76,13 +76,12 @@ std::string TimelineWriter::Svg() {
   const int bottom = kTop + static_cast<int>(lanes) * kLanePitch;
   const int height = bottom + 70;
   const std::string width = std::to_string(kLeft + kPlotWidth + kRight);
-  m_out =
-      "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<svg xmlns=\"http://www.w3.org/2000/svg\" "
-      "width=\"" +
-      width + "\" height=\"" + std::to_string(height) + "\" viewBox=\"0 0 " + width + " " +
-      std::to_string(height) +
-      "\" font-family=\"sans-serif\" font-size=\"11\">\n"
-      "<rect width=\"100%\" height=\"100%\" fill=\"white\"/>\n";
+  const std::string size = "width=\"" + width + "\" height=\"" + std::to_string(height) +
+                           "\" viewBox=\"0 0 " + width + " " + std::to_string(height) + "\"";
+  m_out = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n";
+  m_out += "<svg xmlns=\"http://www.w3.org/2000/svg\" " + size +
+           " font-family=\"sans-serif\" font-size=\"11\">\n"
+           "<rect width=\"100%\" height=\"100%\" fill=\"white\"/>\n";
   WriteTitle();
   if (!m_timeline.Bins().Empty()) WriteAxis();
   for (size_t lane = 0; lane < lanes; ++lane) {
