@@ -3,8 +3,8 @@
 // views that need more than the diagnostics (the timeline). The Checker
 // calls it on its own thread, in file order: OnRecord for every line that
 // holds a record, then OnDiagnostic for what was found on that line (and
-// for lines the reader rejects), and OnFileChecked once at the end of the
-// file. Not owned by the Checker.
+// for lines the reader rejects), and OnFileChecked once the whole file has
+// been read (not for a file that does not open). Not owned by the Checker.
 
 #include <cstdint>
 

@@ -114,6 +114,11 @@ bool Options::Parse(const std::vector<std::string>& arguments, Options* options,
     *error = "--timeline draws one events file, not " + std::to_string(options->files.size());
     return false;
   }
+  if (!options->timeline.empty() && options->files.size() == 1 &&
+      options->timeline == options->files.front()) {
+    *error = "--timeline would overwrite the events file '" + options->timeline + "'";
+    return false;
+  }
   return true;
 }
 

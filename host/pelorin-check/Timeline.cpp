@@ -21,7 +21,7 @@ bool LaneIs(const Timeline::Lane& lane, const std::string& tag, const char* meth
 }  // namespace
 
 std::string Timeline::LaneName(const Lane& lane) {
-  if (lane.other) return "other";
+  if (lane.other) return "(other tags)";
   if (lane.tag != kOnlineTrafficTag) return lane.tag;
   return lane.tag + " " + (lane.method.empty() ? std::string("(no method)") : lane.method);
 }

@@ -42,7 +42,7 @@ TEST(OptionsTest, FlagsValuesAndFilesInAnyOrderAndTheirDefaults) {
   EXPECT_EQ(Parsed({"--speed=3", "--speed=1,5", "e"}).speed, 1.5);
   // "--" ends the options; "-" is standard input.
   EXPECT_EQ(Parsed({"--", "--strict", "-"}).files, (std::vector<std::string>{"--strict", "-"}));
-  EXPECT_TRUE(Parsed({"-h"}).help);
+  EXPECT_TRUE(Parsed({"-h", "--timeline=t.svg"}).help);
   EXPECT_TRUE(Parsed({"--version"}).version);
 }
 
@@ -55,6 +55,7 @@ TEST(OptionsTest, UnusableArgumentsAreRefused) {
   EXPECT_THAT(Refused({"e", "--speed"}), HasSubstr("needs a value"));
   EXPECT_THAT(Refused({"e", "--root="}), HasSubstr("non-empty value"));
   EXPECT_THAT(Refused({"--timeline", "t.svg", "a", "b"}), HasSubstr("one events file, not 2"));
+  EXPECT_THAT(Refused({"--timeline", "e", "e"}), HasSubstr("would overwrite the events file"));
   for (const char* speed : {"0", "-1", "fast", "nan", "inf", "2x"}) {
     EXPECT_THAT(Refused({"e", "--speed", speed}), HasSubstr("greater than 0")) << speed;
   }
