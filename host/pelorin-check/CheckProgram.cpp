@@ -5,9 +5,11 @@
 #include <fstream>
 #include <memory>
 
+#include "host/common/TerminalText.h"
 #include "host/pelorin-check/Checker.h"
 #include "host/pelorin-check/JsonReportWriter.h"
 #include "host/pelorin-check/Options.h"
+#include "host/pelorin-check/StopSignals.h"
 #include "host/pelorin-check/TextReportWriter.h"
 #include "host/pelorin-check/Timeline.h"
 #include "host/pelorin-check/TimelineWriter.h"
@@ -16,9 +18,29 @@
 namespace PelorinCheck {
 namespace {
 
-int Unusable(std::ostream& err, const std::string& message) {
-  err << "pelorin-check: error: " << message << " (see 'pelorin-check --help')\n";
-  return CheckProgram::kErrors;
+using PelorinTools::TerminalText;
+
+const char kTool[] = "pelorin-check: ";
+
+// What a run came to, for the exit status.
+struct Outcome {
+  bool unusable = false;  // arguments, or an events file that cannot be read
+  RunTotal total;
+  bool strict = false;
+};
+
+// The one place that turns a run into its exit status.
+int ExitStatus(const Outcome& outcome, const PelorinTools::FileOutput& out) {
+  if (StopSignals::Caught() != 0) return CheckProgram::kSignalBase + StopSignals::Caught();
+  if (out.Failed()) return out.Error() == EPIPE ? CheckProgram::kBrokenPipe : CheckProgram::kWriteFailed;
+  if (outcome.unusable) return CheckProgram::kUnusable;
+  if (outcome.total.errors > 0) return CheckProgram::kFindings;
+  if (outcome.total.warnings > 0 && outcome.strict) return CheckProgram::kFindings;
+  return CheckProgram::kClean;
+}
+
+void Usage(std::ostream& err, const std::string& message) {
+  err << kTool << "error: " << TerminalText::Escaped(message) << " (see 'pelorin-check --help')\n";
 }
 
 std::unique_ptr<ReportWriter> MakeWriter(const Options& options, std::ostream& out) {
@@ -26,53 +48,75 @@ std::unique_ptr<ReportWriter> MakeWriter(const Options& options, std::ostream& o
   return std::make_unique<TextReportWriter>(out);
 }
 
+// Writes the picture of the one events file; false after a line on `err`.
 bool WriteTimeline(const std::string& path, const Timeline& timeline, std::ostream& err) {
   errno = 0;
   std::ofstream file(path, std::ios::binary | std::ios::trunc);
   if (file) file << TimelineWriter(timeline).Svg() << std::flush;
   if (file) return true;
-  err << "pelorin-check: error: cannot write the timeline '" << path
-      << "': " << (errno != 0 ? std::strerror(errno) : "write failed") << "\n";
+  err << kTool << "cannot write the timeline '" << TerminalText::Escaped(path)
+      << "': " << (errno != 0 ? std::strerror(errno) : "write failed") << '\n';
   return false;
 }
 
-}  // namespace
-
-int CheckProgram::Run(const std::vector<std::string>& arguments, std::ostream& out,
-                      std::ostream& err) {
-  Options options;
-  std::string error;
-  if (!Options::Parse(arguments, &options, &error)) return Unusable(err, error);
-  if (options.help) {
-    out << Options::HelpText();
-    return kClean;
-  }
-  if (options.version) {
-    out << Options::VersionText() << '\n';
-    return kClean;
-  }
-  TpegDirectory tpegs;
-  if (!TpegDirectory::FromOptions(options, &tpegs, &error)) return Unusable(err, error);
-
-  const std::unique_ptr<ReportWriter> writer = MakeWriter(options, out);
-  Checker checker(options.hasSpeed ? options.speed : 0.0, tpegs, *writer);
+void CheckFiles(const Options& options, const TpegDirectory& tpegs, std::ostream& report,
+                const PelorinTools::FileOutput& out, std::ostream& err, Outcome& outcome) {
+  const std::unique_ptr<ReportWriter> writer = MakeWriter(options, report);
+  Checker checker(options, tpegs, *writer);
+  checker.StopWhen([&out] { return StopSignals::Caught() != 0 || out.Failed(); });
   std::unique_ptr<Timeline> timeline;
   if (!options.timeline.empty()) {
     timeline = std::make_unique<Timeline>(options.files.front());
     checker.SetObserver(timeline.get());
   }
-  uint64_t errors = 0;
-  uint64_t warnings = 0;
   for (const std::string& file : options.files) {
     const FileSummary summary = checker.CheckFile(file);
-    errors += summary.Errors();
-    warnings += summary.Warnings();
+    if (checker.Stopped()) return;
+    ++outcome.total.files;
+    if (!summary.Unusable().empty()) {
+      ++outcome.total.unusableFiles;
+      report.flush();  // the report so far comes first
+      err << kTool << TerminalText::Escaped(file) << ": " << summary.Unusable() << '\n';
+    }
+    outcome.total.errors += summary.Errors();
+    outcome.total.warnings += summary.Warnings();
   }
-  out.flush();
-  if (timeline && !WriteTimeline(options.timeline, *timeline, err)) return kErrors;
-  if (errors > 0) return kErrors;
-  if (warnings > 0 && options.strict) return kWarnings;
-  return kClean;
+  if (options.files.size() > 1) writer->WriteTotal(outcome.total);
+  outcome.unusable = outcome.total.unusableFiles > 0;
+  if (timeline && !WriteTimeline(options.timeline, *timeline, err)) outcome.unusable = true;
+}
+
+}  // namespace
+
+int CheckProgram::Run(const std::vector<std::string>& arguments, PelorinTools::FileOutput& out,
+                      std::ostream& err) {
+  std::ostream report(&out);
+  Options options;
+  Outcome outcome;
+  std::string error;
+  if (!Options::Parse(arguments, &options, &error)) {
+    Usage(err, error);
+    outcome.unusable = true;
+  } else if (options.help) {
+    report << Options::HelpText();
+  } else if (options.version) {
+    report << Options::VersionText() << '\n';
+  } else {
+    TpegDirectory tpegs;
+    outcome.strict = options.strict;
+    if (TpegDirectory::FromOptions(options, &tpegs, &error)) {
+      CheckFiles(options, tpegs, report, out, err, outcome);
+    } else {
+      Usage(err, error);
+      outcome.unusable = true;
+    }
+  }
+  report.flush();
+  const int status = ExitStatus(outcome, out);
+  if (status == kWriteFailed) {
+    err << kTool << "error writing standard output: " << std::strerror(out.Error()) << '\n';
+  }
+  return status;
 }
 
 }  // namespace PelorinCheck

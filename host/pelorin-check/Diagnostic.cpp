@@ -4,10 +4,14 @@ namespace PelorinCheck {
 
 const char* DiagnosticCode(DiagnosticKind kind) {
   switch (kind) {
-    case DiagnosticKind::kOpenFailed:
-      return "open-failed";
     case DiagnosticKind::kReadError:
       return "read-error";
+    case DiagnosticKind::kBinaryData:
+      return "binary-data";
+    case DiagnosticKind::kEmptyRecording:
+      return "empty-recording";
+    case DiagnosticKind::kByteOrderMark:
+      return "byte-order-mark";
     case DiagnosticKind::kMalformedLine:
       return "malformed-line";
     case DiagnosticKind::kUnknownTag:
@@ -28,6 +32,10 @@ const char* DiagnosticCode(DiagnosticKind kind) {
       return "time-backwards";
     case DiagnosticKind::kTpegFileMissing:
       return "tpeg-file-missing";
+    case DiagnosticKind::kValueNotNumber:
+      return "value-not-number";
+    case DiagnosticKind::kValueOutOfRange:
+      return "value-out-of-range";
   }
   return "unknown";
 }

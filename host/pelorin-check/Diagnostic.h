@@ -11,8 +11,10 @@ enum class Severity { kWarning, kError };
 
 // What was found; each kind has a stable code for machine readers.
 enum class DiagnosticKind {
-  kOpenFailed,        // the events file does not open
   kReadError,         // reading failed: playback ends here
+  kBinaryData,        // a NUL byte: the file is not text; later findings are not shown
+  kEmptyRecording,    // the file has no line: nothing plays
+  kByteOrderMark,     // a UTF-8 byte-order mark spoils the first time stamp
   kMalformedLine,     // the reader rejects the line: playback ends here
   kUnknownTag,        // no consumer handles the tag
   kPayloadRefused,    // a "$TMC" or "$TSL" payload breaks the grammar or names an unknown key
@@ -23,6 +25,8 @@ enum class DiagnosticKind {
   kTimeNotPositive,   // the time stamp is 0 or negative
   kTimeBackwards,     // earlier than the record before: plays without delay
   kTpegFileMissing,   // a "setNewData" file is not in the TPEG directory
+  kValueNotNumber,    // a numeric value that does not convert: it is delivered as 0
+  kValueOutOfRange,   // a number that does not fit its field: it is delivered changed
 };
 
 const char* DiagnosticCode(DiagnosticKind kind);
@@ -38,8 +42,10 @@ struct Diagnostic {
   // Details for machine readers; empty or absent when they do not apply.
   std::string tag;
   std::string key;         // the payload key that failed
-  bool hasOffset = false;  // `offset` holds a byte offset
-  uint64_t offset = 0;     // into the payload, or into the file for read errors
+  // Byte numbers count from 1: the first byte of the payload (or, for read
+  // errors and binary data, of the file) is byte 1.
+  bool hasByte = false;  // `byte` holds a byte number
+  uint64_t byte = 0;
 };
 
 }  // namespace PelorinCheck

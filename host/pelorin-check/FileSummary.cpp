@@ -13,13 +13,17 @@ FileSummary::FileSummary(std::string file, double otherSpeed)
       m_hasOtherSpeed(otherSpeed > 0.0),
       m_otherSpeed(otherSpeed > 0.0 ? otherSpeed : 1.0) {}
 
-void FileSummary::AddRecord(double time, const std::string& tag) {
+void FileSummary::AddRecord(double time, const std::string& tag, bool delivered) {
   ++m_lines;
   if (m_stopLine != 0) return;
-  if (m_playedRecords == 0) m_firstTime = time;
+  if (!HasRecords()) m_firstTime = time;
   m_lastTime = time;
-  ++m_playedRecords;
-  m_tags.Add(tag);
+  if (delivered) {
+    ++m_playedRecords;
+    m_tags.Add(tag);
+  } else {
+    ++m_droppedRecords;
+  }
   m_recordedSpeed.AddRecord(time);
   m_otherSpeed.AddRecord(time);
 }

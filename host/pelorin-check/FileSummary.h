@@ -1,13 +1,14 @@
 #pragma once
 // FileSummary: what one events file does when it plays, gathered while it is
 // read: lines, the records that play (up to the first line where playback
-// ends) by tag, their first and last time stamps, the play time at speed 1.0
+// ends) by tag, the records that reach no consumer (dropped), their first and last time stamps, the play time at speed 1.0
 // and at an optional second speed, where playback ends and how many lines
 // follow that never play, and how many errors and warnings were found.
 // Constant memory. Fed by the Checker, read by the report writers.
 
 #include <cstdint>
 #include <string>
+#include <utility>
 
 #include "host/pelorin-check/Diagnostic.h"
 #include "host/pelorin-check/PlayDuration.h"
@@ -21,20 +22,30 @@ class FileSummary {
   FileSummary(std::string file, double otherSpeed);
 
   // A line that holds a record, in file order. It plays unless playback has
-  // already ended.
-  void AddRecord(double time, const std::string& tag);
+  // already ended; `delivered` false: it takes its time but reaches no
+  // consumer (dropped).
+  void AddRecord(double time, const std::string& tag, bool delivered);
   // A line that ends playback, or would end it if an earlier one did not.
   void AddMalformedLine(uint64_t line, const std::string& reason);
   // Reading failed at `line`: playback ends there and the lines after it are
   // unknown.
   void SetReadError(uint64_t line);
   void AddDiagnostic(Severity severity);
+  // A diagnostic counted but not shown (beyond --max-errors).
+  void AddHiddenDiagnostic() { ++m_hiddenDiagnostics; }
+  // The file cannot be checked at all; `reason` as the OS says it.
+  void SetUnusable(std::string reason) { m_unusable = std::move(reason); }
 
   const std::string& File() const { return m_file; }
   uint64_t Lines() const { return m_lines; }
   uint64_t PlayedRecords() const { return m_playedRecords; }
+  // Records before the stop line that no consumer takes.
+  uint64_t DroppedRecords() const { return m_droppedRecords; }
+  // Tags of the records that play.
   const TagCounter& Tags() const { return m_tags; }
-  bool HasRecords() const { return m_playedRecords > 0; }
+  // Whether any record is read before the stop line (played or dropped); the
+  // times below cover all of them.
+  bool HasRecords() const { return m_playedRecords + m_droppedRecords > 0; }
   double FirstTime() const { return m_firstTime; }
   double LastTime() const { return m_lastTime; }
   // Last minus first time stamp, in milliseconds.
@@ -52,11 +63,15 @@ class FileSummary {
 
   uint64_t Errors() const { return m_errors; }
   uint64_t Warnings() const { return m_warnings; }
+  uint64_t HiddenDiagnostics() const { return m_hiddenDiagnostics; }
+  // Why the file cannot be checked; empty when it can.
+  const std::string& Unusable() const { return m_unusable; }
 
  private:
   std::string m_file;
   uint64_t m_lines = 0;
   uint64_t m_playedRecords = 0;
+  uint64_t m_droppedRecords = 0;
   TagCounter m_tags;
   double m_firstTime = 0.0;
   double m_lastTime = 0.0;
@@ -68,6 +83,8 @@ class FileSummary {
   bool m_readError = false;
   uint64_t m_errors = 0;
   uint64_t m_warnings = 0;
+  uint64_t m_hiddenDiagnostics = 0;
+  std::string m_unusable;
 };
 
 }  // namespace PelorinCheck

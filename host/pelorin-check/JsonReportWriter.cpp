@@ -69,7 +69,7 @@ void JsonReportWriter::WriteDiagnostic(const Diagnostic& diagnostic) {
   AppendString(out, "message", diagnostic.message);
   if (!diagnostic.tag.empty()) AppendString(out, "tag", diagnostic.tag);
   if (!diagnostic.key.empty()) AppendString(out, "key", diagnostic.key);
-  if (diagnostic.hasOffset) AppendCount(out, "offset", diagnostic.offset);
+  if (diagnostic.hasByte) AppendCount(out, "byte", diagnostic.byte);
   out += "}\n";
   m_out << out;
 }
@@ -79,11 +79,23 @@ void JsonReportWriter::WriteSummary(const FileSummary& summary) {
   AppendString(out, "file", summary.File());
   AppendCount(out, "lines", summary.Lines());
   AppendCount(out, "records", summary.PlayedRecords());
+  AppendCount(out, "droppedRecords", summary.DroppedRecords());
   AppendTags(out, summary);
   AppendTimes(out, summary);
   AppendStop(out, summary);
   AppendCount(out, "errors", summary.Errors());
   AppendCount(out, "warnings", summary.Warnings());
+  AppendCount(out, "hiddenDiagnostics", summary.HiddenDiagnostics());
+  out += "}\n";
+  m_out << out;
+}
+
+void JsonReportWriter::WriteTotal(const RunTotal& total) {
+  std::string out = "{\"type\":\"total\"";
+  AppendCount(out, "files", total.files);
+  AppendCount(out, "unusableFiles", total.unusableFiles);
+  AppendCount(out, "errors", total.errors);
+  AppendCount(out, "warnings", total.warnings);
   out += "}\n";
   m_out << out;
 }
@@ -100,44 +112,44 @@ void JsonReportWriter::AppendTags(std::string& out, const FileSummary& summary) 
     separator = ",";
   }
   out += ']';
-  AppendCount(out, "other_tag_records", summary.Tags().OtherRecords());
+  AppendCount(out, "otherTagRecords", summary.Tags().OtherRecords());
 }
 
 void JsonReportWriter::AppendTimes(std::string& out, const FileSummary& summary) {
   if (summary.HasRecords()) {
-    AppendTime(out, "first_time", "first", summary.FirstTime());
-    AppendTime(out, "last_time", "last", summary.LastTime());
-    AppendNumber(out, "span_seconds", Seconds(summary.SpanMs()));
+    AppendTime(out, "firstTime", "first", summary.FirstTime());
+    AppendTime(out, "lastTime", "last", summary.LastTime());
+    AppendNumber(out, "spanSeconds", Seconds(summary.SpanMs()));
   } else {
-    for (const char* name : {"first_time", "first", "last_time", "last", "span_seconds"}) {
+    for (const char* name : {"firstTime", "first", "lastTime", "last", "spanSeconds"}) {
       AppendNull(out, name);
     }
   }
-  AppendNumber(out, "play_seconds",
+  AppendNumber(out, "playSeconds",
                Seconds(static_cast<int64_t>(summary.AtRecordedSpeed().TotalMs())));
   if (summary.HasOtherSpeed()) {
     AppendNumber(out, "speed", summary.AtOtherSpeed().Speed());
-    AppendNumber(out, "play_seconds_at_speed",
+    AppendNumber(out, "playSecondsAtSpeed",
                  Seconds(static_cast<int64_t>(summary.AtOtherSpeed().TotalMs())));
   } else {
     AppendNull(out, "speed");
-    AppendNull(out, "play_seconds_at_speed");
+    AppendNull(out, "playSecondsAtSpeed");
   }
 }
 
 void JsonReportWriter::AppendStop(std::string& out, const FileSummary& summary) {
   if (summary.StopLine() == 0) {
-    AppendNull(out, "stop_line");
-    AppendNull(out, "stop_reason");
-    AppendCount(out, "lines_never_played", 0);
+    AppendNull(out, "stopLine");
+    AppendNull(out, "stopReason");
+    AppendCount(out, "linesNeverPlayed", 0);
     return;
   }
-  AppendCount(out, "stop_line", summary.StopLine());
-  AppendString(out, "stop_reason", summary.StopReason());
+  AppendCount(out, "stopLine", summary.StopLine());
+  AppendString(out, "stopReason", summary.StopReason());
   if (summary.LinesAfterStopKnown()) {
-    AppendCount(out, "lines_never_played", summary.LinesNeverPlayed());
+    AppendCount(out, "linesNeverPlayed", summary.LinesNeverPlayed());
   } else {
-    AppendNull(out, "lines_never_played");
+    AppendNull(out, "linesNeverPlayed");
   }
 }
 

@@ -10,12 +10,13 @@ namespace PelorinCheck {
 namespace {
 
 // Options that take a value.
-enum class Valued { kNone, kSpeed, kRoot, kConfig, kTimeline };
+enum class Valued { kNone, kSpeed, kRoot, kConfig, kMaxErrors, kTimeline };
 
 Valued ValuedOption(const std::string& name) {
   if (name == "--speed") return Valued::kSpeed;
   if (name == "--root") return Valued::kRoot;
   if (name == "--config") return Valued::kConfig;
+  if (name == "--max-errors") return Valued::kMaxErrors;
   if (name == "--timeline") return Valued::kTimeline;
   return Valued::kNone;
 }
@@ -62,6 +63,16 @@ bool SetValue(Valued option, const std::string& name, const std::string& value, 
     case Valued::kTimeline:
       options->timeline = value;
       return true;
+    case Valued::kMaxErrors: {
+      int64_t count = 0;
+      if (!Quillan::ParseInteger(value, &count) || count < 0 || count > UINT32_MAX) {
+        *error = "--max-errors needs a whole number from 0 to 4294967295 (0 shows all), not '" +
+                 value + "'";
+        return false;
+      }
+      options->maxErrors = static_cast<uint32_t>(count);
+      return true;
+    }
     case Valued::kNone:
       break;
   }
@@ -125,25 +136,34 @@ bool Options::Parse(const std::vector<std::string>& arguments, Options* options,
 std::string Options::HelpText() {
   return "pelorin-check: tells what a Pelorin recording (events file) will do when it plays.\n"
          "\n"
-         "Usage: pelorin-check [OPTIONS] EVENTS...\n"
+         "Usage: pelorin-check [OPTIONS] [--] EVENTS...\n"
          "\n"
          "Each EVENTS file is read with the module's own record reader and producers.\n"
          "Problems are reported as FILE:LINE: SEVERITY: MESSAGE, followed by a summary\n"
-         "of each file. Errors are lines where playback would end; warnings are records\n"
-         "that would be dropped, do nothing, or play at an unexpected time. A lone '-'\n"
-         "reads standard input.\n"
+         "of each file and, for several files, a total line. Errors are lines where\n"
+         "playback would end; warnings are records that would be dropped, do nothing,\n"
+         "deliver a value other than the one written, or play at an unexpected time.\n"
+         "Every \"setNewData\" file is looked for where the module would look: in the\n"
+         "\"tpegsDir\" of --root or --config, else beside the events file. A lone '-'\n"
+         "reads standard input; '--' ends the options. Bytes of a recording that are\n"
+         "control characters or not UTF-8 are shown escaped (\\x1b).\n"
+         "\n"
+         "Byte numbers count from 1, in the text and the JSON report alike: byte 1 is\n"
+         "the first byte of the payload (payload findings) or of the file (read errors,\n"
+         "binary data). Columns count bytes of the line from 1.\n"
          "\n"
          "Options:\n"
-         "      --strict         exit with status 1 when there are warnings\n"
-         "      --json           write JSON Lines: one object per diagnostic and per summary\n"
+         "      --strict         warnings count as errors (exit status 1)\n"
+         "      --json           write JSON Lines: one object per diagnostic, per summary\n"
+         "                       and for the total (see docs/json-check.md)\n"
+         "      --max-errors N   show at most N diagnostics per file, 0 for all\n"
+         "                       (0 to 4294967295, default 20); the rest are counted\n"
          "      --speed FACTOR   also say how long each file plays at this speed (2 is\n"
-         "                       twice as fast as recorded)\n"
+         "                       twice as fast as recorded; greater than 0)\n"
          "      --root DIR       DIR stands for the head unit's /fs/sda0: read the TPEG\n"
-         "                       directory (\"tpegsDir\") from DIR/quillan/Pelorin.cfg and\n"
-         "                       check that every \"setNewData\" file exists there\n"
+         "                       directory (\"tpegsDir\") from DIR/quillan/Pelorin.cfg\n"
          "      --config FILE    read \"tpegsDir\" from FILE instead (with --root, paths\n"
-         "                       under /fs/sda0 still map into DIR); without \"tpegsDir\"\n"
-         "                       the files are looked for beside the events file\n"
+         "                       under /fs/sda0 still map into DIR)\n"
          "      --timeline SVG   draw the events file (only one) into the SVG file: a UTC\n"
          "                       time axis, a row per tag and per \"$TOT\" method whose\n"
          "                       marks darken with the number of records, gaps of 5% of\n"
@@ -154,7 +174,15 @@ std::string Options::HelpText() {
          "  -h, --help           show this help\n"
          "  -V, --version        show the version\n"
          "\n"
-         "Exit status: 0 clean, 1 warnings with --strict, 2 errors or unusable arguments.\n"
+         "Exit status:\n"
+         "  0    no errors (and no warnings with --strict)\n"
+         "  1    errors found, or warnings with --strict\n"
+         "  2    unusable option or value, or an events file that is missing, a\n"
+         "       directory or unreadable, or a --timeline file that cannot be written\n"
+         "       (one line on standard error with the reason)\n"
+         "  4    standard output cannot be written (one line naming the error)\n"
+         "  141  the reader of standard output went away (no message)\n"
+         "  128+N  stopped by signal N: 129 SIGHUP, 130 SIGINT, 131 SIGQUIT, 143 SIGTERM\n"
          "\n"
          "Example:\n"
          "  $ pelorin-check --speed 4 --root /media/usb rec/events\n"
@@ -162,7 +190,8 @@ std::string Options::HelpText() {
          "(column 41); the record is dropped\n"
          "  rec/events:40: error: malformed line: empty tag (two blanks after the time "
          "stamp); playback ends here\n"
-         "  rec/events: summary: 57 lines; 39 records play: $TMC 30, $TSL 2, $TOT 7\n"
+         "  rec/events: summary: 57 lines; 38 records play: $TMC 29, $TSL 2, $TOT 7; 1 record "
+         "dropped\n"
          "  rec/events: summary: first 2014-11-16 09:51:00 UTC, last 2014-11-16 10:02:10 UTC, "
          "span 11m10s\n"
          "  rec/events: summary: plays 11m10s at speed 1, 2m47.5s at speed 4\n"

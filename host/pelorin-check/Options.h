@@ -4,6 +4,7 @@
 // "=", a repeated option keeps its last value, "--" ends the options and a
 // lone "-" names standard input. Parse does not touch the file system.
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -17,6 +18,7 @@ struct Options {
   double speed = 1.0;              // its factor, greater than 0
   std::string root;                // stands for /fs/sda0; empty when not given
   std::string configFile;          // configuration file; empty when not given
+  uint32_t maxErrors = 20;         // diagnostics shown per file; 0 shows all
   std::string timeline;            // SVG file to draw the one events file into; empty: none
   bool help = false;
   bool version = false;

@@ -5,6 +5,7 @@
 
 #include "host/common/TerminalText.h"
 #include "host/common/TimeText.h"
+#include "producers/IntegerText.h"
 #include "producers/OnlineTrafficProducer.h"
 #include "producers/PayloadProducer.h"
 #include "producers/ProducedMessage.h"
@@ -19,8 +20,23 @@ using PelorinTools::TimeText;
 
 const char kOnlineTrafficTag[] = "$TOT";
 const char kSetNewData[] = "setNewData";
+const char kTmcTag[] = "$TMC";
+const char kServiceListTag[] = "$TSL";
+// The methods whose arguments the service receives as signed 32-bit integers.
+const char* const kIntegerMethods[] = {"setOnlineTrafficDataStatus", "setTimeoutForFallback",
+                                       "dsiConnectionStateChanged"};
+
+using Field = CheckedProducer::Field;
+// The fields of the "$TMC" and "$TSL" producers, by field number.
+const std::vector<Field> kTmcFields = {Field::kUnsigned32, Field::kUnsigned8, Field::kUnsigned8,
+                                       Field::kUnsigned32, Field::kHexBytes};
+const std::vector<Field> kServiceListFields = {
+    Field::kUnsigned32, Field::kUnsigned8, Field::kUnsigned8,  Field::kUnsigned8,
+    Field::kUnsigned8,  Field::kUnsigned32, Field::kUnsigned32, Field::kText,
+    Field::kText,       Field::kUnsigned8, Field::kUnsigned8,  Field::kUnsigned8,
+    Field::kUnsigned8,  Field::kSigned32,  Field::kUnsigned32};
 // The tags that playback knows, for the letter-case hint of an unknown tag.
-const std::vector<const char*> kKnownTags = {"$TMC", "$TSL", kOnlineTrafficTag};
+const std::vector<const char*> kKnownTags = {kTmcTag, kServiceListTag, kOnlineTrafficTag};
 
 bool EqualsIgnoringCase(const std::string& a, const std::string& b) {
   if (a.size() != b.size()) return false;
@@ -79,15 +95,19 @@ std::string PayloadFailureText(const Quillan::ParseError& error) {
 }  // namespace
 
 RecordChecks::RecordChecks(std::string file, std::string eventsPath, const TpegDirectory& tpegs)
-    : m_file(std::move(file)), m_eventsPath(std::move(eventsPath)), m_tpegs(tpegs) {}
+    : m_file(std::move(file)),
+      m_eventsPath(std::move(eventsPath)),
+      m_tpegs(tpegs),
+      m_tmc(*m_dispatcher.FindProducer(kTmcTag), kTmcFields),
+      m_tsl(*m_dispatcher.FindProducer(kServiceListTag), kServiceListFields) {}
 
-void RecordChecks::Check(uint64_t line, const Quillan::Record& record, const LineShape& shape,
+bool RecordChecks::Check(uint64_t line, const Quillan::Record& record, const LineShape& shape,
                          std::vector<Diagnostic>& out) {
   // The payload begins after the time text, the blank, the tag and one more
   // blank; columns count bytes from 1.
   m_payloadColumn = shape.firstBlank + record.tag.size() + 3;
   CheckTime(line, record.time, shape, out);
-  CheckTag(line, record, out);
+  return CheckTag(line, record, out);
 }
 
 Diagnostic RecordChecks::Make(uint64_t line, DiagnosticKind kind, std::string message) const {
@@ -133,29 +153,39 @@ void RecordChecks::CheckTime(uint64_t line, double time, const LineShape& shape,
   m_previousLine = line;
 }
 
-void RecordChecks::CheckTag(uint64_t line, const Quillan::Record& record,
+bool RecordChecks::CheckTag(uint64_t line, const Quillan::Record& record,
                             std::vector<Diagnostic>& out) {
-  if (m_dispatcher.FindProducer(record.tag) != nullptr) {
-    CheckPayload(line, record, out);
-  } else if (record.tag == kOnlineTrafficTag) {
-    CheckOnlineCall(line, record, out);
-  } else {
-    Diagnostic diagnostic =
-        Make(line, DiagnosticKind::kUnknownTag,
-             "unknown tag " + TerminalText::Quoted(record.tag, 40) + CaseHint(record.tag, kKnownTags) +
-                 "; no consumer takes the record");
-    diagnostic.tag = record.tag;
-    out.push_back(std::move(diagnostic));
-  }
+  if (m_dispatcher.FindProducer(record.tag) != nullptr) return CheckPayload(line, record, out);
+  if (record.tag == kOnlineTrafficTag) return CheckOnlineCall(line, record, out);
+  Diagnostic diagnostic =
+      Make(line, DiagnosticKind::kUnknownTag,
+           "unknown tag " + TerminalText::Quoted(record.tag, 40) +
+               CaseHint(record.tag, kKnownTags) + "; no consumer takes the record, it is dropped");
+  diagnostic.tag = record.tag;
+  out.push_back(std::move(diagnostic));
+  return false;
 }
 
-void RecordChecks::CheckPayload(uint64_t line, const Quillan::Record& record,
+bool RecordChecks::CheckPayload(uint64_t line, const Quillan::Record& record,
                                 std::vector<Diagnostic>& out) {
   // The producer that the dispatcher hands this tag's records to, so the
-  // verdict is playback's own.
-  Quillan::PayloadProducer* producer = m_dispatcher.FindProducer(record.tag);
+  // verdict is playback's own, seen through the value checks.
+  CheckedProducer* checked = record.tag == kTmcTag           ? &m_tmc
+                             : record.tag == kServiceListTag ? &m_tsl
+                                                             : nullptr;
+  Quillan::PayloadProducer* producer =
+      checked != nullptr ? checked : m_dispatcher.FindProducer(record.tag);
   Quillan::ParseError error;
-  if (producer->Parse(record.payload, &error) != nullptr) return;
+  if (producer->Parse(record.payload, &error) != nullptr) {
+    if (checked == nullptr) return true;
+    for (const CheckedProducer::Finding& finding : checked->Findings()) {
+      Diagnostic diagnostic = Make(line, finding.kind, finding.message);
+      diagnostic.tag = record.tag;
+      diagnostic.key = finding.key;
+      out.push_back(std::move(diagnostic));
+    }
+    return true;
+  }
   Diagnostic diagnostic =
       Make(line, DiagnosticKind::kPayloadRefused,
            PayloadFailureText(error) + " in the " + TerminalText::Quoted(record.tag) +
@@ -163,12 +193,13 @@ void RecordChecks::CheckPayload(uint64_t line, const Quillan::Record& record,
                std::to_string(m_payloadColumn + error.offset) + "); the record is dropped");
   diagnostic.tag = record.tag;
   diagnostic.key = error.key;
-  diagnostic.hasOffset = true;
-  diagnostic.offset = error.offset;
+  diagnostic.hasByte = true;
+  diagnostic.byte = error.offset + 1;
   out.push_back(std::move(diagnostic));
+  return false;
 }
 
-void RecordChecks::CheckOnlineCall(uint64_t line, const Quillan::Record& record,
+bool RecordChecks::CheckOnlineCall(uint64_t line, const Quillan::Record& record,
                                    std::vector<Diagnostic>& out) {
   Quillan::TotCall call;
   const int status = Quillan::OnlineTrafficProducer::CheckPayload(record.payload, &call);
@@ -194,13 +225,34 @@ void RecordChecks::CheckOnlineCall(uint64_t line, const Quillan::Record& record,
       break;
     }
     default:
-      if (call.method == kSetNewData && m_tpegs.IsChecking()) {
-        CheckTpegFile(line, call.arguments[0], out);
-      }
-      return;
+      if (call.method == kSetNewData) CheckTpegFile(line, call.arguments[0], out);
+      CheckIntegerArguments(line, call, out);
+      return true;
   }
   diagnostic.tag = record.tag;
   out.push_back(std::move(diagnostic));
+  return false;
+}
+
+void RecordChecks::CheckIntegerArguments(uint64_t line, const Quillan::TotCall& call,
+                                         std::vector<Diagnostic>& out) {
+  bool integers = false;
+  for (const char* method : kIntegerMethods) integers = integers || call.method == method;
+  if (!integers) return;
+  for (const std::string& argument : call.arguments) {
+    int64_t value = 0;
+    const bool converts = Quillan::IntegerText::Convert(argument, 10, &value);
+    if (converts && value >= INT32_MIN && value <= INT32_MAX) continue;
+    Diagnostic diagnostic =
+        Make(line, converts ? DiagnosticKind::kValueOutOfRange : DiagnosticKind::kValueNotNumber,
+             "argument " + TerminalText::Quoted(argument, 40) + " of \"$TOT\" method " +
+                 TerminalText::Quoted(call.method, 40) +
+                 (converts ? " does not fit a signed 32-bit integer (-2147483648 to 2147483647)"
+                           : " is not a decimal integer") +
+                 "; the service receives whatever the platform makes of it");
+    diagnostic.tag = kOnlineTrafficTag;
+    out.push_back(std::move(diagnostic));
+  }
 }
 
 void RecordChecks::CheckTpegFile(uint64_t line, const std::string& fileName,

@@ -2,11 +2,13 @@
 
 #include <string>
 
+#include "host/common/TerminalText.h"
 #include "host/common/TimeText.h"
 
 namespace PelorinCheck {
 namespace {
 
+using PelorinTools::TerminalText;
 using PelorinTools::TimeText;
 
 std::string Plural(uint64_t count, const char* one, const char* many) {
@@ -18,7 +20,7 @@ std::string SpeedText(double speed) { return "at speed " + TimeText::Number(spee
 }  // namespace
 
 void TextReportWriter::WriteDiagnostic(const Diagnostic& diagnostic) {
-  m_out << diagnostic.file << ':';
+  m_out << TerminalText::Escaped(diagnostic.file) << ':';
   if (diagnostic.line != 0) m_out << diagnostic.line << ':';
   m_out << ' ' << SeverityName(diagnostic.severity) << ": " << diagnostic.message << '\n';
 }
@@ -27,24 +29,46 @@ void TextReportWriter::WriteSummary(const FileSummary& summary) {
   WriteRecordCounts(summary);
   if (summary.HasRecords()) WriteTimes(summary);
   if (summary.StopLine() != 0) WriteStop(summary);
-  m_out << summary.File() << ": summary: " << Plural(summary.Errors(), "error", "errors") << ", "
+  if (summary.HiddenDiagnostics() != 0) {
+    BeginSummaryLine(summary);
+    m_out << summary.HiddenDiagnostics()
+          << " more diagnostics not shown (--max-errors 0 shows all)\n";
+  }
+  BeginSummaryLine(summary);
+  m_out << Plural(summary.Errors(), "error", "errors") << ", "
         << Plural(summary.Warnings(), "warning", "warnings") << '\n';
 }
 
+void TextReportWriter::WriteTotal(const RunTotal& total) {
+  m_out << "total: " << Plural(total.files, "file", "files");
+  if (total.unusableFiles != 0) m_out << " (" << total.unusableFiles << " unusable)";
+  m_out << ", " << Plural(total.errors, "error", "errors") << ", "
+        << Plural(total.warnings, "warning", "warnings") << '\n';
+}
+
+void TextReportWriter::BeginSummaryLine(const FileSummary& summary) {
+  m_out << TerminalText::Escaped(summary.File()) << ": summary: ";
+}
+
 void TextReportWriter::WriteRecordCounts(const FileSummary& summary) {
-  m_out << summary.File() << ": summary: " << Plural(summary.Lines(), "line", "lines") << "; ";
-  if (!summary.HasRecords()) {
-    m_out << "no record plays\n";
-    return;
+  BeginSummaryLine(summary);
+  m_out << Plural(summary.Lines(), "line", "lines") << "; ";
+  if (summary.PlayedRecords() == 0) {
+    m_out << "no record plays";
+  } else {
+    m_out << Plural(summary.PlayedRecords(), "record plays", "records play") << ':';
+    const char* separator = " ";
+    for (const auto& entry : summary.Tags().Counts()) {
+      m_out << separator << TerminalText::Escaped(entry.first) << ' ' << entry.second;
+      separator = ", ";
+    }
+    if (summary.Tags().OtherRecords() > 0) {
+      m_out << separator << "other tags " << summary.Tags().OtherRecords();
+    }
   }
-  m_out << Plural(summary.PlayedRecords(), "record plays", "records play") << ':';
-  const char* separator = " ";
-  for (const auto& entry : summary.Tags().Counts()) {
-    m_out << separator << entry.first << ' ' << entry.second;
-    separator = ", ";
-  }
-  if (summary.Tags().OtherRecords() > 0) {
-    m_out << separator << "other tags " << summary.Tags().OtherRecords();
+  if (summary.DroppedRecords() != 0) {
+    m_out << "; " << Plural(summary.DroppedRecords(), "record", "records")
+          << " dropped";
   }
   m_out << '\n';
 }
@@ -54,10 +78,12 @@ void TextReportWriter::WriteTimes(const FileSummary& summary) {
     const std::string text = TimeText::DateTime(time, TimeText::Style::kText);
     return text.empty() ? "time " + TimeText::Number(time) : text;
   };
-  m_out << summary.File() << ": summary: first " << dateTime(summary.FirstTime()) << ", last "
+  BeginSummaryLine(summary);
+  m_out << "first " << dateTime(summary.FirstTime()) << ", last "
         << dateTime(summary.LastTime()) << ", span " << TimeText::Duration(summary.SpanMs())
         << '\n';
-  m_out << summary.File() << ": summary: plays "
+  BeginSummaryLine(summary);
+  m_out << "plays "
         << TimeText::Duration(static_cast<int64_t>(summary.AtRecordedSpeed().TotalMs())) << ' '
         << SpeedText(1.0);
   if (summary.HasOtherSpeed()) {
@@ -68,8 +94,9 @@ void TextReportWriter::WriteTimes(const FileSummary& summary) {
 }
 
 void TextReportWriter::WriteStop(const FileSummary& summary) {
-  m_out << summary.File() << ": summary: playback ends at line " << summary.StopLine() << ": "
-        << summary.StopReason() << "; ";
+  BeginSummaryLine(summary);
+  m_out << "playback ends at line " << summary.StopLine() << ": "
+        << TerminalText::Escaped(summary.StopReason()) << "; ";
   if (summary.LinesAfterStopKnown()) {
     m_out << Plural(summary.LinesNeverPlayed(), "later line never plays", "later lines never play");
   } else {

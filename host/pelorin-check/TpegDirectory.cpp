@@ -30,7 +30,7 @@ bool Opens(const std::string& path) {
 }  // namespace
 
 TpegDirectory::TpegDirectory(std::string configuredDir, std::string root)
-    : m_checking(true), m_configuredDir(std::move(configuredDir)), m_root(std::move(root)) {}
+    : m_configuredDir(std::move(configuredDir)), m_root(std::move(root)) {}
 
 bool TpegDirectory::FromOptions(const Options& options, TpegDirectory* directory,
                                 std::string* error) {

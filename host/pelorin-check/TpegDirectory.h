@@ -17,7 +17,8 @@ struct Options;
 
 class TpegDirectory {
  public:
-  // Not checking: neither a root nor a configuration file was given.
+  // Neither a root nor a configuration file: the files are looked for
+  // beside the events file, as the module does without "tpegsDir".
   TpegDirectory() = default;
   // `configuredDir`: the "tpegsDir" value (empty when absent); `root`: the
   // local folder that stands for /fs/sda0 (empty for none).
@@ -30,8 +31,6 @@ class TpegDirectory {
   // defaults too).
   static bool FromOptions(const Options& options, TpegDirectory* directory, std::string* error);
 
-  bool IsChecking() const { return m_checking; }
-
   // The path the head unit hands to the service for `fileName` recorded in
   // events file `eventsPath` (as the module builds it, in UTF-8).
   std::string HeadUnitPath(const std::string& eventsPath, const std::string& fileName) const;
@@ -41,7 +40,6 @@ class TpegDirectory {
   static bool FileExists(const std::string& localPath);
 
  private:
-  bool m_checking = false;
   std::string m_configuredDir;
   std::string m_root;
 };

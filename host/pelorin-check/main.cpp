@@ -1,14 +1,22 @@
 // pelorin-check: tells what a recording (events file) will do when Pelorin
 // plays it. See CheckProgram for the behaviour and --help for the usage.
 
+#include <unistd.h>
+
 #include <iostream>
 #include <string>
 #include <vector>
 
+#include "host/common/FileOutput.h"
 #include "host/pelorin-check/CheckProgram.h"
+#include "host/pelorin-check/StopSignals.h"
 
 int main(int argc, char** argv) {
   std::ios::sync_with_stdio(false);
+  PelorinCheck::StopSignals::Install();
   const std::vector<std::string> arguments(argv + (argc > 0 ? 1 : 0), argv + argc);
-  return PelorinCheck::CheckProgram::Run(arguments, std::cout, std::cerr);
+  PelorinTools::FileOutput out(STDOUT_FILENO);
+  const int status = PelorinCheck::CheckProgram::Run(arguments, out, std::cerr);
+  std::cerr.flush();
+  return status;
 }

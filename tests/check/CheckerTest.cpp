@@ -26,7 +26,7 @@ class CheckerTest : public ::testing::Test {
  protected:
   FileSummary Check(const std::string& bytes, const std::string& name = "events") {
     const std::string path = m_dir.Write(name, bytes);
-    Checker checker(0.0, m_tpegs, m_writer);
+    Checker checker(m_options, m_tpegs, m_writer);
     return checker.CheckFile(path);
   }
 
@@ -38,6 +38,7 @@ class CheckerTest : public ::testing::Test {
   }
 
   TestFolder m_dir;
+  PelorinCheck::Options m_options;
   TpegDirectory m_tpegs;
   CollectingWriter m_writer;
 };
@@ -105,27 +106,24 @@ TEST_F(CheckerTest, MixedLineEndsAreNumberedAsTheReaderReadsThem) {
   EXPECT_EQ(unknown[1].line, 5u);
   EXPECT_EQ(m_writer.diagnostics.size(), 2u);  // "\r104" converts: no time warning
   EXPECT_EQ(summary.Lines(), 6u);
-  EXPECT_EQ(summary.PlayedRecords(), 6u);
+  EXPECT_EQ(summary.PlayedRecords(), 4u);
+  EXPECT_EQ(summary.DroppedRecords(), 2u);
   EXPECT_EQ(summary.LastTime(), 105.0);
 }
 
-TEST_F(CheckerTest, FilesThatCannotBeReadAreErrors) {
-  Checker checker(0.0, m_tpegs, m_writer);
-  // A file that does not open: no summary.
-  EXPECT_EQ(checker.CheckFile(m_dir.Path() + "/missing").Errors(), 1u);
-  EXPECT_EQ(Only(DiagnosticKind::kOpenFailed).line, 0u);
+TEST_F(CheckerTest, FilesThatCannotBeReadAreUnusableWithTheReason) {
+  Checker checker(m_options, m_tpegs, m_writer);
+  EXPECT_EQ(checker.CheckFile(m_dir.Path() + "/missing").Unusable(), "No such file or directory");
+  EXPECT_EQ(checker.CheckFile(m_dir.Path()).Unusable(), "Is a directory");
+  EXPECT_TRUE(m_writer.diagnostics.empty());
   EXPECT_TRUE(m_writer.summaries.empty());
-  // A folder opens like a file but cannot be read.
-  const FileSummary summary = checker.CheckFile(m_dir.Path());
-  const Diagnostic error = Only(DiagnosticKind::kReadError);
-  EXPECT_EQ(error.severity, Severity::kError);
-  EXPECT_EQ(error.line, 1u);
-  EXPECT_EQ(summary.StopLine(), 1u);
-  EXPECT_FALSE(summary.LinesAfterStopKnown());
 }
 
-TEST_F(CheckerTest, UnknownTagsAreWarningsWithALetterCaseHint) {
-  Check("1 $TMX\n2 $tmc\n3 $TMC\n");
+TEST_F(CheckerTest, UnknownTagsAreWarningsWithALetterCaseHintAndCountAsDropped) {
+  const FileSummary summary = Check("1 $TMX\n2 $tmc\n3 $TMC\n");
+  EXPECT_EQ(summary.PlayedRecords(), 1u);
+  EXPECT_EQ(summary.DroppedRecords(), 2u);
+  EXPECT_EQ(summary.FirstTime(), 1.0);
   const std::vector<Diagnostic> unknown = m_writer.OfKind(DiagnosticKind::kUnknownTag);
   ASSERT_EQ(unknown.size(), 2u);
   EXPECT_EQ(unknown[0].severity, Severity::kWarning);
@@ -144,7 +142,7 @@ TEST_F(CheckerTest, PayloadFailuresNameTheKeyAndTheByte) {
   const std::vector<Diagnostic> refused = m_writer.OfKind(DiagnosticKind::kPayloadRefused);
   ASSERT_EQ(refused.size(), 4u);
   EXPECT_EQ(refused[0].key, "ltn");
-  EXPECT_EQ(refused[0].offset, 12u);
+  EXPECT_EQ(refused[0].byte, 13u);
   EXPECT_THAT(refused[0].message, HasSubstr("unknown key \"ltn\""));
   EXPECT_THAT(refused[0].message, HasSubstr("byte 13 (column 20)"));
   EXPECT_EQ(refused[1].line, 2u);
@@ -155,6 +153,7 @@ TEST_F(CheckerTest, PayloadFailuresNameTheKeyAndTheByte) {
 }
 
 TEST_F(CheckerTest, OnlineTrafficCallsAreCheckedForMethodAndArguments) {
+  m_dir.Write("rec/my file.bin", "x");
   Check(
       "1 $TOT\n"
       "2 $TOT :x\n"
@@ -162,7 +161,8 @@ TEST_F(CheckerTest, OnlineTrafficCallsAreCheckedForMethodAndArguments) {
       "4 $TOT getInventory:x\n"
       "5 $TOT setNewData\n"
       "6 $TOT setTimeoutForFallback: 30\n"
-      "7 $TOT setNewData:\"my file.bin\"\n");
+      "7 $TOT setNewData:\"my file.bin\"\n",
+      "rec/events");
   const std::vector<Diagnostic> empty = m_writer.OfKind(DiagnosticKind::kEmptyMethod);
   ASSERT_EQ(empty.size(), 2u);
   EXPECT_EQ(empty[1].line, 2u);
@@ -201,11 +201,7 @@ TEST_F(CheckerTest, TpegFilesAreLookedForWhereTheModuleLooks) {
   const std::string events =
       "1 $TOT setNewData:present.bin\n2 $TOT setNewData:absent.bin\n"
       "3 $TOT setNewData:mapped.bin\n";
-  // Without a root or configuration nothing is looked for.
-  Check(events, "rec/events");
-  EXPECT_TRUE(m_writer.diagnostics.empty());
-  // The default folder is the events file's own.
-  m_tpegs = TpegDirectory("", "");
+  // Without a root or configuration the folder is the events file's own.
   Check(events, "rec/events");
   std::vector<Diagnostic> missing = m_writer.OfKind(DiagnosticKind::kTpegFileMissing);
   ASSERT_EQ(missing.size(), 2u);
@@ -222,6 +218,92 @@ TEST_F(CheckerTest, TpegFilesAreLookedForWhereTheModuleLooks) {
   EXPECT_EQ(missing[0].line, 1u);
   EXPECT_THAT(missing[0].message, HasSubstr(m_dir.Path() + "/root/tpeg/present.bin"));
   EXPECT_EQ(missing[1].line, 2u);
+}
+
+TEST_F(CheckerTest, ValuesThatArriveAsZeroOrChangedAreWarnings) {
+  const struct {
+    const char* line;
+    DiagnosticKind kind;
+    const char* says;
+  } cases[] = {
+      {"1 $TMC PID=4294967296", DiagnosticKind::kValueOutOfRange, "delivered as 0"},
+      {"1 $TMC LTN=300", DiagnosticKind::kValueOutOfRange, "(0 to 255); it is delivered as 44"},
+      {"1 $TMC tmcData=ZZ", DiagnosticKind::kValueNotNumber, "byte 1 \"ZZ\" of \"tmcData\""},
+      {"1 $TMC tmcData=0A::1", DiagnosticKind::kValueNotNumber, "byte 2 \"\""},
+      {"1 $TMC tmcData=1FF", DiagnosticKind::kValueOutOfRange, "delivered as 255"},
+      {"1 $TSL sd_SID=xx", DiagnosticKind::kValueNotNumber, "\"xx\" of \"sd_SID\""},
+      {"1 $TSL monitorState=4294967297", DiagnosticKind::kValueOutOfRange, "delivered as 1"},
+      {"1 $TSL SS_ID=9999999999", DiagnosticKind::kValueOutOfRange, "delivered as 1410065407"},
+      {"1 $TSL SS_ID=-2147483649", DiagnosticKind::kValueOutOfRange, "delivered as 2147483647"},
+      {"1 $TOT setTimeoutForFallback:2147483648", DiagnosticKind::kValueOutOfRange,
+       "does not fit a signed 32-bit integer"},
+      {"1 $TOT dsiConnectionStateChanged:on", DiagnosticKind::kValueNotNumber,
+       "\"on\" of \"$TOT\" method \"dsiConnectionStateChanged\" is not a decimal integer"},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.line);
+    m_writer = CollectingWriter();
+    const FileSummary summary = Check(std::string(c.line) + "\n");
+    ASSERT_EQ(m_writer.diagnostics.size(), 1u) << m_writer.diagnostics[0].message;
+    EXPECT_EQ(m_writer.diagnostics[0].kind, c.kind);
+    EXPECT_EQ(m_writer.diagnostics[0].severity, Severity::kWarning);
+    EXPECT_THAT(m_writer.diagnostics[0].message, HasSubstr(c.says));
+    EXPECT_EQ(summary.PlayedRecords(), 1u);
+  }
+  // Values that fit, texts, and payloads refused as a whole say nothing more.
+  m_writer = CollectingWriter();
+  Check(
+      "1 $TMC timeStamp=4294967295 LTN=255 SID=0 PID=+7 tmcData=0a:FF:0x1f:\n"
+      "2 $TSL SS_ID=-2147483648 sd_SPN=\"99999999999\";SS_ID=2147483647 sd_sendername=x\n"
+      "3 $TOT setOnlineTrafficDataStatus:-2147483648\n"
+      "4 $TMC PID=99999999999 ltn=1\n");
+  ASSERT_EQ(m_writer.diagnostics.size(), 1u) << m_writer.diagnostics[0].message;
+  EXPECT_EQ(m_writer.diagnostics[0].kind, DiagnosticKind::kPayloadRefused);
+}
+
+TEST_F(CheckerTest, WholeFileFindings) {
+  // An empty recording: a warning, an error under --strict.
+  Check("");
+  EXPECT_EQ(Only(DiagnosticKind::kEmptyRecording).severity, Severity::kWarning);
+  m_writer = CollectingWriter();
+  m_options.strict = true;
+  Check("");
+  EXPECT_EQ(Only(DiagnosticKind::kEmptyRecording).severity, Severity::kError);
+  // A byte-order mark spoils the first time stamp.
+  m_writer = CollectingWriter();
+  Check("\xEF\xBB\xBF" "1 $TMC\n2 $TMC\n");
+  EXPECT_EQ(Only(DiagnosticKind::kByteOrderMark).line, 1u);
+  EXPECT_EQ(Only(DiagnosticKind::kTimeNotConverted).line, 1u);
+  // Binary data: what comes before it, then one diagnostic, however much
+  // garbage follows; it names where playback stops.
+  m_writer = CollectingWriter();
+  std::string binary("1 $TMC\n2 $FOO\n\0\x01\x02\n", 18);
+  for (int i = 0; i < 100; ++i) binary += std::string("\x7f\0\n \n", 5);
+  const FileSummary summary = Check(binary);
+  ASSERT_EQ(m_writer.diagnostics.size(), 2u);
+  EXPECT_EQ(m_writer.diagnostics[0].kind, DiagnosticKind::kUnknownTag);
+  const Diagnostic found = m_writer.diagnostics[1];
+  EXPECT_EQ(found.kind, DiagnosticKind::kBinaryData);
+  EXPECT_EQ(found.severity, Severity::kError);
+  EXPECT_EQ(found.line, 3u);
+  EXPECT_EQ(found.byte, 15u);
+  EXPECT_THAT(found.message, HasSubstr("binary data at byte 15; playback stops at line 3"));
+  EXPECT_EQ(summary.Errors() + summary.Warnings(), 2u);
+}
+
+TEST_F(CheckerTest, AtMostMaxErrorsDiagnosticsAreShownThoughAllCount) {
+  std::string events;
+  for (int i = 1; i <= 25; ++i) events += std::to_string(i) + " $FOO\n";
+  for (const uint32_t limit : {20u, 0u, 1u}) {
+    SCOPED_TRACE(limit);
+    m_writer = CollectingWriter();
+    m_options.maxErrors = limit;
+    const FileSummary summary = Check(events);
+    const size_t shown = limit == 0 ? 25u : limit;
+    EXPECT_EQ(m_writer.diagnostics.size(), shown);
+    EXPECT_EQ(summary.HiddenDiagnostics(), 25u - shown);
+    EXPECT_EQ(summary.Warnings(), 25u);
+  }
 }
 
 }  // namespace

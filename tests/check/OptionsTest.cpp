@@ -28,14 +28,16 @@ std::string Refused(const std::vector<std::string>& arguments) {
 
 TEST(OptionsTest, FlagsValuesAndFilesInAnyOrderAndTheirDefaults) {
   const Options options = Parsed({"a", "--strict", "--speed", "2.5", "--json", "--root=/media/usb",
-                                  "b", "--config", "my.cfg"});
+                                  "b", "--config", "my.cfg", "--max-errors", "0"});
   EXPECT_EQ(options.files, (std::vector<std::string>{"a", "b"}));
   EXPECT_TRUE(options.strict && options.json && options.hasSpeed);
   EXPECT_EQ(options.speed, 2.5);
   EXPECT_EQ(options.root, "/media/usb");
   EXPECT_EQ(options.configFile, "my.cfg");
+  EXPECT_EQ(options.maxErrors, 0u);
   EXPECT_EQ(Parsed({"--timeline=t.svg", "e"}).timeline, "t.svg");
   const Options plain = Parsed({"events"});
+  EXPECT_EQ(plain.maxErrors, 20u);
   EXPECT_FALSE(plain.strict || plain.json || plain.hasSpeed);
   EXPECT_TRUE(plain.root.empty() && plain.configFile.empty() && plain.timeline.empty());
   // The last of a repeated option wins; "1,5" reads as the module reads numbers.
@@ -58,6 +60,9 @@ TEST(OptionsTest, UnusableArgumentsAreRefused) {
   EXPECT_THAT(Refused({"--timeline", "e", "e"}), HasSubstr("would overwrite the events file"));
   for (const char* speed : {"0", "-1", "fast", "nan", "inf", "2x"}) {
     EXPECT_THAT(Refused({"e", "--speed", speed}), HasSubstr("greater than 0")) << speed;
+  }
+  for (const char* count : {"-1", "4294967296", "2.5", "many"}) {
+    EXPECT_THAT(Refused({"e", "--max-errors", count}), HasSubstr("from 0 to 4294967295")) << count;
   }
 }
 

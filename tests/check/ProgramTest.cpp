@@ -4,6 +4,14 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <cstdlib>
+#include <fstream>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -52,33 +60,117 @@ TEST_F(ProgramTest, ExitStatusFollowsTheWorstFinding) {
   EXPECT_THAT(strict.out, HasSubstr(warned + ":1: warning: unknown key \"ltn\""));
 
   const Outcome failed = Run({"--strict", clean, broken, warned});
-  EXPECT_EQ(failed.status, 2);
+  EXPECT_EQ(failed.status, 1);
+  EXPECT_THAT(failed.out, HasSubstr("\ntotal: 3 files, 1 error, 1 warning\n"));
   EXPECT_THAT(failed.out, HasSubstr(broken + ":2: error: malformed line: empty line; playback "
                                              "ends here\n"));
   EXPECT_THAT(failed.out, HasSubstr("playback ends at line 2: empty line; 1 later line never"));
-  EXPECT_EQ(Run({m_dir.Path() + "/missing"}).status, 2);
+  // An events file that cannot be read is unusable input, whatever the others hold.
+  const Outcome unusable = Run({clean, m_dir.Path() + "/missing"});
+  EXPECT_EQ(unusable.status, 2);
+  EXPECT_THAT(unusable.out, HasSubstr("total: 2 files (1 unusable), 0 errors, 0 warnings"));
 }
 
-TEST_F(ProgramTest, UnusableArgumentsGiveOneLineOnStandardError) {
-  for (const std::vector<std::string>& arguments :
-       std::vector<std::vector<std::string>>{{},
-                                             {"--speed", "0", "e"},
-                                             {"--bogus", "e"},
-                                             {"--root", m_dir.Path() + "/none", "e"},
-                                             {"--config", m_dir.Path() + "/none.cfg", "e"}}) {
-    const Outcome outcome = Run(arguments);
+TEST_F(ProgramTest, UnusableInputGivesOneLineOnStandardError) {
+  const std::string locked = m_dir.Write("locked", "1 $TMC\n");
+  chmod(locked.c_str(), 0);
+  const bool root = access(locked.c_str(), R_OK) == 0;  // root reads it anyway
+  const struct {
+    std::vector<std::string> arguments;
+    std::string says;
+  } cases[] = {
+      {{}, "pelorin-check: error: no events file"},
+      {{"--speed", "0", "e"}, "greater than 0"},
+      {{"--max-errors", "-1", "e"}, "from 0 to 4294967295"},
+      {{"--bogus", "e"}, "pelorin-check: error: unknown option"},
+      {{"--root", m_dir.Path() + "/none", "e"}, "not a directory"},
+      {{"--config", m_dir.Path() + "/none.cfg", "e"}, "cannot read"},
+      {{m_dir.Path() + "/none"}, "pelorin-check: " + m_dir.Path() + "/none: No such file or directory"},
+      {{m_dir.Path()}, "pelorin-check: " + m_dir.Path() + ": Is a directory"},
+      {{locked}, root ? "" : "pelorin-check: " + locked + ": Permission denied"},
+  };
+  for (const auto& c : cases) {
+    if (c.says.empty()) continue;
+    SCOPED_TRACE(c.says);
+    const Outcome outcome = Run(c.arguments);
     EXPECT_EQ(outcome.status, 2);
     EXPECT_EQ(outcome.out, "");
-    ASSERT_FALSE(outcome.err.empty());
     EXPECT_EQ(outcome.err.find('\n'), outcome.err.size() - 1) << outcome.err;
-    EXPECT_THAT(outcome.err, HasSubstr("pelorin-check: error: "));
+    EXPECT_THAT(outcome.err, HasSubstr(c.says));
   }
+}
+
+// Runs the program through the shell, for output that ToolProcess cannot
+// give it: `redirect` applies to it, `pipe` (when given) reads its output.
+// Returns the program's exit status; its standard error lands in `err`.
+int RunRedirected(const std::vector<std::string>& arguments, const std::string& redirect,
+                  const std::string& pipe, const std::string& errPath) {
+  std::string command;
+  std::stringstream launcher(PELORIN_TOOL_LAUNCHER);
+  for (std::string word; std::getline(launcher, word, '|');) {
+    if (!word.empty()) command += "'" + word + "' ";
+  }
+  command += std::string("'") + PELORIN_CHECK_PROGRAM + "'";
+  for (const std::string& argument : arguments) command += " '" + argument + "'";
+  command += " 2>'" + errPath + "' " + redirect;
+  if (!pipe.empty()) command += " | " + pipe + "; exit \\${PIPESTATUS[0]}";
+  const std::string shell = "bash -c \"" + command + "\"";
+  const int status = std::system(shell.c_str());
+  return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+std::string ReadAll(const std::string& path) {
+  std::ostringstream text;
+  text << std::ifstream(path, std::ios::binary).rdbuf();
+  return text.str();
+}
+
+TEST_F(ProgramTest, OutputThatFailsEndsTheRun) {
+  std::string many;
+  for (int i = 0; i < 20000; ++i) many += std::to_string(i + 1) + " $FOO\n";
+  const std::string events = m_dir.Write("many", many);
+  const std::string err = m_dir.Path() + "/err";
+  const struct {
+    const char* redirect;
+    const char* pipe;
+    int status;
+    const char* says;
+  } cases[] = {
+      {">/dev/full", "", 4, "pelorin-check: error writing standard output: No space left on device\n"},
+      {">&-", "", 4, "pelorin-check: error writing standard output: Bad file descriptor\n"},
+      {"", "head -c 10 >/dev/null", 141, ""},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.redirect + std::string(c.pipe));
+    EXPECT_EQ(RunRedirected({"--max-errors", "0", events}, c.redirect, c.pipe, err), c.status);
+    EXPECT_EQ(ReadAll(err), c.says);
+  }
+}
+
+TEST_F(ProgramTest, StopSignalsEndTheRunWith128PlusTheirNumber) {
+  for (const int number : {SIGINT, SIGTERM, SIGHUP, SIGQUIT}) {
+    pelorin_tool_test::ToolProcess process;
+    ASSERT_TRUE(process.Start(PELORIN_CHECK_PROGRAM, {"-"}));
+    process.WriteInput("1 $TMC\n");  // then it waits for more
+    process.Signal(number);
+    EXPECT_EQ(process.Wait(pelorin_tool_test::ScaledMs(10000)), 128 + number);
+  }
+}
+
+TEST_F(ProgramTest, StandardInputAndTheEndOfOptions) {
+  pelorin_tool_test::ToolProcess process;
+  ASSERT_TRUE(process.Start(PELORIN_CHECK_PROGRAM, {"--strict", "--", "-", "--strict"}));
+  process.WriteInput("1 $TMC\n2 $TOT getInventory\n");
+  process.CloseInput();
+  EXPECT_EQ(process.Wait(pelorin_tool_test::ScaledMs(60000)), 2);  // no file "--strict"
+  EXPECT_THAT(process.Output(), HasSubstr("-: summary: 2 lines; 2 records play"));
+  EXPECT_THAT(process.Stderr(), HasSubstr("pelorin-check: --strict: No such file or directory"));
 }
 
 TEST_F(ProgramTest, HelpAndVersion) {
   const Outcome help = Run({"--help"});
   EXPECT_EQ(help.status, 0);
-  EXPECT_THAT(help.out, HasSubstr("Usage: pelorin-check [OPTIONS] EVENTS..."));
+  EXPECT_THAT(help.out, HasSubstr("Usage: pelorin-check [OPTIONS] [--] EVENTS..."));
   EXPECT_THAT(help.out, HasSubstr("Example:"));
   const Outcome version = Run({"-V"});
   EXPECT_EQ(version.status, 0);
@@ -103,9 +195,9 @@ TEST_F(ProgramTest, JsonLinesAndTheTpegDirectoryUnderARoot) {
   EXPECT_THAT(diagnostic["message"].string, HasSubstr("root/tpeg//b.bin"));
   const auto& summary = outcome.items[1].json;
   EXPECT_EQ(summary["type"].string, "summary");
-  EXPECT_EQ(summary["play_seconds"].number, 4);
+  EXPECT_EQ(summary["playSeconds"].number, 4);
   EXPECT_EQ(summary["speed"].number, 2);
-  EXPECT_EQ(summary["play_seconds_at_speed"].number, 2);
+  EXPECT_EQ(summary["playSecondsAtSpeed"].number, 2);
 }
 
 }  // namespace
