@@ -83,7 +83,10 @@ void CheckFiles(const Options& options, const TpegDirectory& tpegs, std::ostream
   }
   if (options.files.size() > 1) writer->WriteTotal(outcome.total);
   outcome.unusable = outcome.total.unusableFiles > 0;
-  if (timeline && !WriteTimeline(options.timeline, *timeline, err)) outcome.unusable = true;
+  // An events file that cannot be read gets no picture.
+  if (timeline && !outcome.unusable && !WriteTimeline(options.timeline, *timeline, err)) {
+    outcome.unusable = true;
+  }
 }
 
 }  // namespace

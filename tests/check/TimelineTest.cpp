@@ -208,11 +208,14 @@ TEST_F(TimelineTest, RecordedBytesStayWellFormedXml) {
   EXPECT_EQ(All(*m_tree.root, "title").at(0)->text, m_dir.Path() + "/a&b<\\x01>.events");
 }
 
-TEST_F(TimelineTest, UnwritablePictureIsAnError) {
+TEST_F(TimelineTest, UnwritablePictureOrUnreadableEventsFileIsUnusable) {
   m_svgPath = m_dir.Path() + "/no/such/folder/t.svg";
   const std::string events = m_dir.Write("events", "1 $TMC\n");
   EXPECT_EQ(Run({"--timeline", m_svgPath, events}), CheckProgram::kUnusable);
   EXPECT_THAT(m_err.str(), HasSubstr("cannot write the timeline '" + m_svgPath + "'"));
+  m_svgPath = m_dir.Path() + "/t.svg";
+  EXPECT_EQ(Run({"--timeline", m_svgPath, m_dir.Path() + "/missing"}), CheckProgram::kUnusable);
+  EXPECT_FALSE(std::ifstream(m_svgPath).good()) << "a picture of a file that does not open";
 }
 
 TEST(TimelineBinsTest, CountsSurviveMergingAndColumnsStayWithinBounds) {
