@@ -2,6 +2,7 @@
 
 #include <cerrno>
 #include <cstring>
+#include <fstream>
 #include <memory>
 
 #include "host/common/TerminalText.h"
@@ -10,6 +11,8 @@
 #include "host/pelorin-check/Options.h"
 #include "host/pelorin-check/StopSignals.h"
 #include "host/pelorin-check/TextReportWriter.h"
+#include "host/pelorin-check/Timeline.h"
+#include "host/pelorin-check/TimelineWriter.h"
 #include "host/pelorin-check/TpegDirectory.h"
 
 namespace PelorinCheck {
@@ -45,11 +48,27 @@ std::unique_ptr<ReportWriter> MakeWriter(const Options& options, std::ostream& o
   return std::make_unique<TextReportWriter>(out);
 }
 
+// Writes the picture of the one events file; false after a line on `err`.
+bool WriteTimeline(const std::string& path, const Timeline& timeline, std::ostream& err) {
+  errno = 0;
+  std::ofstream file(path, std::ios::binary | std::ios::trunc);
+  if (file) file << TimelineWriter(timeline).Svg() << std::flush;
+  if (file) return true;
+  err << kTool << "cannot write the timeline '" << TerminalText::Escaped(path)
+      << "': " << (errno != 0 ? std::strerror(errno) : "write failed") << '\n';
+  return false;
+}
+
 void CheckFiles(const Options& options, const TpegDirectory& tpegs, std::ostream& report,
                 const PelorinTools::FileOutput& out, std::ostream& err, Outcome& outcome) {
   const std::unique_ptr<ReportWriter> writer = MakeWriter(options, report);
   Checker checker(options, tpegs, *writer);
   checker.StopWhen([&out] { return StopSignals::Caught() != 0 || out.Failed(); });
+  std::unique_ptr<Timeline> timeline;
+  if (!options.timeline.empty()) {
+    timeline = std::make_unique<Timeline>(options.files.front());
+    checker.SetObserver(timeline.get());
+  }
   for (const std::string& file : options.files) {
     const FileSummary summary = checker.CheckFile(file);
     if (checker.Stopped()) return;
@@ -64,6 +83,10 @@ void CheckFiles(const Options& options, const TpegDirectory& tpegs, std::ostream
   }
   if (options.files.size() > 1) writer->WriteTotal(outcome.total);
   outcome.unusable = outcome.total.unusableFiles > 0;
+  // An events file that cannot be read gets no picture.
+  if (timeline && !outcome.unusable && !WriteTimeline(options.timeline, *timeline, err)) {
+    outcome.unusable = true;
+  }
 }
 
 }  // namespace

@@ -5,7 +5,8 @@
 // exit status in one place (ExitStatus):
 //   0 no errors (and no warnings under --strict)
 //   1 errors found, or warnings under --strict
-//   2 unusable arguments or an events file that cannot be read
+//   2 unusable arguments, an events file that cannot be read, or a
+//     --timeline picture that cannot be written
 //   4 standard output cannot be written (one line naming the OS error)
 //   141 the reader of standard output went away (quietly)
 //   128+N stopped by signal N (SIGINT, SIGTERM, SIGHUP, SIGQUIT)

@@ -5,6 +5,7 @@
 #include <cerrno>
 #include <cstring>
 
+#include "host/pelorin-check/CheckObserver.h"
 #include "host/pelorin-check/LineTap.h"
 #include "host/pelorin-check/RecordChecks.h"
 #include "player/InputFile.h"
@@ -57,6 +58,7 @@ FileSummary Checker::CheckFile(const std::string& name) {
   ReadRecords(name, eventsPath, tap, summary);
   if (m_stopped) return summary;
   ReportEnd(name, summary);
+  if (m_observer != nullptr) m_observer->OnFileChecked(summary);
   m_writer.WriteSummary(summary);
   return summary;
 }
@@ -88,6 +90,7 @@ void Checker::ReadRecords(const std::string& name, const std::string& eventsPath
     m_found.clear();
     const bool delivered = checks.Check(line, record, tap.Line(), m_found);
     summary.AddRecord(record.time, record.tag, delivered);
+    if (m_observer != nullptr) m_observer->OnRecord(line, record);
     for (const Diagnostic& diagnostic : m_found) Emit(diagnostic, summary);
   }
 }
@@ -174,6 +177,7 @@ void Checker::ReportEnd(const std::string& name, FileSummary& summary) {
 }
 
 void Checker::Emit(const Diagnostic& diagnostic, FileSummary& summary) {
+  if (m_observer != nullptr) m_observer->OnDiagnostic(diagnostic);
   // Past binary data findings are noise: neither counted nor shown.
   if (m_binaryByte != 0) return;
   summary.AddDiagnostic(diagnostic.severity);

@@ -27,6 +27,7 @@
 
 namespace PelorinCheck {
 
+class CheckObserver;
 class LineTap;
 
 class Checker {
@@ -42,6 +43,11 @@ class Checker {
   // (a stop signal, or output that can no longer be written).
   void StopWhen(std::function<bool()> stop) { m_stop = std::move(stop); }
   bool Stopped() const { return m_stopped; }
+
+  // Also shows every record and finding to `observer` (null: none), the
+  // findings that the limits hide included. It must outlive the checks it
+  // follows.
+  void SetObserver(CheckObserver* observer) { m_observer = observer; }
 
   // Checks one file and writes its diagnostics and summary. Returns the
   // file's summary (errors and warnings included). A file that cannot be
@@ -65,6 +71,7 @@ class Checker {
   uint32_t m_maxShown;  // per file; 0 for all
   const TpegDirectory& m_tpegs;
   ReportWriter& m_writer;
+  CheckObserver* m_observer = nullptr;
   std::function<bool()> m_stop;
   bool m_stopped = false;
   // Of the file being checked.

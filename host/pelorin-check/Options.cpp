@@ -10,13 +10,14 @@ namespace PelorinCheck {
 namespace {
 
 // Options that take a value.
-enum class Valued { kNone, kSpeed, kRoot, kConfig, kMaxErrors };
+enum class Valued { kNone, kSpeed, kRoot, kConfig, kMaxErrors, kTimeline };
 
 Valued ValuedOption(const std::string& name) {
   if (name == "--speed") return Valued::kSpeed;
   if (name == "--root") return Valued::kRoot;
   if (name == "--config") return Valued::kConfig;
   if (name == "--max-errors") return Valued::kMaxErrors;
+  if (name == "--timeline") return Valued::kTimeline;
   return Valued::kNone;
 }
 
@@ -58,6 +59,9 @@ bool SetValue(Valued option, const std::string& name, const std::string& value, 
       return true;
     case Valued::kConfig:
       options->configFile = value;
+      return true;
+    case Valued::kTimeline:
+      options->timeline = value;
       return true;
     case Valued::kMaxErrors: {
       int64_t count = 0;
@@ -117,6 +121,15 @@ bool Options::Parse(const std::vector<std::string>& arguments, Options* options,
     *error = "no events file given";
     return false;
   }
+  if (!options->timeline.empty() && options->files.size() > 1) {
+    *error = "--timeline draws one events file, not " + std::to_string(options->files.size());
+    return false;
+  }
+  if (!options->timeline.empty() && options->files.size() == 1 &&
+      options->timeline == options->files.front()) {
+    *error = "--timeline would overwrite the events file '" + options->timeline + "'";
+    return false;
+  }
   return true;
 }
 
@@ -151,6 +164,13 @@ std::string Options::HelpText() {
          "                       directory (\"tpegsDir\") from DIR/quillan/Pelorin.cfg\n"
          "      --config FILE    read \"tpegsDir\" from FILE instead (with --root, paths\n"
          "                       under /fs/sda0 still map into DIR)\n"
+         "      --timeline SVG   draw the events file (only one) into the SVG file: a UTC\n"
+         "                       time axis, a row per tag and per \"$TOT\" method whose\n"
+         "                       marks darken with the number of records, gaps of 5% of\n"
+         "                       the span or longer shaded and labelled with their\n"
+         "                       length, and coloured lines where a \"setNewData\" file\n"
+         "                       is missing, a time stamp goes back or playback ends\n"
+         "                       (the first 100 of these)\n"
          "  -h, --help           show this help\n"
          "  -V, --version        show the version\n"
          "\n"
@@ -158,7 +178,8 @@ std::string Options::HelpText() {
          "  0    no errors (and no warnings with --strict)\n"
          "  1    errors found, or warnings with --strict\n"
          "  2    unusable option or value, or an events file that is missing, a\n"
-         "       directory or unreadable (one line on standard error with the reason)\n"
+         "       directory or unreadable, or a --timeline file that cannot be written\n"
+         "       (one line on standard error with the reason)\n"
          "  4    standard output cannot be written (one line naming the error)\n"
          "  141  the reader of standard output went away (no message)\n"
          "  128+N  stopped by signal N: 129 SIGHUP, 130 SIGINT, 131 SIGQUIT, 143 SIGTERM\n"

@@ -19,6 +19,7 @@ struct Options {
   std::string root;                // stands for /fs/sda0; empty when not given
   std::string configFile;          // configuration file; empty when not given
   uint32_t maxErrors = 20;         // diagnostics shown per file; 0 shows all
+  std::string timeline;            // SVG file to draw the one events file into; empty: none
   bool help = false;
   bool version = false;
 

@@ -35,15 +35,16 @@ TEST(OptionsTest, FlagsValuesAndFilesInAnyOrderAndTheirDefaults) {
   EXPECT_EQ(options.root, "/media/usb");
   EXPECT_EQ(options.configFile, "my.cfg");
   EXPECT_EQ(options.maxErrors, 0u);
+  EXPECT_EQ(Parsed({"--timeline=t.svg", "e"}).timeline, "t.svg");
   const Options plain = Parsed({"events"});
   EXPECT_EQ(plain.maxErrors, 20u);
   EXPECT_FALSE(plain.strict || plain.json || plain.hasSpeed);
-  EXPECT_TRUE(plain.root.empty() && plain.configFile.empty());
+  EXPECT_TRUE(plain.root.empty() && plain.configFile.empty() && plain.timeline.empty());
   // The last of a repeated option wins; "1,5" reads as the module reads numbers.
   EXPECT_EQ(Parsed({"--speed=3", "--speed=1,5", "e"}).speed, 1.5);
   // "--" ends the options; "-" is standard input.
   EXPECT_EQ(Parsed({"--", "--strict", "-"}).files, (std::vector<std::string>{"--strict", "-"}));
-  EXPECT_TRUE(Parsed({"-h"}).help);
+  EXPECT_TRUE(Parsed({"-h", "--timeline=t.svg"}).help);
   EXPECT_TRUE(Parsed({"--version"}).version);
 }
 
@@ -55,6 +56,8 @@ TEST(OptionsTest, UnusableArgumentsAreRefused) {
   EXPECT_THAT(Refused({"--strict=yes", "e"}), HasSubstr("'--strict' takes no value"));
   EXPECT_THAT(Refused({"e", "--speed"}), HasSubstr("needs a value"));
   EXPECT_THAT(Refused({"e", "--root="}), HasSubstr("non-empty value"));
+  EXPECT_THAT(Refused({"--timeline", "t.svg", "a", "b"}), HasSubstr("one events file, not 2"));
+  EXPECT_THAT(Refused({"--timeline", "e", "e"}), HasSubstr("would overwrite the events file"));
   for (const char* speed : {"0", "-1", "fast", "nan", "inf", "2x"}) {
     EXPECT_THAT(Refused({"e", "--speed", speed}), HasSubstr("greater than 0")) << speed;
   }
