@@ -13,7 +13,7 @@ namespace {
 
 using PelorinTools::TimeText;
 
-const int kLeft = 190;  // room for the lane names
+const int kLeft = 290;  // room for the lane names
 const int kRight = 30;
 const int kTop = 100;  // of the first lane
 const int kLaneHeight = 20;
@@ -130,7 +130,8 @@ void TimelineWriter::WriteAxis() {
     if (!tick.clock.empty()) Text(X(tick.at), kTop - 10, "", tick.clock);
   }
   m_out += "</g>\n";
-  Text(kLeft - 8, kTop - 10, " text-anchor=\"end\" fill=\"#333\"", "UTC");
+  // Clear of the first tick's label, which is centred on the plot's edge.
+  Text(kLeft - 40, kTop - 10, " text-anchor=\"end\" fill=\"#333\"", "UTC");
 }
 
 void TimelineWriter::WriteLane(size_t lane, int top) {
@@ -205,7 +206,7 @@ void TimelineWriter::WriteGaps(int bottom) {
 }
 
 void TimelineWriter::WriteGap(double from, double to, int bottom) {
-  if (to - from < kGapShare * (m_to - m_from)) return;
+  if (to - from < kGapShare * (m_to - m_from) || to - from < kGapMinimumSeconds) return;
   m_out += "<rect class=\"gap\" x=\"" + Number(X(from)) + "\" y=\"" + std::to_string(kTop) +
            "\" width=\"" + Number(X(to) - X(from)) + "\" height=\"" +
            std::to_string(bottom - kTop) + "\" fill=\"#999\" fill-opacity=\"0.15\"/>\n";
@@ -236,8 +237,8 @@ void TimelineWriter::WriteLegend(int top) {
     x += 190;
   }
   Text(x, top, " fill=\"#666\"",
-       "shaded: no record for " + std::to_string(static_cast<int>(kGapShare * 100)) +
-           "% of the span or longer");
+       "shaded: no record for a minute and " +
+           std::to_string(static_cast<int>(kGapShare * 100)) + "% of the span or longer");
   std::string notes;
   if (m_timeline.Unplaced() > 0) {
     notes += std::to_string(m_timeline.Unplaced()) + " records without a date-time are not drawn. ";

@@ -20,8 +20,10 @@ namespace PelorinCheck {
 class TimelineWriter {
  public:
   static constexpr int kPlotWidth = 1000;  // pixels
-  // A gap is labelled when no record falls into this part of the span.
+  // A gap is labelled when no record falls into this part of the span, and
+  // into at least this many seconds.
   static constexpr double kGapShare = 0.05;
+  static constexpr double kGapMinimumSeconds = 60.0;
 
   explicit TimelineWriter(const Timeline& timeline);
 
