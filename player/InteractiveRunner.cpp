@@ -5,22 +5,16 @@
 
 namespace Quillan {
 
-InteractiveRunner::InteractiveRunner(bool autostart)
-    : m_stopped(!autostart), m_pending(new Record()) {
+InteractiveRunner::InteractiveRunner(bool autostart) : m_pending(new Record()) {
+  SetStopped(!autostart);
   PELORIN_TRACE(2, "InteractiveRunner::InteractiveRunner, m_stopped=", IsStopped());
 }
 
 InteractiveRunner::~InteractiveRunner() = default;
 
-bool InteractiveRunner::IsStopped() {
-  ScopedLock lock(m_stopLock);
-  return m_stopped;
-}
+bool InteractiveRunner::IsStopped() const { return IsPaused(); }
 
-void InteractiveRunner::SetStopped(bool stopped) {
-  ScopedLock lock(m_stopLock);
-  m_stopped = stopped;
-}
+void InteractiveRunner::SetStopped(bool stopped) { SetPaused(stopped); }
 
 void InteractiveRunner::Reset() {
   m_nextEvent = 0.0;
@@ -76,7 +70,7 @@ void InteractiveRunner::Execute() {
       m_nextTick += m_tickInterval * m_speed;
     }
     recordDue = now >= m_nextEvent;
-    if (recordDue) DispatchRecord(*m_pending);
+    if (recordDue && !DispatchRecord(*m_pending)) return;
   }
   // Without a started clock the pending record (if any) is not dispatched.
   if (recordDue && !ReadAhead()) return;

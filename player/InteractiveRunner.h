@@ -8,9 +8,9 @@
 //
 // Threads: steps run on the work loop's thread under m_lock; Start, Stop and
 // SetSpeed come from host threads. Start and SetSpeed take m_lock and so wait
-// for a running step; Stop takes only m_stopLock (order: m_lock, then
-// m_stopLock) and takes effect when the next step begins. Owns its
-// read-ahead record.
+// for a running step; Stop only pauses the runner (an atomic flag): a step
+// that is running offers its record to no further consumer, and the next
+// step returns at once. Owns its read-ahead record.
 //
 // One playback rule: Start after Stop always begins a new step chain at once
 // and retires the old chain's queued step (cancelled, and dropped by its
@@ -20,7 +20,6 @@
 
 #include "player/Record.h"
 #include "player/Runner.h"
-#include "runtime/Mutex.h"
 
 namespace Quillan {
 
@@ -43,7 +42,7 @@ class InteractiveRunner : public Runner {
   void SetSpeed(double speed);
 
  private:
-  bool IsStopped();
+  bool IsStopped() const;
   void SetStopped(bool stopped);
   // The record time at which this step stands: the earlier of the next tick
   // and the pending record.
@@ -56,8 +55,6 @@ class InteractiveRunner : public Runner {
   const double m_tickInterval = 2.0;
   double m_nextTick = 0.0;
   double m_nextEvent = 0.0;
-  bool m_stopped;
-  Mutex m_stopLock;
   std::unique_ptr<Record> m_pending;
 };
 

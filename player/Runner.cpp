@@ -88,13 +88,16 @@ ReadStatus Runner::ReadNextRecord(Record& record) {
   return m_input->ReadRecord(record);
 }
 
-void Runner::DispatchRecord(const Record& record) {
+bool Runner::DispatchRecord(const Record& record) {
   const uint32_t seconds = ConsumerTime(record.time);
   // By index: a consumer called back on this thread may change the list.
+  // A consumer may block until the stop releases it: checked before each.
   for (size_t i = 0; i < m_consumers.size(); ++i) {
+    if (IsShutDown() || IsPaused()) break;
     RecordConsumer* consumer = m_consumers[i];
     (void)consumer->OnRecord(seconds, record.tag, record.payload);
   }
+  return !IsShutDown();
 }
 
 void Runner::NotifyTick(double time) {
