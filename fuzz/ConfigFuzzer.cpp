@@ -8,7 +8,7 @@
 #include <cstring>
 #include <string>
 
-#include "module/Config.h"
+#include "player/Config.h"
 #include "player/ByteReader.h"
 
 namespace {

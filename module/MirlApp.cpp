@@ -7,7 +7,7 @@
 #include "EventInterface.h"
 #include "HostInterface.h"
 #include "ModuleRegistration.h"
-#include "module/Config.h"
+#include "player/Config.h"
 #include "module/PlaybackDataProvider.h"
 #include "module/SpeedTable.h"
 #include "player/DataPlayer.h"
