@@ -10,8 +10,9 @@
 // Threads: steps run on the work loop's thread under m_lock; Start, Stop and
 // SetSpeed come from host threads. Start and SetSpeed take m_lock and so wait
 // for a running step; Stop only pauses the runner (an atomic flag): a step
-// that is running offers its record to no further consumer, and the next
-// step returns at once. Owns its read-ahead record.
+// that is running offers its record to no further consumer (those left get
+// it after Start), and the next step returns at once. Owns its read-ahead
+// record.
 //
 // One playback rule: Start after Stop always begins a new step chain at once
 // and retires the old chain's queued step (cancelled, and dropped by its

@@ -21,6 +21,7 @@
 // A stop that comes while a consumer blocks ends the step: no further consumer, record or step.
 
 #include <atomic>
+#include <cstddef>
 #include <cstdint>
 #include <vector>
 
@@ -72,8 +73,9 @@ class Runner {
   // The reader's next record; kReadError (record untouched) without input.
   ReadStatus ReadNextRecord(Record& record);
   // Offers the record to every consumer in order, time in whole seconds,
-  // as long as the runner is neither shut down nor paused. False when it
-  // was shut down meanwhile: the step then ends at once.
+  // as long as the runner is neither shut down nor paused. False when that
+  // stopped it short: the step then ends at once, and the next call for the
+  // same record goes on with the consumers that have not had it.
   bool DispatchRecord(const Record& record);
   void NotifyTick(double time);
   void NotifyNextEvent(double time);
@@ -101,6 +103,8 @@ class Runner {
   std::vector<RunnerListener*> m_listeners;
   std::vector<RecordConsumer*> m_consumers;
   bool m_finished = false;
+  // The consumer the record being dispatched goes to next.
+  size_t m_nextConsumer = 0;
 
  private:
   void CancelQueuedStep();

@@ -181,6 +181,25 @@ TEST(InteractiveRunnerTest, StopAndStartResumeWithTheDueTickAtOnce) {
   EXPECT_EQ(rig.loop().Delays().back(), 1000u);
 }
 
+// A stop from inside a dispatch: the consumers after that one get the
+// record only after Start, and the earlier ones do not get it twice.
+TEST(InteractiveRunnerTest, StopDuringADispatchHoldsTheRecordBackUntilStart) {
+  PlaybackRig<InteractiveRunner> rig(kThreeRecords, MakeRunner(true), false);
+  pelorin_test::PlaybackProbe second;
+  rig.runner().SetConsumers({&rig.probe(), &second});
+  rig.probe().SetOnRecord([&rig](size_t number) {
+    if (number == 2) rig.runner().Stop();
+  });
+  rig.Run();
+  rig.loop().RunAll();
+  EXPECT_EQ(second.Payloads(), Strings{"a"});
+  EXPECT_EQ(rig.loop().LiveHeld(), 0u);
+  rig.runner().Start();
+  rig.loop().RunAll();
+  EXPECT_EQ(rig.probe().Payloads(), (Strings{"a", "b", "c"}));
+  EXPECT_EQ(second.Payloads(), (Strings{"a", "b", "c"}));
+}
+
 // Start right after Stop, while the old chain's step is still queued: the
 // old step is retired and exactly one chain plays on. With `ignoreCancel`
 // the old step runs anyway, as when the loop had already taken it.
