@@ -8,8 +8,8 @@
 #include <cstring>
 #include <string>
 
-#include "module/Config.h"
 #include "player/ByteReader.h"
+#include "player/Config.h"
 
 namespace {
 

@@ -14,8 +14,6 @@ PoolValue g_speedTable[] = {
 
 }  // namespace
 
-PoolValue* SpeedTable::Entries() { return g_speedTable; }
-
 DataPoolReader* SpeedTable::CreateReader(DataPoolInterface* dataPool) {
   return new DataPoolReader(g_speedTable, kMinIndex, kMaxIndex, kMask, dataPool, kClientId);
 }

@@ -18,7 +18,6 @@ class DataPoolInterface;
 namespace Quillan {
 
 class DataPoolReader;
-class PoolValue;
 
 class SpeedTable {
  public:
@@ -29,8 +28,6 @@ class SpeedTable {
   static constexpr uint32_t kMaxIndex = 2;
   static constexpr int32_t kNormalSpeedPercent = 100;
 
-  // The first of the table's entries.
-  static PoolValue* Entries();
   // A new client over the table on `dataPool`; the caller owns it.
   static DataPoolReader* CreateReader(DataPoolInterface* dataPool);
 };

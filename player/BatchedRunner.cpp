@@ -16,7 +16,7 @@ void BatchedRunner::Execute() {
       NotifyFinished();
       return;
     }
-    DispatchRecord(record);
+    if (!DispatchRecord(record)) return;
   }
 }
 

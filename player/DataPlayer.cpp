@@ -1,6 +1,7 @@
 #include "player/DataPlayer.h"
 
 #include "player/PlayerLifecycle.h"
+#include "player/Runner.h"
 #include "producers/OnlineTrafficProducer.h"
 #include "producers/RecordDispatcher.h"
 #include "runtime/DateTime.h"
@@ -45,8 +46,10 @@ DataPlayer::DataPlayer(const Config& config) : Player(config), m_dateTimeSource(
 
 DataPlayer::~DataPlayer() {
   // The runner's steps call the consumers: playback ends before they go. A
-  // step may be waiting for an online traffic answer that never comes, so
-  // the producer gives up its waits first.
+  // step may be waiting for an online traffic answer that never comes: the
+  // runner turns inert first, so that the step ends when its wait is given
+  // up, and only then does the producer give up its waits.
+  if (m_runner != nullptr) m_runner->ShutDown();
   if (m_onlineProducer != nullptr) m_onlineProducer->AbandonWaits();
   ShutDownPlayback();
   delete m_lifecycle;

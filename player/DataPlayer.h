@@ -10,6 +10,7 @@
 // Threads: the PlayerService and TimeAdjuster faces are called on host
 // threads; the consumers run on the work loop's thread. The destructor ends
 // playback (loop joined) before it deletes the consumers.
+// It shuts the runner down before it releases a blocked wait, so nothing plays after.
 
 #include <atomic>
 #include <cstdint>

@@ -5,26 +5,20 @@
 
 namespace Quillan {
 
-InteractiveRunner::InteractiveRunner(bool autostart)
-    : m_stopped(!autostart), m_pending(new Record()) {
+InteractiveRunner::InteractiveRunner(bool autostart) : m_pending(new Record()) {
+  SetStopped(!autostart);
   PELORIN_TRACE(2, "InteractiveRunner::InteractiveRunner, m_stopped=", IsStopped());
 }
 
 InteractiveRunner::~InteractiveRunner() = default;
 
-bool InteractiveRunner::IsStopped() {
-  ScopedLock lock(m_stopLock);
-  return m_stopped;
-}
+bool InteractiveRunner::IsStopped() const { return IsPaused(); }
 
-void InteractiveRunner::SetStopped(bool stopped) {
-  ScopedLock lock(m_stopLock);
-  m_stopped = stopped;
-}
+void InteractiveRunner::SetStopped(bool stopped) { SetPaused(stopped); }
 
 void InteractiveRunner::Reset() {
   m_nextEvent = 0.0;
-  m_nextTick = 0.0;
+  RestartTickClock(0.0, 0.0);
   Runner::Reset();
   SetStopped(true);
 }
@@ -51,10 +45,35 @@ void InteractiveRunner::SetSpeed(double speed) {
   PELORIN_TRACE(2, "InteractiveRunner::SetSpeed: ", speed);
   const double newSpeed = speed > 0.0 ? speed : 1.0;
   ScopedLock lock(m_lock);
+  // The clock restarts at the pending record when the next tick lies beyond
+  // it (keeping the wall-clock time between them), else at the next tick.
   if (m_nextTick > m_nextEvent) {
-    m_nextTick = m_nextEvent + (m_nextTick - m_nextEvent) / m_speed * newSpeed;
+    const double lead = TickWall() - EventWall();
+    m_speed = newSpeed;
+    RestartTickClock(m_nextEvent, lead);
+  } else {
+    m_speed = newSpeed;
+    RestartTickClock(m_nextTick, 0.0);
   }
-  m_speed = newSpeed;
+}
+
+void InteractiveRunner::RestartTickClock(double base, double lead) {
+  m_tickBase = base;
+  m_tickLead = lead;
+  m_ticks = 0;
+  m_nextTick = base + lead * m_speed;
+}
+
+double InteractiveRunner::TickWall() const {
+  return m_tickLead + static_cast<double>(m_ticks) * m_tickInterval;
+}
+
+double InteractiveRunner::EventWall() const { return (m_nextEvent - m_tickBase) / m_speed; }
+
+double InteractiveRunner::StopWall() const {
+  const double tick = TickWall();
+  const double event = EventWall();
+  return tick < event ? tick : event;
 }
 
 double InteractiveRunner::CurrentTime() const {
@@ -69,20 +88,25 @@ void InteractiveRunner::Execute() {
     return;
   }
   const double now = CurrentTime();
+  double nowWall = 0.0;
   bool recordDue = true;
   if (now > 0.0) {
-    if (now >= m_nextTick) {
-      NotifyTick(now);
-      m_nextTick += m_tickInterval * m_speed;
+    // Which is due is decided on the wall clock: record times may be too
+    // coarse to tell a tick from the next.
+    nowWall = StopWall();
+    if (nowWall >= TickWall()) {
+      NotifyTick(m_nextTick);
+      ++m_ticks;
+      m_nextTick = m_tickBase + TickWall() * m_speed;
     }
-    recordDue = now >= m_nextEvent;
-    if (recordDue) DispatchRecord(*m_pending);
+    recordDue = nowWall >= EventWall();
+    if (recordDue && !DispatchRecord(*m_pending)) return;
   }
   // Without a started clock the pending record (if any) is not dispatched.
   if (recordDue && !ReadAhead()) return;
   // The tick clock starts at the first record read.
-  if (!(now > 0.0)) m_nextTick = m_nextEvent;
-  ScheduleNextStep(now);
+  if (!(now > 0.0)) RestartTickClock(m_nextEvent, 0.0);
+  ScheduleNextStep(now, nowWall);
 }
 
 bool InteractiveRunner::ReadAhead() {
@@ -95,11 +119,11 @@ bool InteractiveRunner::ReadAhead() {
   return true;
 }
 
-void InteractiveRunner::ScheduleNextStep(double now) {
+void InteractiveRunner::ScheduleNextStep(double now, double nowWall) {
   double delay = 0.0;
   uint32_t delayMs = 0;
   if (now > 0.0) {
-    delay = (CurrentTime() - now) / m_speed;
+    delay = StopWall() - nowWall;
     delayMs = DelayMs(delay);
   }
   PELORIN_TRACE(2, "InteractiveRunner::Execute: delay to next event ", delay);

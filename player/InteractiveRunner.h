@@ -5,22 +5,24 @@
 // after the player rewinds the input. It reports a playback clock: a tick
 // every 2.0 s of wall-clock time at the current record time, and the time
 // stamp of each record when it is read ahead (next event).
+// Timed by tick count on the wall clock, so ticks advance however coarse the record times are.
 //
 // Threads: steps run on the work loop's thread under m_lock; Start, Stop and
 // SetSpeed come from host threads. Start and SetSpeed take m_lock and so wait
-// for a running step; Stop takes only m_stopLock (order: m_lock, then
-// m_stopLock) and takes effect when the next step begins. Owns its
-// read-ahead record.
+// for a running step; Stop only pauses the runner (an atomic flag): a step
+// that is running offers its record to no further consumer (those left get
+// it after Start), and the next step returns at once. Owns its read-ahead
+// record.
 //
 // One playback rule: Start after Stop always begins a new step chain at once
 // and retires the old chain's queued step (cancelled, and dropped by its
 // outdated generation should it run anyway), so two chains never play.
 
+#include <cstdint>
 #include <memory>
 
 #include "player/Record.h"
 #include "player/Runner.h"
-#include "runtime/Mutex.h"
 
 namespace Quillan {
 
@@ -43,21 +45,33 @@ class InteractiveRunner : public Runner {
   void SetSpeed(double speed);
 
  private:
-  bool IsStopped();
+  bool IsStopped() const;
   void SetStopped(bool stopped);
   // The record time at which this step stands: the earlier of the next tick
   // and the pending record.
   double CurrentTime() const;
   // Reads the next record ahead; false (after NotifyFinished) at the end.
   bool ReadAhead();
-  void ScheduleNextStep(double now);
+  // Posts the step for the next tick or record; `nowWall` is where this
+  // step stood on the wall clock.
+  void ScheduleNextStep(double now, double nowWall);
+
+  // The tick clock: tick n comes `lead` + n tick intervals of wall-clock
+  // time after record time `base`; m_nextTick is the record time of the
+  // next one. Wall-clock times are seconds after the base.
+  void RestartTickClock(double base, double lead);
+  double TickWall() const;
+  double EventWall() const;
+  // The wall-clock time of the next tick or the pending record, the earlier.
+  double StopWall() const;
 
   double m_speed = 1.0;
   const double m_tickInterval = 2.0;
   double m_nextTick = 0.0;
+  double m_tickBase = 0.0;
+  double m_tickLead = 0.0;
+  uint64_t m_ticks = 0;
   double m_nextEvent = 0.0;
-  bool m_stopped;
-  Mutex m_stopLock;
   std::unique_ptr<Record> m_pending;
 };
 

@@ -19,7 +19,7 @@
 #include <string>
 #include <vector>
 
-#include "module/Config.h"
+#include "player/Config.h"
 #include "player/RunnerListener.h"
 #include "runtime/Mutex.h"
 

@@ -19,7 +19,7 @@ void RealTimeRunner::Execute() {
   ScopedLock lock(m_lock);
   double previous = 0.0;
   if (m_lastStatus == ReadStatus::kRecord) {
-    DispatchRecord(*m_pending);
+    if (!DispatchRecord(*m_pending)) return;
     previous = m_pending->time;
   }
   m_lastStatus = ReadNextRecord(*m_pending);

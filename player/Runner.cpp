@@ -38,7 +38,10 @@ void TraceRunOn(const WorkLoopInterface* loop) {
 
 Runner::~Runner() = default;
 
-void Runner::Reset() { m_finished = false; }
+void Runner::Reset() {
+  m_finished = false;
+  m_nextConsumer = 0;
+}
 
 void Runner::AddListener(RunnerListener* listener) {
   ScopedLock lock(m_lock);
@@ -54,6 +57,7 @@ void Runner::SetInput(RecordReader* input) {
 void Runner::SetConsumers(const std::vector<RecordConsumer*>& consumers) {
   ScopedLock lock(m_lock);
   m_consumers = consumers;
+  m_nextConsumer = 0;
 }
 
 void Runner::RunOn(WorkLoopInterface* loop) {
@@ -88,13 +92,17 @@ ReadStatus Runner::ReadNextRecord(Record& record) {
   return m_input->ReadRecord(record);
 }
 
-void Runner::DispatchRecord(const Record& record) {
+bool Runner::DispatchRecord(const Record& record) {
   const uint32_t seconds = ConsumerTime(record.time);
   // By index: a consumer called back on this thread may change the list.
-  for (size_t i = 0; i < m_consumers.size(); ++i) {
-    RecordConsumer* consumer = m_consumers[i];
+  // A consumer may block until a stop releases it: checked before each.
+  for (; m_nextConsumer < m_consumers.size(); ++m_nextConsumer) {
+    if (IsShutDown() || IsPaused()) return false;
+    RecordConsumer* consumer = m_consumers[m_nextConsumer];
     (void)consumer->OnRecord(seconds, record.tag, record.payload);
   }
+  m_nextConsumer = 0;
+  return true;
 }
 
 void Runner::NotifyTick(double time) {

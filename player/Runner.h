@@ -18,8 +18,10 @@
 // once, nothing more is read or posted, and a batched replay stops at the
 // next record. Its owner shuts it down, then stops and destroys the work loop
 // (which releases the steps it still holds), and only then deletes it.
+// A stop that comes while a consumer blocks ends the step: no further consumer, record or step.
 
 #include <atomic>
+#include <cstddef>
 #include <cstdint>
 #include <vector>
 
@@ -70,8 +72,11 @@ class Runner {
  protected:
   // The reader's next record; kReadError (record untouched) without input.
   ReadStatus ReadNextRecord(Record& record);
-  // Offers the record to every consumer in order, time in whole seconds.
-  void DispatchRecord(const Record& record);
+  // Offers the record to every consumer in order, time in whole seconds,
+  // as long as the runner is neither shut down nor paused. False when that
+  // stopped it short: the step then ends at once, and the next call for the
+  // same record goes on with the consumers that have not had it.
+  bool DispatchRecord(const Record& record);
   void NotifyTick(double time);
   void NotifyNextEvent(double time);
   // Sets m_finished, then tells every listener.
@@ -82,6 +87,9 @@ class Runner {
   // step with Post. False when there is no loop or the loop refused the step.
   bool BeginChain();
   bool IsShutDown() const { return m_shutDown.load(std::memory_order_acquire); }
+  // A paused runner offers no record to its consumers; any thread may pause.
+  void SetPaused(bool paused) { m_paused.store(paused, std::memory_order_release); }
+  bool IsPaused() const { return m_paused.load(std::memory_order_acquire); }
 
   // Whole seconds handed to consumers: rounded down, saturated to 32 bits.
   static uint32_t ConsumerTime(double time);
@@ -95,6 +103,8 @@ class Runner {
   std::vector<RunnerListener*> m_listeners;
   std::vector<RecordConsumer*> m_consumers;
   bool m_finished = false;
+  // The consumer the record being dispatched goes to next.
+  size_t m_nextConsumer = 0;
 
  private:
   void CancelQueuedStep();
@@ -107,6 +117,7 @@ class Runner {
   // 0 when there is none.
   uint32_t m_queuedStepId = 0;
   std::atomic<bool> m_shutDown{false};
+  std::atomic<bool> m_paused{false};
 };
 
 }  // namespace Quillan

@@ -7,7 +7,6 @@
 #include "OnlineTrafficService.h"
 #include "producers/Utf8Text.h"
 #include "runtime/ScopedLock.h"
-#include "runtime/TimeBase.h"
 #include "runtime/Trace.h"
 
 namespace Quillan {
@@ -51,10 +50,9 @@ int OnlineTrafficProducer::OnRecord(uint32_t time, const std::string& tag,
   m_currentTime = time;
   const MethodEntry* entry = FindEntry(call.method);
   if (entry == nullptr) return kUnknownMethod;
-  OnlineTrafficService* service = m_service.load(std::memory_order_acquire);
-  if (service == nullptr) return kNotHandled;
+  if (m_service.load(std::memory_order_acquire) == nullptr) return kNotHandled;
   if (call.arguments.size() != entry->method.argumentCount) return kWrongArgumentCount;
-  return (this->*entry->handler)(*service, call);
+  return (this->*entry->handler)(call);
 }
 
 // ---- Answers of the service (the service's threads) ----
@@ -148,68 +146,81 @@ const OnlineTrafficProducer::MethodEntry* OnlineTrafficProducer::FindEntry(
 
 // ---- Method handlers (the work loop's thread) ----
 
-int OnlineTrafficProducer::HandleSetOnlineTrafficDataStatus(OnlineTrafficService& service,
-                                                            const TotCall& call) {
+int OnlineTrafficProducer::HandleSetOnlineTrafficDataStatus(const TotCall& call) {
   const int32_t status = ArgumentToInt(call.arguments[0]);
   WaitFor(&OnlineTrafficProducer::ServiceReady, m_timing.limitMs);
-  if (Abandoned()) return kNotHandled;
-  service.setOnlineTrafficDataStatus(status);
+  OnlineTrafficService* service = ServiceForCall();
+  if (service == nullptr) return kNotHandled;
+  service->setOnlineTrafficDataStatus(status);
   if (status == 0) WaitFor(&OnlineTrafficProducer::ServiceValueSet, m_timing.limitMs);
   return kHandled;
 }
 
-int OnlineTrafficProducer::HandleGetInventory(OnlineTrafficService& service, const TotCall&) {
+int OnlineTrafficProducer::HandleGetInventory(const TotCall&) {
   WaitFor(&OnlineTrafficProducer::ServiceReady, kNoLimit);
-  if (Abandoned()) return kNotHandled;
-  service.getInventory();
+  OnlineTrafficService* service = ServiceForCall();
+  if (service == nullptr) return kNotHandled;
+  service->getInventory();
   WaitFor(&OnlineTrafficProducer::InventoryAnswered, kNoLimit);
   return kHandled;
 }
 
-int OnlineTrafficProducer::HandleGetNewData(OnlineTrafficService& service, const TotCall&) {
+int OnlineTrafficProducer::HandleGetNewData(const TotCall&) {
   WaitFor(&OnlineTrafficProducer::ServiceReady, kNoLimit);
   WaitFor(&OnlineTrafficProducer::ServiceValueSet, kNoLimit);
-  if (Abandoned()) return kNotHandled;
-  service.getNewData();
+  OnlineTrafficService* service = ServiceForCall();
+  if (service == nullptr) return kNotHandled;
+  service->getNewData();
   WaitFor(&OnlineTrafficProducer::NewDataAnswered, kNoLimit);
   return kHandled;
 }
 
-int OnlineTrafficProducer::HandleSetNewData(OnlineTrafficService& service, const TotCall& call) {
+int OnlineTrafficProducer::HandleSetNewData(const TotCall& call) {
   WaitFor(&OnlineTrafficProducer::ServiceReady, kNoLimit);
   WaitFor(&OnlineTrafficProducer::ServiceValueSet, kNoLimit);
-  WaitFor(&OnlineTrafficProducer::NewDataIdle, kNoLimit);
-  if (Abandoned()) return kNotHandled;
+  const bool tookIdle = WaitFor(&OnlineTrafficProducer::NewDataIdle, kNoLimit);
+  OnlineTrafficService* service = ServiceForCall();
+  if (service == nullptr) {
+    // No call goes out, so none will be answered as done.
+    if (tookIdle) OnSetNewDataDone();
+    return kNotHandled;
+  }
   m_lastDataTime.store(m_currentTime, std::memory_order_relaxed);
   const std::string path = Utf8Text::FromBytes(DataPath(call.arguments[0]));
-  service.setNewData(CITypesFactory::createString(path.c_str(), CITypesFactory::kEncodingUtf8));
+  service->setNewData(CITypesFactory::createString(path.c_str(), CITypesFactory::kEncodingUtf8));
   return kHandled;
 }
 
-int OnlineTrafficProducer::HandleSetNewSession(OnlineTrafficService& service, const TotCall&) {
+int OnlineTrafficProducer::HandleSetNewSession(const TotCall&) {
   WaitFor(&OnlineTrafficProducer::ServiceReady, kNoLimit);
-  if (Abandoned()) return kNotHandled;
-  service.setNewSession();
+  OnlineTrafficService* service = ServiceForCall();
+  if (service == nullptr) return kNotHandled;
+  service->setNewSession();
   return kHandled;
 }
 
-int OnlineTrafficProducer::HandleSetTimeoutForFallback(OnlineTrafficService& service,
-                                                       const TotCall& call) {
-  if (Abandoned()) return kNotHandled;
-  service.setTimeoutForFallback(static_cast<int64_t>(ArgumentToInt(call.arguments[0])));
+int OnlineTrafficProducer::HandleSetTimeoutForFallback(const TotCall& call) {
+  OnlineTrafficService* service = ServiceForCall();
+  if (service == nullptr) return kNotHandled;
+  service->setTimeoutForFallback(static_cast<int64_t>(ArgumentToInt(call.arguments[0])));
   return kHandled;
 }
 
-int OnlineTrafficProducer::HandleDsiConnectionStateChanged(OnlineTrafficService& service,
-                                                           const TotCall& call) {
+int OnlineTrafficProducer::HandleDsiConnectionStateChanged(const TotCall& call) {
   const int32_t state = ArgumentToInt(call.arguments[0]);
   WaitFor(&OnlineTrafficProducer::Connected, kNoLimit);
-  if (Abandoned()) return kNotHandled;
-  service.dsiConnectionStateChanged(state);
+  OnlineTrafficService* service = ServiceForCall();
+  if (service == nullptr) return kNotHandled;
+  service->dsiConnectionStateChanged(state);
   return kHandled;
 }
 
 // ---- Waiting ----
+
+OnlineTrafficService* OnlineTrafficProducer::ServiceForCall() const {
+  if (Abandoned()) return nullptr;
+  return m_service.load(std::memory_order_acquire);
+}
 
 bool OnlineTrafficProducer::ServiceReady() { return m_serviceReady; }
 
@@ -257,11 +268,16 @@ bool OnlineTrafficProducer::WaitFor(Condition condition, uint32_t limitMs) {
   }
 }
 
+void OnlineTrafficProducer::AbandonWaits() {
+  m_abandoned.store(true, std::memory_order_relaxed);
+  m_abandonedEvent.Set();
+}
+
 void OnlineTrafficProducer::SleepPoll() {
   if (m_timing.sleep) {
     m_timing.sleep(m_timing.pollMs);
   } else {
-    SleepMs(m_timing.pollMs);
+    m_abandonedEvent.TimedWait(m_timing.pollMs);
   }
 }
 

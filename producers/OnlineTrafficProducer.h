@@ -19,6 +19,7 @@
 // after 5000 ms without a warning and the call goes ahead. The timing can be
 // injected for tests; a numeric argument is read by the platform string's
 // integer parse, as the service's own clients do.
+// The service is read again after every wait: a call finding none is not made.
 
 #include <atomic>
 #include <cstddef>
@@ -30,6 +31,7 @@
 #include "OnlineTrafficReply.h"
 #include "producers/RecordConsumer.h"
 #include "producers/TotCall.h"
+#include "runtime/Event.h"
 #include "runtime/Mutex.h"
 
 class OnlineTrafficService;
@@ -98,7 +100,8 @@ class OnlineTrafficProducer : public RecordConsumer, public OnlineTrafficReply {
   // the service: the owner calls it before it stops playback, so that a step
   // waiting for an answer that never comes cannot hold up the shut-down.
   // Callable from any thread.
-  void AbandonWaits() { m_abandoned.store(true, std::memory_order_relaxed); }
+  // A wait in progress ends without finishing its poll period.
+  void AbandonWaits();
 
   // Record time of the last "setNewData" call; 0 means none.
   uint32_t GetLastDataTime() const { return m_lastDataTime.load(std::memory_order_relaxed); }
@@ -114,8 +117,7 @@ class OnlineTrafficProducer : public RecordConsumer, public OnlineTrafficReply {
   static int CheckPayload(const std::string& payload, TotCall* call = nullptr);
 
  private:
-  using Handler = int (OnlineTrafficProducer::*)(OnlineTrafficService& service,
-                                                 const TotCall& call);
+  using Handler = int (OnlineTrafficProducer::*)(const TotCall& call);
   using Condition = bool (OnlineTrafficProducer::*)();
   struct MethodEntry {
     TotMethod method;
@@ -124,13 +126,13 @@ class OnlineTrafficProducer : public RecordConsumer, public OnlineTrafficReply {
   static const MethodEntry kMethodTable[];
   static const MethodEntry* FindEntry(const std::string& name);
 
-  int HandleSetOnlineTrafficDataStatus(OnlineTrafficService& service, const TotCall& call);
-  int HandleGetInventory(OnlineTrafficService& service, const TotCall& call);
-  int HandleGetNewData(OnlineTrafficService& service, const TotCall& call);
-  int HandleSetNewData(OnlineTrafficService& service, const TotCall& call);
-  int HandleSetNewSession(OnlineTrafficService& service, const TotCall& call);
-  int HandleSetTimeoutForFallback(OnlineTrafficService& service, const TotCall& call);
-  int HandleDsiConnectionStateChanged(OnlineTrafficService& service, const TotCall& call);
+  int HandleSetOnlineTrafficDataStatus(const TotCall& call);
+  int HandleGetInventory(const TotCall& call);
+  int HandleGetNewData(const TotCall& call);
+  int HandleSetNewData(const TotCall& call);
+  int HandleSetNewSession(const TotCall& call);
+  int HandleSetTimeoutForFallback(const TotCall& call);
+  int HandleDsiConnectionStateChanged(const TotCall& call);
 
   // Conditions, evaluated with m_mutex held. The consuming ones reset their
   // flag when they find it set; NewDataIdle takes the busy flag.
@@ -146,6 +148,9 @@ class OnlineTrafficProducer : public RecordConsumer, public OnlineTrafficReply {
   // Also false, at once, once the waits are abandoned.
   bool WaitFor(Condition condition, uint32_t limitMs);
   bool Abandoned() const { return m_abandoned.load(std::memory_order_relaxed); }
+  // The service to make a call on, read afresh after the waits before it;
+  // null when there is none or the waits are abandoned.
+  OnlineTrafficService* ServiceForCall() const;
   void SleepPoll();
   std::string DataPath(const std::string& file) const;
   static int32_t ArgumentToInt(const std::string& argument);
@@ -156,6 +161,7 @@ class OnlineTrafficProducer : public RecordConsumer, public OnlineTrafficReply {
   uint32_t m_currentTime = 0;  // work loop's thread only
   std::atomic<uint32_t> m_lastDataTime{0};
   std::atomic<bool> m_abandoned{false};
+  Event m_abandonedEvent;  // raised with m_abandoned; polls wait on it
 
   Mutex m_mutex;  // guards the six fields below
   bool m_serviceReady = false;

@@ -16,8 +16,6 @@ class TmcMessage : public ProducedMessage {
   // Calls the listener's OnTmcMessage with the shared data.
   void DeliverTo(TrafficDataListener& listener) override;
 
-  const std::shared_ptr<TmcMessageData>& Data() const { return m_data; }
-
  private:
   std::shared_ptr<TmcMessageData> m_data;
 };

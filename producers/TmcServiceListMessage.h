@@ -15,8 +15,6 @@ class TmcServiceListMessage : public ProducedMessage {
   // Calls the listener's OnServiceList with the shared list.
   void DeliverTo(TrafficDataListener& listener) override;
 
-  const ServiceList& List() const { return m_list; }
-
  private:
   ServiceList m_list;
 };

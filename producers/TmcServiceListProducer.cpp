@@ -60,8 +60,7 @@ void TmcServiceListProducer::NextItem() {
 
 int TmcServiceListProducer::SetField(int field, const std::string& value) {
   if (field < kServiceType || field > kMonitorState) return 3;
-  // Parse always starts an entry first; a direct caller gets one too.
-  if (!m_entry) NextItem();
+  // Parse has started an entry before the first field.
   switch (field) {
     case kServiceType:
       m_entry->serviceType = Low32(value);
@@ -73,65 +72,63 @@ int TmcServiceListProducer::SetField(int field, const std::string& value) {
     case kSidB:
     case kSidC:
     case kSsId:
-      return SetIdentifierField(field, value);
+      SetIdentifierField(field, value);
+      return 0;
     default:
-      return SetDescriptionField(field, value);
+      SetDescriptionField(field, value);
+      return 0;
   }
 }
 
-int TmcServiceListProducer::SetDescriptionField(int field, const std::string& value) {
+void TmcServiceListProducer::SetDescriptionField(int field, const std::string& value) {
   sTIServiceDescription& description = *m_entry->serviceDescription;
   switch (field) {
     case kSdSid:
       description.sd_SID = Low8(value);
-      return 0;
+      break;
     case kSdMgs:
       description.sd_MGS = Low8(value);
-      return 0;
+      break;
     case kSdLtcc:
       description.sd_LTCC = Low8(value);
-      return 0;
+      break;
     case kSdLtn:
       description.sd_LTN = Low8(value);
-      return 0;
+      break;
     case kSdPid:
       description.sd_PID = Low32(value);
-      return 0;
+      break;
     case kSdSt:
       description.sd_ST = Low32(value);
-      return 0;
+      break;
     case kSdSpn:
       description.sd_SPN = MakeText(value);
-      return 0;
+      break;
     case kSdSenderName:
       description.sd_sendername = MakeText(value);
-      return 0;
+      break;
     case kSdQ:
       description.sd_Q = Low8(value);
-      return 0;
-    default:
-      return 3;
+      break;
   }
 }
 
-int TmcServiceListProducer::SetIdentifierField(int field, const std::string& value) {
+void TmcServiceListProducer::SetIdentifierField(int field, const std::string& value) {
   sTIServiceIdentifiers& identifiers = *m_entry->serviceIdentifiers;
   switch (field) {
     case kSidA:
       identifiers.SID_A = Low8(value);
-      return 0;
+      break;
     case kSidB:
       identifiers.SID_B = Low8(value);
-      return 0;
+      break;
     case kSidC:
       identifiers.SID_C = Low8(value);
-      return 0;
+      break;
     case kSsId:
       // The usable range is that of a signed 32-bit number.
       identifiers.SS_ID = static_cast<int64_t>(static_cast<int32_t>(Low32(value)));
-      return 0;
-    default:
-      return 3;
+      break;
   }
 }
 

@@ -51,8 +51,8 @@ class TmcServiceListProducer : public PayloadProducer {
  private:
   using Entry = asi::navigation::trafficinfo::sTIServiceListEntry;
 
-  int SetDescriptionField(int field, const std::string& value);
-  int SetIdentifierField(int field, const std::string& value);
+  void SetDescriptionField(int field, const std::string& value);
+  void SetIdentifierField(int field, const std::string& value);
 
   ServiceList m_list = std::make_shared<ServiceListEntries>();
   std::shared_ptr<Entry> m_entry;

@@ -67,8 +67,6 @@ class DataPoolReader : public DataPoolClientInterface {
   // Notes a changed id for the next report; called inside a write section.
   void MarkChanged(uint32_t id);
 
-  uint32_t GetClientId() const { return m_clientId; }
-
  private:
   // The entry of `id`, or null when the id is outside the served range.
   PoolValue* Entry(uint32_t id) const;

@@ -8,6 +8,12 @@ namespace Quillan {
 namespace {
 
 constexpr uint32_t kFirstCapacity = 64;
+// The longest wait a due tick can express.
+constexpr uint32_t kLongestStepMs = 0x7FFFFFFFu;
+
+uint32_t NextStep(uint32_t remainingMs) {
+  return remainingMs < kLongestStepMs ? remainingMs : kLongestStepMs;
+}
 
 }  // namespace
 
@@ -26,6 +32,12 @@ bool DelayedList::Reserve() {
   return true;
 }
 
+void DelayedList::Arm(WorkItem* item, uint32_t now, uint32_t delayMs) {
+  const uint32_t step = NextStep(delayMs);
+  item->dueOrAge = now + step;
+  item->laterMs = delayMs - step;
+}
+
 bool DelayedList::Insert(WorkItem* item) {
   item->order = m_nextOrder++;
   Place(item, m_count++);
@@ -34,10 +46,19 @@ bool DelayedList::Insert(WorkItem* item) {
 }
 
 WorkItem* DelayedList::PopDue(uint32_t now, bool all) {
-  WorkItem* head = Head();
-  if (head == nullptr || (!all && TickDiff(head->dueOrAge, now) > 0)) return nullptr;
-  Unlink(head);
-  return head;
+  for (;;) {
+    WorkItem* head = Head();
+    if (head == nullptr || (!all && TickDiff(head->dueOrAge, now) > 0)) return nullptr;
+    if (all || head->laterMs == 0) {
+      Unlink(head);
+      return head;
+    }
+    // Counted from the step's due tick, so the steps add up to the delay.
+    const uint32_t step = NextStep(head->laterMs);
+    head->laterMs -= step;
+    head->dueOrAge += step;
+    SiftDown(head->heapIndex);
+  }
 }
 
 void DelayedList::Unlink(WorkItem* item) {
@@ -51,6 +72,7 @@ void DelayedList::Unlink(WorkItem* item) {
 
 void DelayedList::Reschedule(WorkItem* item, uint32_t due) {
   item->dueOrAge = due;
+  item->laterMs = 0;
   SiftUp(item->heapIndex);
   SiftDown(item->heapIndex);
 }

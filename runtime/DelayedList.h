@@ -7,6 +7,7 @@
 // taking the head and unlinking cost O(log n) however the delays are mixed.
 // The slot array grows by doubling and is freed only with the list. Not
 // thread-safe: the loop's state lock guards it.
+// Delays of 2^31 ms and more wait in steps below that, re-armed until done.
 
 #include <cstdint>
 
@@ -26,13 +27,15 @@ class DelayedList {
   WorkItem* Head() const { return m_count != 0 ? m_slots[0] : nullptr; }
   // Makes room for one more item; false when it cannot be allocated.
   bool Reserve();
-  // Inserts `item` (due tick in dueOrAge; room reserved); true when it
-  // became the head.
+  // Sets the due tick of `item`, `delayMs` after `now`.
+  static void Arm(WorkItem* item, uint32_t now, uint32_t delayMs);
+  // Inserts `item` (armed; room reserved); true when it became the head.
   bool Insert(WorkItem* item);
-  // Takes the head out when it is due at `now`, or at once when `all`.
+  // Takes the head out when it is due at `now` (having waited its whole
+  // delay), or at once when `all`.
   WorkItem* PopDue(uint32_t now, bool all);
   void Unlink(WorkItem* item);
-  // Gives a listed item a new due tick.
+  // Gives a listed item a new due tick, with nothing left to wait after it.
   void Reschedule(WorkItem* item, uint32_t due);
   // The first-posted item with this id, or null.
   WorkItem* Find(uint32_t id) const;

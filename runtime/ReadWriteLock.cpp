@@ -86,12 +86,13 @@ void ReadWriteLock::LockWrite() {
   // The caller's own reads do not block its upgrade to write.
   const uint16_t myReads = HoldsOf(self).reads;
   m_activeReaders -= myReads;
-  while (!(m_activeReaders < 1 && (m_owner == kNoOwner || IsOwner(self)))) {
+  while (!MayWrite(self, myReads)) {
     m_stateLock.Unlock();
     WaitOn(m_writersCond, kWriterRecheckMs);
     m_stateLock.Lock();
   }
   m_owner = OwnerId(self);
+  if (m_upgrader == m_owner) m_upgrader = kNoOwner;
   SetReads(self, myReads);
   m_activeReaders += myReads;
   m_stateLock.Unlock();
@@ -161,5 +162,16 @@ void ReadWriteLock::Broadcast(pthread_cond_t* condition) {
 }
 
 bool ReadWriteLock::IsOwner(pthread_t thread) const { return m_owner == OwnerId(thread); }
+
+// Two upgraders both lend their reads, so either could pass once the other
+// readers leave and write over what the other has read. The first to ask
+// goes first; the other waits until the owner has released everything.
+bool ReadWriteLock::MayWrite(pthread_t thread, uint16_t reads) {
+  if (IsOwner(thread)) return m_activeReaders < 1;
+  if (m_owner != kNoOwner) return false;
+  if (reads > 0 && m_upgrader == kNoOwner) m_upgrader = OwnerId(thread);
+  if (m_upgrader != kNoOwner && m_upgrader != OwnerId(thread)) return false;
+  return m_activeReaders < 1;
+}
 
 }  // namespace Quillan

@@ -5,6 +5,7 @@
 // until no writer is left. Waits re-check every 100 ms (readers) and 250 ms
 // (writers) on the monotonic clock, so a missed wake-up never blocks for
 // good. Callable from any thread; must be idle when destroyed.
+// Overlapping upgrades go in the order begun; the later one re-reads after the earlier's release.
 
 #include <pthread.h>
 
@@ -49,12 +50,17 @@ class ReadWriteLock {
   void Broadcast(pthread_cond_t* condition);
   // Whether `thread` is the write owner (callers hold m_stateLock).
   bool IsOwner(pthread_t thread) const;
+  // Under m_stateLock: whether `thread`, holding `reads` reads, may take
+  // write access now. The first of overlapping upgraders is noted and goes
+  // before every other writer.
+  bool MayWrite(pthread_t thread, uint16_t reads);
 
   pthread_cond_t* m_readersCond = nullptr;
   pthread_cond_t* m_writersCond = nullptr;
   int32_t m_waitingWriters = 0;
   int32_t m_activeReaders = 0;
   uint32_t m_owner = 0xFFFFFFFFu;
+  uint32_t m_upgrader = 0xFFFFFFFFu;
   Mutex m_stateLock;
   Mutex m_writeLock;
   pthread_mutex_t m_waitMutex;

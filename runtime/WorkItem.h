@@ -22,6 +22,9 @@ struct WorkItem {
   // In the delayed list: the due tick. In the ready queue: the number of
   // aging steps undergone.
   uint32_t dueOrAge = 0;
+  // Delayed list only: what is left of a long delay once the due tick is
+  // reached (ticks compare only within half their range).
+  uint32_t laterMs = 0;
   WorkHandler* handler = nullptr;
 
   // Delayed list only: the item's place in the list's heap, and its posting

@@ -29,7 +29,8 @@ void ClassifyThread(const std::string& threadName) {
 
 WorkLoopInterface* CreateWorkLoop() { return new (std::nothrow) WorkLoop(); }
 
-WorkLoop::WorkLoop(TickSource tickSource) : m_thread(this), m_tickSource(tickSource) {
+WorkLoop::WorkLoop(TickSource tickSource, uint32_t firstId)
+    : m_nextId(firstId), m_thread(this), m_tickSource(tickSource) {
   m_thread.SetName("WL [noname]");
 }
 
@@ -64,7 +65,7 @@ uint32_t WorkLoop::PostDelayed(WorkHandler* handler, uint32_t delayMs, uint32_t 
   if (!m_delayedList.Reserve()) return 0;
   WorkItem* item = NewItem(handler, priority);
   if (item == nullptr) return 0;
-  item->dueOrAge = m_tickSource() + delayMs;
+  DelayedList::Arm(item, m_tickSource(), delayMs);
   if (m_delayedList.Insert(item)) m_wakeEvent.Set();
   return item->id;
 }
@@ -75,6 +76,8 @@ WorkItem* WorkLoop::NewItem(WorkHandler* handler, uint32_t priority) {
   if (item == nullptr) return nullptr;
   item->handler = handler;
   item->priority = priority;
+  // Posters read id 0 as refused: the counter's low half skips it.
+  if (static_cast<uint32_t>(m_nextId) == 0) ++m_nextId;
   item->id = static_cast<uint32_t>(m_nextId++);
   return item;
 }

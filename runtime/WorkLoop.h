@@ -21,6 +21,7 @@
 // destroying an idle loop replaces it with none (it is then neither run nor
 // released). Destruction stops the loop, waits for it to drain, and releases
 // what is left; it must not happen on the loop's own thread.
+// Post ids skip 0 (which posters read as refused) when their counter wraps.
 
 #include <cstdint>
 
@@ -42,7 +43,8 @@ class WorkLoop : public WorkLoopInterface, public ThreadClient {
   // GetTickMs; tests hand in their own clock.
   using TickSource = uint32_t (*)();
 
-  explicit WorkLoop(TickSource tickSource = &GetTickMs);
+  // `firstId` is the id of the first post; tests start near the wrap.
+  explicit WorkLoop(TickSource tickSource = &GetTickMs, uint32_t firstId = 1);
 
   uint32_t Post(WorkHandler* handler, uint32_t priority) override;
   uint32_t PostDelayed(WorkHandler* handler, uint32_t delayMs, uint32_t priority) override;

@@ -5,7 +5,7 @@
 #include <utility>
 
 #include "host/pelorin-check/Options.h"
-#include "module/Config.h"
+#include "player/Config.h"
 #include "player/InputFile.h"
 #include "producers/Utf8Text.h"
 #include "runtime/SplitPath.h"

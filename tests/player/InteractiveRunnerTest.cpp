@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <memory>
 #include <string>
 #include <vector>
@@ -180,6 +181,25 @@ TEST(InteractiveRunnerTest, StopAndStartResumeWithTheDueTickAtOnce) {
   EXPECT_EQ(rig.loop().Delays().back(), 1000u);
 }
 
+// A stop from inside a dispatch: the consumers after that one get the
+// record only after Start, and the earlier ones do not get it twice.
+TEST(InteractiveRunnerTest, StopDuringADispatchHoldsTheRecordBackUntilStart) {
+  PlaybackRig<InteractiveRunner> rig(kThreeRecords, MakeRunner(true), false);
+  pelorin_test::PlaybackProbe second;
+  rig.runner().SetConsumers({&rig.probe(), &second});
+  rig.probe().SetOnRecord([&rig](size_t number) {
+    if (number == 2) rig.runner().Stop();
+  });
+  rig.Run();
+  rig.loop().RunAll();
+  EXPECT_EQ(second.Payloads(), Strings{"a"});
+  EXPECT_EQ(rig.loop().LiveHeld(), 0u);
+  rig.runner().Start();
+  rig.loop().RunAll();
+  EXPECT_EQ(rig.probe().Payloads(), (Strings{"a", "b", "c"}));
+  EXPECT_EQ(second.Payloads(), (Strings{"a", "b", "c"}));
+}
+
 // Start right after Stop, while the old chain's step is still queued: the
 // old step is retired and exactly one chain plays on. With `ignoreCancel`
 // the old step runs anyway, as when the loop had already taken it.
@@ -215,6 +235,30 @@ INSTANTIATE_TEST_SUITE_P(CancelledOrTaken, InteractiveRunnerOneChainTest, ::test
                          [](const ::testing::TestParamInfo<bool>& tp) {
                            return tp.param ? "StepTakenByTheLoop" : "StepCancelled";
                          });
+
+// Record times so large, or a speed so low, that a tick interval does not
+// move the record time: the clock still moves on, and the second record
+// plays after its wall-clock distance, reached in steps that all wait.
+TEST(InteractiveRunnerTest, CoarseRecordTimesStillTickAndPlay) {
+  const struct {
+    const char* events;
+    double speed;
+    size_t delays;  // the first step's, then one per 2 s of wall clock
+  } cases[] = {
+      {"100000000000000000 $TMC a\n100000000000000016 $TMC b\n", 1.0, 9},  // 16 s apart
+      {"1700000000000000 $TMC a\n1700000000000001 $TMC b\n", 0.01, 51},    // microseconds
+      {"1700000000 $TMC a\n1700000000.000001 $TMC b\n", 6e-8, 9},          // 15.9 s
+  };
+  for (const auto& c : cases) {
+    PlaybackRig<InteractiveRunner> rig(c.events, MakeRunner(true, c.speed), false);
+    rig.Run();
+    rig.loop().RunAll(200);
+    EXPECT_EQ(rig.probe().Payloads(), (Strings{"a", "b"})) << c.events;
+    const std::vector<uint32_t> delays = rig.loop().Delays();
+    ASSERT_EQ(delays.size(), c.delays) << c.events;
+    EXPECT_EQ(std::count(delays.begin() + 1, delays.end(), 0u), 0) << c.events;
+  }
+}
 
 TEST(InteractiveRunnerTest, RecordsWithoutAPositiveTimeAreNeverDispatched) {
   PlaybackRig<InteractiveRunner> rig("0 $TMC z\n10 $TMC a\n-4 $TMC y\n13 $TMC b\n",

@@ -14,7 +14,7 @@
 #include <string>
 #include <thread>
 
-#include "module/Config.h"
+#include "player/Config.h"
 #include "player/Runner.h"
 #include "runtime/WorkLoopInterface.h"
 #include "tests/support/MemoryInput.h"

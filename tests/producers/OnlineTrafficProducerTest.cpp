@@ -263,6 +263,31 @@ TEST_F(OnlineTrafficProducerWaits, AbandonedWaitsEndAtOnceAndCallNothingMore) {
   EXPECT_EQ(producer.GetLastDataTime(), 0u);
 }
 
+// The host swaps or detaches the service while a call waits: the call goes
+// to the service attached when the wait ends, or is not made.
+TEST_F(OnlineTrafficProducerWaits, ServiceIsReadAgainAfterTheWait) {
+  for (bool detach : {false, true}) {
+    FakeService old, replacement;
+    OnlineTrafficProducer fresh{clock.timing};
+    fresh.SetService(&old);
+    clock.onPoll = [&](uint64_t) {
+      fresh.SetService(detach ? nullptr : &replacement);
+      fresh.OnServiceStatus(0);
+      fresh.OnServiceValue(1);
+    };
+    EXPECT_EQ(fresh.OnRecord(7, "$TOT", "setNewData:a.bin"), detach ? 1 : 0);
+    EXPECT_TRUE(old.Calls().empty());
+    EXPECT_EQ(replacement.Calls().size(), detach ? 0u : 1u);
+    EXPECT_EQ(fresh.GetLastDataTime(), detach ? 0u : 7u);
+    if (!detach) continue;
+    // The call not made left no data pending: the next one does not wait.
+    clock.onPoll = [&](uint64_t) { fresh.AbandonWaits(); };
+    fresh.SetService(&replacement);
+    EXPECT_EQ(fresh.OnRecord(8, "$TOT", "setNewData:b.bin"), 0);
+    EXPECT_EQ(replacement.Calls().size(), 1u);
+  }
+}
+
 // Real threads and short real polls: 1 ms polls, 40 ms limits, warnings far
 // apart. A check that fails never leaves a call blocked: each test answers.
 class OnlineTrafficProducerWithService : public ::testing::Test {

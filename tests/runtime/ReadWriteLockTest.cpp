@@ -151,6 +151,28 @@ TEST(ReadWriteLockTest, ReaderUpgradesOnceOtherReadsAreReleased) {
   }
 }
 
+// Two readers upgrade together: the first to ask writes first, the second
+// only once the first has let go of everything.
+TEST(ReadWriteLockTest, OverlappingUpgradesGoInTheOrderBegun) {
+  ReadWriteLock lock;
+  Actor first, second;
+  first.Do([&] { lock.LockRead(); });
+  second.Do([&] { lock.LockRead(); });
+  first.Begin([&] { lock.LockWrite(); });
+  AwaitWaitingWriters(lock, 1);
+  second.Begin([&] { lock.LockWrite(); });  // lends the last read
+  ASSERT_TRUE(first.Finished(LongMs()));
+  EXPECT_FALSE(second.Finished(kBlockedCheckMs));
+  first.Do([&] { lock.UnlockWrite(); });
+  EXPECT_FALSE(second.Finished(kBlockedCheckMs));  // still reads
+  first.Do([&] { lock.UnlockRead(); });
+  EXPECT_TRUE(second.Finished(LongMs()));
+  second.Do([&] {
+    lock.UnlockWrite();
+    lock.UnlockRead();
+  });
+}
+
 TEST(ReadWriteLockTest, WritersExcludeEveryoneUnderLoad) {
   ReadWriteLock lock;
   std::atomic<int> readers{0}, writers{0}, violations{0};

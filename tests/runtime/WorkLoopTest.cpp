@@ -145,6 +145,9 @@ TEST(WorkLoopOrderTest, IdsStartAtOneAndCountSuccessfulPostsOfEitherKind) {
   EXPECT_EQ(loop.PostDelayed(&handler, 5000, 1), 2u);
   EXPECT_EQ(loop.PostDelayed(nullptr, 5000, 1), 0u);
   EXPECT_EQ(loop.Post(&handler, 9), 3u);
+  WorkLoop nearWrap(&GetTickMs, 0xFFFFFFFFu);
+  EXPECT_EQ(nearWrap.Post(&handler, 1), 0xFFFFFFFFu);
+  EXPECT_EQ(nearWrap.PostDelayed(&handler, 5000, 1), 1u);  // 0 would read as refused
 }
 
 TEST(WorkLoopDelayTest, DueOrderHoldsAcrossTheTickWrapAndTiesKeepPostingOrder) {
@@ -166,6 +169,30 @@ TEST(WorkLoopDelayTest, DueOrderHoldsAcrossTheTickWrapAndTiesKeepPostingOrder) {
   g_ticks = 0x00008000u;
   ASSERT_TRUE(second.executedEvent.TimedWait(LongMs()));
   EXPECT_EQ(log.Get(), (Names{"marker", "before wrap", "first", "second"}));
+}
+
+// Delays of 2^31 ms and more, up to the longest, wait their full length.
+TEST(WorkLoopDelayTest, LongDelaysWaitTheirFullLength) {
+  for (uint32_t delay : {0x80000000u, 0xFFFFFFFFu}) {
+    g_ticks = 0;
+    TestHandler delayed, marker;
+    WorkLoop loop(&TestTicks);
+    loop.PostDelayed(&delayed, delay, 5);
+    loop.Start();
+    // Two marker steps at `ticks`: the first moves what is due, which then
+    // runs before the second (its priority is higher).
+    const auto executedAt = [&](uint32_t ticks) {
+      g_ticks = ticks;
+      for (int step = 0; step < 2; ++step) {
+        marker.executedEvent.Reset();
+        loop.Post(&marker, 0);
+        EXPECT_TRUE(marker.executedEvent.TimedWait(LongMs()));
+      }
+      return delayed.executed.load();
+    };
+    for (uint32_t early : {0u, 0x7FFFFFFFu, delay - 1}) EXPECT_EQ(executedAt(early), 0) << early;
+    EXPECT_EQ(executedAt(delay), 1) << delay;
+  }
 }
 
 TEST(WorkLoopDelayTest, NewEarlierHeadWakesALoopWaitingForALaterOne) {

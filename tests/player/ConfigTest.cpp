@@ -1,6 +1,6 @@
 // Config: the key=value file format, line cutting and the typed lookups.
 
-#include "module/Config.h"
+#include "player/Config.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "module/Config.h"
+#include "player/Config.h"
 
 #include <fcntl.h>
 
