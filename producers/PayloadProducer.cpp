@@ -15,6 +15,13 @@ bool Fail(ParseError* error, ParseFailure kind, size_t offset, const std::string
   return false;
 }
 
+// Replaces `value` by `length` bytes; an append into the kept capacity is the
+// cheapest way the string offers.
+void SetValue(std::string& value, const char* text, size_t length) {
+  value.clear();
+  value.append(text, length);
+}
+
 }  // namespace
 
 std::unique_ptr<ProducedMessage> PayloadProducer::Parse(const std::string& payload,
@@ -61,12 +68,12 @@ bool PayloadProducer::ReadPair(const std::string& payload, size_t& pos, Pair& pa
     const size_t end = closingAt != nullptr
                            ? static_cast<size_t>(static_cast<const char*>(closingAt) - text)
                            : size;
-    pair.value.assign(text + pos, end - pos);
+    SetValue(pair.value, text + pos, end - pos);
     pos = closingAt != nullptr ? end + 1 : end;
   } else {
     size_t end = pos;
     while (end < size && text[end] != ' ' && text[end] != ';') ++end;
-    pair.value.assign(text + pos, end - pos);
+    SetValue(pair.value, text + pos, end - pos);
     pos = end;
   }
 
@@ -93,12 +100,36 @@ bool PayloadProducer::StorePair(const std::string& payload, const Pair& pair, Pa
   return true;
 }
 
-void PayloadProducer::IndexKeys() { m_keyIndex.assign(m_keys.begin(), m_keys.end()); }
+// Open addressing over a table at least twice as large as the key table,
+// so that every probe sequence meets an empty slot.
+void PayloadProducer::IndexKeys() {
+  m_keyIndex.assign(m_keys.begin(), m_keys.end());
+  size_t slots = 16;
+  while (slots < 2 * m_keyIndex.size()) slots *= 2;
+  m_keySlots.assign(slots, kEmptySlot);
+  for (size_t i = 0; i < m_keyIndex.size(); ++i) {
+    const std::string& key = m_keyIndex[i].first;
+    size_t slot = KeySlot(key.data(), key.size());
+    while (m_keySlots[slot] != kEmptySlot) slot = (slot + 1) & (slots - 1);
+    m_keySlots[slot] = static_cast<int>(i);
+  }
+}
+
+size_t PayloadProducer::KeySlot(const char* key, size_t length) const {
+  // Length, first and last byte tell the keys of a producer apart cheaply.
+  const size_t first = length > 0 ? static_cast<unsigned char>(key[0]) : 0u;
+  const size_t last = length > 0 ? static_cast<unsigned char>(key[length - 1]) : 0u;
+  return (length * 7u + first * 3u + last) & (m_keySlots.size() - 1);
+}
 
 bool PayloadProducer::FindField(const char* key, size_t length, int* field) const {
-  for (const auto& entry : m_keyIndex) {
-    const std::string& candidate = entry.first;
-    if (candidate.size() != length) continue;
+  if (m_keySlots.empty()) return false;
+  for (size_t slot = KeySlot(key, length); m_keySlots[slot] != kEmptySlot;
+       slot = (slot + 1) & (m_keySlots.size() - 1)) {
+    const auto& entry = m_keyIndex[static_cast<size_t>(m_keySlots[slot])];
+    if (entry.first.size() != length) continue;
+    // Keys are short: a plain loop compares them sooner than memcmp.
+    const char* candidate = entry.first.data();
     size_t same = 0;
     while (same < length && candidate[same] == key[same]) ++same;
     if (same == length) {
