@@ -21,10 +21,6 @@ constexpr uint32_t kBufferSize = 64u * 1024u;
 // The open call takes at most this many bytes of the path.
 constexpr size_t kMaxPathBytes = 254;
 
-// One read call never asks for more than this (ssize_t is 32 bits on the
-// target).
-constexpr uint32_t kMaxReadChunk = 1u << 30;
-
 static_assert(sizeof(off64_t) == 8, "file offsets must be 64 bits");
 
 // The path as the open call gets it: cut to 254 bytes, backslashes turned
@@ -44,7 +40,6 @@ void CleanPath(const std::string& path, char (&cleaned)[kMaxPathBytes + 2]) {
 
 // read(2), repeated when a signal interrupts it before any byte arrived.
 ssize_t ReadDescriptor(int descriptor, void* buffer, uint32_t length) {
-  if (length > kMaxReadChunk) length = kMaxReadChunk;
   ssize_t result;
   do {
     result = ::read(descriptor, buffer, length);
@@ -69,7 +64,7 @@ FileStatus InputFile::Open() {
   m_descriptor = Storage::Open(cleaned, m_openFlags, mode);
   if (m_descriptor == -1) return FileStatus::kOpenFailed;
 
-  // Without a buffer the file is still read correctly, one call per Read.
+  // Without a buffer the file is still read correctly, a byte per call.
   m_buffer = new (std::nothrow) uint8_t[kBufferSize];
   DropBuffered();
   return FileStatus::kSuccess;
@@ -104,12 +99,17 @@ FileStatus InputFile::ReadSlow(void* buffer, uint32_t length, uint32_t* count) {
   if (length == 0) return FileStatus::kEndOfFile;  // as read(2) of 0 bytes
 
   // Nothing buffered: ask the descriptor again, so that bytes appended to the
-  // file since the last end of file are delivered. Large requests bypass the
-  // buffer.
-  if (m_buffer == nullptr || length >= kBufferSize) return ReadDirect(buffer, length, count);
-  const ssize_t result = ReadDescriptor(m_descriptor, m_buffer, kBufferSize);
+  // file since the last end of file are delivered. Without a buffer (its
+  // allocation failed) one byte goes straight to the caller.
+  const bool buffered = m_buffer != nullptr;
+  const ssize_t result = buffered ? ReadDescriptor(m_descriptor, m_buffer, kBufferSize)
+                                  : ReadDescriptor(m_descriptor, buffer, 1);
   if (result == -1) return FileStatus::kIoError;
   if (result == 0) return FileStatus::kEndOfFile;
+  if (!buffered) {
+    *count = 1;
+    return FileStatus::kSuccess;
+  }
   m_bufferPos = 0;
   m_bufferEnd = static_cast<uint32_t>(result);
   return DeliverBuffered(buffer, length, count);
@@ -152,13 +152,6 @@ FileStatus InputFile::DeliverBuffered(void* buffer, uint32_t length, uint32_t* c
   m_bufferPos += taken;
   *count = taken;
   return taken == 0 ? FileStatus::kEndOfFile : FileStatus::kSuccess;
-}
-
-FileStatus InputFile::ReadDirect(void* buffer, uint32_t length, uint32_t* count) {
-  const ssize_t result = ReadDescriptor(m_descriptor, buffer, length);
-  if (result == -1) return FileStatus::kIoError;
-  *count = static_cast<uint32_t>(result);
-  return result == 0 ? FileStatus::kEndOfFile : FileStatus::kSuccess;
 }
 
 void InputFile::DropBuffered() {

@@ -39,15 +39,11 @@ class InputFile : public ByteReader {
   // (anything else counts as 0).
   FileStatus Seek(int64_t offset, int origin);
 
-  const std::string& GetPath() const { return m_path; }
-
  private:
-  // Read beyond the single-byte fast path: refills, large reads, errors.
+  // Read beyond the single-byte fast path: refills, errors.
   FileStatus ReadSlow(void* buffer, uint32_t length, uint32_t* count);
   // Copies up to `length` buffered bytes to the caller.
   FileStatus DeliverBuffered(void* buffer, uint32_t length, uint32_t* count);
-  // One read call straight into the caller's buffer.
-  FileStatus ReadDirect(void* buffer, uint32_t length, uint32_t* count);
   // Forgets the buffered bytes (after a seek, on close).
   void DropBuffered();
 

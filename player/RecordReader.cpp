@@ -18,6 +18,16 @@ constexpr size_t kKeptLineCapacity = 64u * 1024u;
 // What one byte read brought.
 enum class ByteResult { kByte, kEnd, kError };
 
+// The first LF or CR among `count` bytes, or null.
+const uint8_t* FindLineEnd(const uint8_t* bytes, uint32_t count) {
+  const void* lineFeed = std::memchr(bytes, kLineFeed, count);
+  const size_t before = lineFeed != nullptr
+                            ? static_cast<size_t>(static_cast<const uint8_t*>(lineFeed) - bytes)
+                            : count;
+  const void* carriageReturn = std::memchr(bytes, kCarriageReturn, before);
+  return static_cast<const uint8_t*>(carriageReturn != nullptr ? carriageReturn : lineFeed);
+}
+
 ByteResult ReadByte(ByteReader& file, uint8_t* byte) {
   uint32_t count = 0;
   const FileStatus status = file.Read(byte, &count);
@@ -35,8 +45,33 @@ ReadStatus RecordReader::ReadRecord(Record& record) {
   record.payload.clear();
 
   ReadStatus lineStatus = ReadStatus::kRecord;
+  if (ReadReadyLine(record, &lineStatus)) return lineStatus;
   if (!ReadLine(&lineStatus)) return lineStatus;
-  return SplitLine(record);
+  return SplitLine(m_line.data(), m_line.size(), record);
+}
+
+bool RecordReader::ReadReadyLine(Record& record, ReadStatus* status) {
+  if (m_hasPushedBack) return false;
+  uint32_t available = 0;
+  const uint8_t* ready = m_file.PeekReady(&available);
+  if (ready == nullptr || available == 0) return false;
+  const uint8_t* end = FindLineEnd(ready, available);
+  if (end == nullptr) return false;
+  // The line end and the byte after a CR must both be in view; a CR without
+  // LF holds the next byte back, as a single-byte read would.
+  uint32_t taken = static_cast<uint32_t>(end - ready) + 1;
+  if (*end == kCarriageReturn) {
+    if (taken == available) return false;
+    const uint8_t next = ready[taken++];
+    if (next != kLineFeed) {
+      m_pushedBack = next;
+      m_hasPushedBack = true;
+    }
+  }
+  *status =
+      SplitLine(reinterpret_cast<const char*>(ready), static_cast<size_t>(end - ready), record);
+  m_file.TakeReady(taken);
+  return true;
 }
 
 void RecordReader::Reset() {
@@ -80,13 +115,8 @@ bool RecordReader::TakeReadyRun() {
   uint32_t available = 0;
   const uint8_t* ready = m_file.PeekReady(&available);
   if (ready == nullptr || available == 0) return false;
-  const void* lineFeed = std::memchr(ready, kLineFeed, available);
-  size_t run = lineFeed != nullptr
-                   ? static_cast<size_t>(static_cast<const uint8_t*>(lineFeed) - ready)
-                   : available;
-  const void* carriageReturn = std::memchr(ready, kCarriageReturn, run);
-  if (carriageReturn != nullptr)
-    run = static_cast<size_t>(static_cast<const uint8_t*>(carriageReturn) - ready);
+  const uint8_t* lineEnd = FindLineEnd(ready, available);
+  const size_t run = lineEnd != nullptr ? static_cast<size_t>(lineEnd - ready) : available;
   if (run == 0) return false;
   m_line.append(reinterpret_cast<const char*>(ready), run);
   m_file.TakeReady(static_cast<uint32_t>(run));
@@ -113,10 +143,7 @@ bool RecordReader::FinishAfterCarriageReturn(ReadStatus* status) {
   return true;
 }
 
-ReadStatus RecordReader::SplitLine(Record& record) const {
-  const char* line = m_line.data();
-  const size_t length = m_line.size();
-
+ReadStatus RecordReader::SplitLine(const char* line, size_t length, Record& record) {
   // time: up to the first blank, which must exist and not open the line.
   const char* timeEnd = static_cast<const char*>(std::memchr(line, kBlank, length));
   if (timeEnd == nullptr || timeEnd == line) return ReadStatus::kMalformedLine;

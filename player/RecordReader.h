@@ -4,11 +4,14 @@
 // the current line in memory. One thread at a time (the runner's step).
 // Bytes are taken one at a time through Read; runs of ordinary bytes that
 // the file has already read ahead (ByteReader::PeekReady) are taken whole,
-// with the same result, so that reading costs no call per byte.
+// with the same result, so that reading costs no call per byte. A line that
+// lies whole in the read-ahead bytes, line end included, is split where it
+// lies, without a copy into the line buffer.
 // Time stamps convert as ParseDecimal does (runtime/NumberText.h): the whole
 // time text must be a finite number, "1.5" and "1,5" alike; otherwise the
 // record's time is 0.
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 
@@ -40,8 +43,11 @@ class RecordReader {
   // After a CR: consumes the LF of CR LF or holds back the next line's first
   // byte.
   bool FinishAfterCarriageReturn(ReadStatus* status);
-  // Splits m_line into time, tag and payload.
-  ReadStatus SplitLine(Record& record) const;
+  // Reads the next line straight from the file's read-ahead bytes when they
+  // hold all of it; false (nothing taken) when they do not.
+  bool ReadReadyLine(Record& record, ReadStatus* status);
+  // Splits a line (without its line end) into time, tag and payload.
+  static ReadStatus SplitLine(const char* line, size_t length, Record& record);
 
   ByteReader& m_file;
   std::string m_line;

@@ -5,6 +5,11 @@
 namespace Quillan {
 namespace {
 
+// Texts of only digits up to these lengths cannot leave the signed 64-bit
+// range (10^18 - 1 and 16^15 - 1 are below 2^63), so they need no checks.
+constexpr size_t kSafeDecimalDigits = 18;
+constexpr size_t kSafeHexDigits = 15;
+
 bool IsBlank(char c) { return c == ' ' || c == '\t'; }
 
 // Digit value of `c`, or -1 when it is not a digit of `base`.
@@ -20,13 +25,39 @@ int DigitValue(char c, int base) {
   return digit < base ? digit : -1;
 }
 
+// The common case of a payload value: nothing but a few digits. False when
+// the text is anything else, which then takes the full conversion.
+bool ConvertPlainDecimal(const char* text, size_t length, int64_t* value) {
+  if (length == 0 || length > kSafeDecimalDigits) return false;
+  uint64_t result = 0;
+  for (size_t i = 0; i < length; ++i) {
+    const unsigned digit = static_cast<unsigned char>(text[i]) - unsigned{'0'};
+    if (digit > 9) return false;
+    result = result * 10u + digit;
+  }
+  *value = static_cast<int64_t>(result);
+  return true;
+}
+
+bool ConvertPlainHex(const char* text, size_t length, int64_t* value) {
+  if (length == 0 || length > kSafeHexDigits) return false;
+  uint64_t result = 0;
+  for (size_t i = 0; i < length; ++i) {
+    const int digit = DigitValue(text[i], 16);
+    if (digit < 0) return false;
+    result = (result << 4) | static_cast<uint64_t>(digit);
+  }
+  *value = static_cast<int64_t>(result);
+  return true;
+}
+
 // Reads the digits from `pos` into `*magnitude`; false on no digit, a
 // non-digit or a magnitude above `limit`. Leaves `pos` after the digits.
-bool ReadMagnitude(const std::string& text, int base, uint64_t limit, size_t& pos,
+bool ReadMagnitude(const char* text, size_t length, int base, uint64_t limit, size_t& pos,
                    uint64_t* magnitude) {
   const size_t first = pos;
   uint64_t result = 0;
-  for (; pos < text.size() && !IsBlank(text[pos]); ++pos) {
+  for (; pos < length && !IsBlank(text[pos]); ++pos) {
     const int digit = DigitValue(text[pos], base);
     if (digit < 0) return false;
     const uint64_t next = static_cast<uint64_t>(digit);
@@ -39,38 +70,42 @@ bool ReadMagnitude(const std::string& text, int base, uint64_t limit, size_t& po
 
 }  // namespace
 
-bool IntegerText::Convert(const std::string& text, int base, int64_t* value) {
+bool IntegerText::Convert(const char* text, size_t length, int base, int64_t* value) {
   if (base != 10 && base != 16) return false;
+  if (base == 10 ? ConvertPlainDecimal(text, length, value)
+                 : ConvertPlainHex(text, length, value)) {
+    return true;
+  }
   size_t pos = 0;
-  while (pos < text.size() && IsBlank(text[pos])) ++pos;
+  while (pos < length && IsBlank(text[pos])) ++pos;
   bool negative = false;
-  if (pos < text.size() && (text[pos] == '+' || text[pos] == '-')) {
+  if (pos < length && (text[pos] == '+' || text[pos] == '-')) {
     negative = text[pos] == '-';
     ++pos;
   }
-  if (base == 16 && pos + 1 < text.size() && text[pos] == '0' &&
+  if (base == 16 && pos + 1 < length && text[pos] == '0' &&
       (text[pos + 1] == 'x' || text[pos + 1] == 'X')) {
     pos += 2;
   }
   const uint64_t limit =
       static_cast<uint64_t>(std::numeric_limits<int64_t>::max()) + (negative ? 1u : 0u);
   uint64_t magnitude = 0;
-  if (!ReadMagnitude(text, base, limit, pos, &magnitude)) return false;
-  while (pos < text.size() && IsBlank(text[pos])) ++pos;
-  if (pos != text.size()) return false;
+  if (!ReadMagnitude(text, length, base, limit, pos, &magnitude)) return false;
+  while (pos < length && IsBlank(text[pos])) ++pos;
+  if (pos != length) return false;
   // Two's complement negation in unsigned arithmetic covers INT64_MIN.
   *value = static_cast<int64_t>(negative ? (~magnitude + 1u) : magnitude);
   return true;
 }
 
-int64_t IntegerText::DecimalOrZero(const std::string& text) {
+int64_t IntegerText::DecimalOrZero(const char* text, size_t length) {
   int64_t value = 0;
-  return Convert(text, 10, &value) ? value : 0;
+  return Convert(text, length, 10, &value) ? value : 0;
 }
 
-int64_t IntegerText::HexOrZero(const std::string& text) {
+int64_t IntegerText::HexOrZero(const char* text, size_t length) {
   int64_t value = 0;
-  return Convert(text, 16, &value) ? value : 0;
+  return Convert(text, length, 16, &value) ? value : 0;
 }
 
 }  // namespace Quillan

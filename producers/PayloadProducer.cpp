@@ -1,14 +1,8 @@
 #include "producers/PayloadProducer.h"
 
-namespace Quillan {
+#include <cstring>
 
-// One key=value pair as read from the payload.
-struct PayloadProducer::Pair {
-  size_t keyOffset = 0;
-  std::string key;
-  std::string value;
-  bool startsItem = false;  // its separator was ";"
-};
+namespace Quillan {
 
 namespace {
 
@@ -21,73 +15,133 @@ bool Fail(ParseError* error, ParseFailure kind, size_t offset, const std::string
   return false;
 }
 
+// Replaces `value` by `length` bytes; an append into the kept capacity is the
+// cheapest way the string offers.
+void SetValue(std::string& value, const char* text, size_t length) {
+  value.clear();
+  value.append(text, length);
+}
+
 }  // namespace
 
 std::unique_ptr<ProducedMessage> PayloadProducer::Parse(const std::string& payload,
                                                         ParseError* error) {
   if (error != nullptr) *error = ParseError();
-  if (m_keys.empty()) InitKeys(m_keys);
+  if (m_keys.empty()) {
+    InitKeys(m_keys);
+    IndexKeys();
+  }
   Begin();
   if (payload.empty()) return CreateMessage();
   size_t pos = 0;
   bool newItem = true;
   for (;;) {
     if (newItem) NextItem();
-    Pair pair;
-    if (!ReadPair(payload, pos, pair, error) || !StorePair(pair, error)) return nullptr;
+    if (!ReadPair(payload, pos, m_pair, error) || !StorePair(payload, m_pair, error))
+      return nullptr;
     if (pos == payload.size()) return CreateMessage();
-    newItem = pair.startsItem;
+    newItem = m_pair.startsItem;
   }
 }
 
 // Reads the pair that begins at `pos` and its separator; leaves `pos` after
-// them.
+// them. The key stays in the payload; the value is copied into the pair.
 bool PayloadProducer::ReadPair(const std::string& payload, size_t& pos, Pair& pair,
                                ParseError* error) const {
-  const size_t equals = payload.find('=', pos);
-  if (equals == std::string::npos) return Fail(error, ParseFailure::kMissingEquals, pos, "");
+  const char* text = payload.data();
+  const size_t size = payload.size();
+  // Keys are short: a plain loop finds their end sooner than memchr.
+  size_t equals = pos;
+  while (equals < size && text[equals] != '=') ++equals;
+  if (equals == size) return Fail(error, ParseFailure::kMissingEquals, pos, "");
   if (equals == pos) return Fail(error, ParseFailure::kEmptyKey, pos, "");
   pair.keyOffset = pos;
-  pair.key.assign(payload, pos, equals - pos);
+  pair.keyLength = equals - pos;
   pos = equals + 1;
 
   size_t valueOffset = pos;
-  if (pos < payload.size() && payload[pos] == '"') {
+  if (pos < size && text[pos] == '"') {
     const size_t quote = pos++;
-    if (pos == payload.size()) return Fail(error, ParseFailure::kQuoteAtEnd, quote, pair.key);
+    if (pos == size) return Fail(error, ParseFailure::kQuoteAtEnd, quote, KeyOf(payload, pair));
     valueOffset = pos;
-    const size_t closing = payload.find('"', pos);
-    const size_t end = closing == std::string::npos ? payload.size() : closing;
-    pair.value.assign(payload, pos, end - pos);
-    pos = closing == std::string::npos ? end : closing + 1;
+    const void* closingAt = std::memchr(text + pos, '"', size - pos);
+    const size_t end = closingAt != nullptr
+                           ? static_cast<size_t>(static_cast<const char*>(closingAt) - text)
+                           : size;
+    SetValue(pair.value, text + pos, end - pos);
+    pos = closingAt != nullptr ? end + 1 : end;
   } else {
-    size_t end = payload.find_first_of(" ;", pos);
-    if (end == std::string::npos) end = payload.size();
-    pair.value.assign(payload, pos, end - pos);
+    size_t end = pos;
+    while (end < size && text[end] != ' ' && text[end] != ';') ++end;
+    SetValue(pair.value, text + pos, end - pos);
     pos = end;
   }
 
-  if (pos == payload.size()) {
+  if (pos == size) {
     if (pair.value.empty()) {
-      return Fail(error, ParseFailure::kEmptyValueAtEnd, valueOffset, pair.key);
+      return Fail(error, ParseFailure::kEmptyValueAtEnd, valueOffset, KeyOf(payload, pair));
     }
     pair.startsItem = false;
   } else {
-    pair.startsItem = payload[pos] == ';';
+    pair.startsItem = text[pos] == ';';
     ++pos;
   }
   return true;
 }
 
-bool PayloadProducer::StorePair(const Pair& pair, ParseError* error) {
-  const auto found = m_keys.find(pair.key);
-  if (found == m_keys.end()) {
-    return Fail(error, ParseFailure::kUnknownKey, pair.keyOffset, pair.key);
+bool PayloadProducer::StorePair(const std::string& payload, const Pair& pair, ParseError* error) {
+  int field = 0;
+  if (!FindField(payload.data() + pair.keyOffset, pair.keyLength, &field)) {
+    return Fail(error, ParseFailure::kUnknownKey, pair.keyOffset, KeyOf(payload, pair));
   }
-  if (SetField(found->second, pair.value) != 0) {
-    return Fail(error, ParseFailure::kFieldRejected, pair.keyOffset, pair.key);
+  if (SetField(field, pair.value) != 0) {
+    return Fail(error, ParseFailure::kFieldRejected, pair.keyOffset, KeyOf(payload, pair));
   }
   return true;
+}
+
+// Open addressing over a table at least twice as large as the key table,
+// so that every probe sequence meets an empty slot.
+void PayloadProducer::IndexKeys() {
+  m_keyIndex.assign(m_keys.begin(), m_keys.end());
+  size_t slots = 16;
+  while (slots < 2 * m_keyIndex.size()) slots *= 2;
+  m_keySlots.assign(slots, kEmptySlot);
+  for (size_t i = 0; i < m_keyIndex.size(); ++i) {
+    const std::string& key = m_keyIndex[i].first;
+    size_t slot = KeySlot(key.data(), key.size());
+    while (m_keySlots[slot] != kEmptySlot) slot = (slot + 1) & (slots - 1);
+    m_keySlots[slot] = static_cast<int>(i);
+  }
+}
+
+size_t PayloadProducer::KeySlot(const char* key, size_t length) const {
+  // Length, first and last byte tell the keys of a producer apart cheaply.
+  const size_t first = length > 0 ? static_cast<unsigned char>(key[0]) : 0u;
+  const size_t last = length > 0 ? static_cast<unsigned char>(key[length - 1]) : 0u;
+  return (length * 7u + first * 3u + last) & (m_keySlots.size() - 1);
+}
+
+bool PayloadProducer::FindField(const char* key, size_t length, int* field) const {
+  if (m_keySlots.empty()) return false;
+  for (size_t slot = KeySlot(key, length); m_keySlots[slot] != kEmptySlot;
+       slot = (slot + 1) & (m_keySlots.size() - 1)) {
+    const auto& entry = m_keyIndex[static_cast<size_t>(m_keySlots[slot])];
+    if (entry.first.size() != length) continue;
+    // Keys are short: a plain loop compares them sooner than memcmp.
+    const char* candidate = entry.first.data();
+    size_t same = 0;
+    while (same < length && candidate[same] == key[same]) ++same;
+    if (same == length) {
+      *field = entry.second;
+      return true;
+    }
+  }
+  return false;
+}
+
+std::string PayloadProducer::KeyOf(const std::string& payload, const Pair& pair) {
+  return payload.substr(pair.keyOffset, pair.keyLength);
 }
 
 const char* PayloadProducer::FailureText(ParseFailure kind) {

@@ -11,12 +11,15 @@
 // separator, whatever it is. Keys compare exactly, byte for byte.
 //
 // Not thread-safe: one thread (the work loop's) parses at a time. The key
-// table is filled by InitKeys at the first Parse and kept.
+// table is filled by InitKeys at the first Parse and kept; the pair being
+// read is kept too, so that its texts are not allocated anew for each record.
 
 #include <cstddef>
 #include <map>
 #include <memory>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "producers/ProducedMessage.h"
 
@@ -70,11 +73,31 @@ class PayloadProducer {
   static const char* FailureText(ParseFailure kind);
 
  private:
-  struct Pair;
+  // One key=value pair as read from the payload; the key is left where it
+  // stands in the payload.
+  struct Pair {
+    size_t keyOffset = 0;
+    size_t keyLength = 0;
+    std::string value;
+    bool startsItem = false;  // its separator was ";"
+  };
+
   bool ReadPair(const std::string& payload, size_t& pos, Pair& pair, ParseError* error) const;
-  bool StorePair(const Pair& pair, ParseError* error);
+  bool StorePair(const std::string& payload, const Pair& pair, ParseError* error);
+  // Copies the key table into m_keyIndex and hashes it into m_keySlots.
+  void IndexKeys();
+  size_t KeySlot(const char* key, size_t length) const;
+  // The field number of a key; false when the key is not in the table.
+  bool FindField(const char* key, size_t length, int* field) const;
+  static std::string KeyOf(const std::string& payload, const Pair& pair);
 
   KeyTable m_keys;
+  // The key table as a list, and a hash table of indexes into it (a power
+  // of two long), which finds a key with one comparison in most cases.
+  static constexpr int kEmptySlot = -1;
+  std::vector<std::pair<std::string, int>> m_keyIndex;
+  std::vector<int> m_keySlots;
+  Pair m_pair;
 };
 
 }  // namespace Quillan

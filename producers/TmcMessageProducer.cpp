@@ -1,14 +1,23 @@
 #include "producers/TmcMessageProducer.h"
 
 #include <cstdint>
+#include <utility>
 
 #include "CITypesFactory.h"
 #include "producers/IntegerText.h"
+#include "producers/SoleHolder.h"
 #include "producers/TmcMessage.h"
 
 namespace Quillan {
 
-void TmcMessageProducer::Begin() { m_data = std::make_shared<TmcMessageData>(); }
+void TmcMessageProducer::Begin() {
+  if (!IsSoleHolder(m_data)) {
+    m_data = std::make_shared<TmcMessageData>();
+    return;
+  }
+  if (IsSoleHolder(m_data->tmcData)) m_spareBytes = std::move(m_data->tmcData);
+  *m_data = TmcMessageData();
+}
 
 void TmcMessageProducer::InitKeys(KeyTable& keys) {
   keys["timeStamp"] = kTimeStamp;
@@ -47,18 +56,20 @@ std::unique_ptr<ProducedMessage> TmcMessageProducer::CreateMessage() {
 // One byte per ":"-ended token, plus one for a non-empty last token: "0A::1"
 // gives 0A 00 01, a trailing ":" adds nothing.
 std::shared_ptr<CIUInt8Array> TmcMessageProducer::ParseTmcBytes(const std::string& value) {
-  std::shared_ptr<CIUInt8Array> bytes = CITypesFactory::createUInt8Array(0);
+  std::shared_ptr<CIUInt8Array> bytes =
+      m_spareBytes ? std::move(m_spareBytes) : CITypesFactory::createUInt8Array(0);
   bytes->clear();
+  const char* text = value.data();
   size_t tokenStart = 0;
   for (size_t pos = 0; pos < value.size(); ++pos) {
-    if (value[pos] != ':') continue;
-    const std::string token(value, tokenStart, pos - tokenStart);
-    bytes->append(static_cast<uint8_t>(IntegerText::HexOrZero(token)));
+    if (text[pos] != ':') continue;
+    bytes->append(
+        static_cast<uint8_t>(IntegerText::HexOrZero(text + tokenStart, pos - tokenStart)));
     tokenStart = pos + 1;
   }
   if (tokenStart < value.size()) {
-    const std::string token(value, tokenStart);
-    bytes->append(static_cast<uint8_t>(IntegerText::HexOrZero(token)));
+    bytes->append(
+        static_cast<uint8_t>(IntegerText::HexOrZero(text + tokenStart, value.size() - tokenStart)));
   }
   return bytes;
 }

@@ -6,6 +6,8 @@
 // A number that does not convert (see IntegerText) is stored as 0; so is a
 // tmcData byte whose token does not convert, an empty token included.
 // Created and owned by the RecordDispatcher; used on the work loop's thread.
+// Data and byte arrays that no message or listener holds any more are
+// emptied and used again instead of being made anew (IsSoleHolder).
 
 #include <memory>
 #include <string>
@@ -28,9 +30,11 @@ class TmcMessageProducer : public PayloadProducer {
   std::unique_ptr<ProducedMessage> CreateMessage() override;
 
  private:
-  static std::shared_ptr<CIUInt8Array> ParseTmcBytes(const std::string& value);
+  std::shared_ptr<CIUInt8Array> ParseTmcBytes(const std::string& value);
 
   std::shared_ptr<TmcMessageData> m_data = std::make_shared<TmcMessageData>();
+  // The byte array of an earlier message that nobody else holds, or null.
+  std::shared_ptr<CIUInt8Array> m_spareBytes;
 };
 
 }  // namespace Quillan

@@ -33,6 +33,34 @@ bool ConvertDouble(const char* first, const char* last, double* value) {
   return true;
 }
 
+// The common time stamp "1416131460.25": up to 15 digits with at most one
+// decimal point between digits. Such a number is an exact integer divided by
+// an exact power of ten, and the one rounding of that division gives the
+// same double as the full conversion. False for any other text.
+bool ConvertPlainDecimal(const char* text, size_t length, double* value) {
+  constexpr size_t kMaxDigits = 15;  // below 2^53, so exact in a double
+  static const double kPowersOfTen[kMaxDigits] = {1e0, 1e1, 1e2,  1e3,  1e4,  1e5,  1e6, 1e7,
+                                                  1e8, 1e9, 1e10, 1e11, 1e12, 1e13, 1e14};
+  uint64_t digits = 0;
+  size_t count = 0;
+  size_t point = length;
+  for (size_t i = 0; i < length; ++i) {
+    const unsigned digit = static_cast<unsigned char>(text[i]) - unsigned{'0'};
+    if (digit <= 9) {
+      digits = digits * 10u + digit;
+      ++count;
+    } else if (text[i] == '.' && point == length && i > 0 && i + 1 < length) {
+      point = i;
+    } else {
+      return false;
+    }
+  }
+  if (count == 0 || count > kMaxDigits) return false;
+  const size_t decimals = point == length ? 0 : length - point - 1;
+  *value = static_cast<double>(digits) / kPowersOfTen[decimals];
+  return true;
+}
+
 }  // namespace
 
 bool IsTrimmedSpace(char c) {
@@ -68,6 +96,7 @@ bool ParseDouble(const char* text, size_t length, char decimalMark, double* valu
 
 bool ParseDecimal(const char* text, size_t length, double* value) {
   if (text == nullptr) return false;
+  if (value != nullptr && ConvertPlainDecimal(text, length, value)) return true;
   size_t begin = 0;
   size_t end = 0;
   Trim(text, length, &begin, &end);

@@ -9,6 +9,18 @@ constexpr uint8_t kLineFeed = 10;
 constexpr uint8_t kCarriageReturn = 13;
 constexpr uint8_t kBlank = ' ';
 
+// How many of `count` bytes come before the first LF or CR.
+uint32_t ContentBytes(const uint8_t* bytes, uint32_t count) {
+  const void* lineFeed = std::memchr(bytes, kLineFeed, count);
+  const uint32_t before = lineFeed != nullptr
+                              ? static_cast<uint32_t>(static_cast<const uint8_t*>(lineFeed) - bytes)
+                              : count;
+  const void* carriageReturn = std::memchr(bytes, kCarriageReturn, before);
+  return carriageReturn != nullptr
+             ? static_cast<uint32_t>(static_cast<const uint8_t*>(carriageReturn) - bytes)
+             : before;
+}
+
 }  // namespace
 
 Quillan::FileStatus LineTap::Read(void* buffer, uint32_t length, uint32_t* count) {
@@ -26,13 +38,16 @@ void LineTap::TakeReady(uint32_t count) {
   uint32_t available = 0;
   const uint8_t* ready = m_source.PeekReady(&available);
   if (ready != nullptr && count <= available) {
-    if (m_phase == Phase::kContent && std::memchr(ready, kLineFeed, count) == nullptr &&
-        std::memchr(ready, kCarriageReturn, count) == nullptr) {
-      Append(ready, count);
-      m_offset += count;
-    } else {
-      for (uint32_t i = 0; i < count; ++i) Observe(ready[i]);
+    // Line content up to the first line end is taken whole; the line end
+    // and anything after it byte by byte (a reader takes at most a line end
+    // and the byte after a CR that way).
+    uint32_t content = 0;
+    if (m_phase == Phase::kContent) {
+      content = ContentBytes(ready, count);
+      Append(ready, content);
+      m_offset += content;
     }
+    for (uint32_t i = content; i < count; ++i) Observe(ready[i]);
   }
   m_source.TakeReady(count);
 }

@@ -31,19 +31,19 @@ uint8_t NextByte(InputFile& file) {
   return byte;
 }
 
-// Everything up to the end of file, in reads of `chunk` bytes.
-std::string ReadRest(InputFile& file, uint32_t chunk) {
+// Everything up to the end of file, byte by byte.
+std::string ReadRest(InputFile& file) {
   std::string out;
-  std::string buffer(chunk, '\0');
   for (;;) {
+    uint8_t byte = 0;
     uint32_t count = 99;
-    const FileStatus status = file.Read(&buffer[0], chunk, &count);
+    const FileStatus status = file.Read(&byte, &count);
     if (status == FileStatus::kEndOfFile) {
       EXPECT_EQ(count, 0u);
       return out;
     }
     EXPECT_EQ(status, FileStatus::kSuccess);
-    out.append(buffer, 0, count);
+    out += static_cast<char>(byte);
   }
 }
 
@@ -72,7 +72,7 @@ TEST(InputFileOpen, StatusesAndClosedOperations) {
   EXPECT_FALSE(file.IsOpen());
   EXPECT_EQ(file.Read(&byte, &count), FileStatus::kIoError);
   ASSERT_EQ(file.Open(), FileStatus::kSuccess);
-  EXPECT_EQ(ReadRest(file, 1), "abc");  // re-opened at the start
+  EXPECT_EQ(ReadRest(file), "abc");  // re-opened at the start
 
   InputFile directory(folder.Path(), O_RDONLY);  // opens, but does not read
   ASSERT_EQ(directory.Open(), FileStatus::kSuccess);
@@ -88,7 +88,7 @@ TEST(InputFileOpen, PathCleanUpAndStorageMapping) {
   odd.replace(odd.find('/', 1), 1, "\\\\");  // "/tmp\\\\pelorin-...//events"
   InputFile file(odd, O_RDONLY);
   ASSERT_EQ(file.Open(), FileStatus::kSuccess) << odd;
-  EXPECT_EQ(ReadRest(file, 64), "cleaned");
+  EXPECT_EQ(ReadRest(file), "cleaned");
 
   // A 300-character path opens the file named by its first 254 characters.
   const std::string prefix = folder.Path() + "/";
@@ -96,12 +96,12 @@ TEST(InputFileOpen, PathCleanUpAndStorageMapping) {
   folder.Write(name254, "cut");
   InputFile longPath(prefix + name254 + std::string(300 - 254, 'x'), O_RDONLY);
   ASSERT_EQ(longPath.Open(), FileStatus::kSuccess);
-  EXPECT_EQ(ReadRest(longPath, 64), "cut");
+  EXPECT_EQ(ReadRest(longPath), "cut");
   // The 255th character is not kept: a file named by 255 is not the one opened.
   folder.Write(name254 + "x", "wrong");
   InputFile stillCut(prefix + name254 + "x", O_RDONLY);
   ASSERT_EQ(stillCut.Open(), FileStatus::kSuccess);
-  EXPECT_EQ(ReadRest(stillCut, 64), "cut");
+  EXPECT_EQ(ReadRest(stillCut), "cut");
 
   // The head unit's storage path maps onto the storage root.
   Storage::SetStorageRoot(folder.Path());
@@ -109,24 +109,28 @@ TEST(InputFileOpen, PathCleanUpAndStorageMapping) {
   const FileStatus status = mapped.Open();
   Storage::SetStorageRoot("");
   ASSERT_EQ(status, FileStatus::kSuccess);
-  EXPECT_EQ(ReadRest(mapped, 64), "cleaned");
+  EXPECT_EQ(ReadRest(mapped), "cleaned");
 }
 
-TEST(InputFileRead, LargeFileInMixedReadSizes) {
+// Single bytes and the read-ahead view across buffer refills.
+TEST(InputFileRead, LargeFileInBytesAndReadyRuns) {
   TempFolder folder;
   const std::string content = Pattern(300 * 1024 + 17);
   InputFile file(folder.Write("big", content), O_RDONLY);
   ASSERT_EQ(file.Open(), FileStatus::kSuccess);
   std::string out;
   for (uint32_t i = 0; i < 5000; ++i) out += static_cast<char>(NextByte(file));
-  std::string chunk(100 * 1024, '\0');
-  uint32_t count = 0;
-  ASSERT_EQ(file.Read(&chunk[0], static_cast<uint32_t>(chunk.size()), &count),
-            FileStatus::kSuccess);
-  out.append(chunk, 0, count);
-  out += ReadRest(file, 3000);
+  for (int refills = 0; refills < 3; ++refills) {
+    uint32_t available = 0;
+    const uint8_t* ready = file.PeekReady(&available);
+    ASSERT_NE(ready, nullptr);
+    out.append(reinterpret_cast<const char*>(ready), available);
+    file.TakeReady(available);
+    out += static_cast<char>(NextByte(file));  // refills the buffer
+  }
+  out += ReadRest(file);
   EXPECT_TRUE(out == content) << "read " << out.size() << " of " << content.size() << " bytes";
-  EXPECT_EQ(ReadRest(file, 1), "");  // stays at the end
+  EXPECT_EQ(ReadRest(file), "");  // stays at the end
 }
 
 TEST(InputFileSeek, AccountsForBufferedBytes) {
@@ -152,7 +156,7 @@ TEST(InputFileSeek, AccountsForBufferedBytes) {
   EXPECT_EQ(NextByte(file), static_cast<uint8_t>(content[101]));  // a failed seek moves nothing
 
   ASSERT_EQ(file.Seek(0, 0), FileStatus::kSuccess);
-  EXPECT_TRUE(ReadRest(file, 777) == content);
+  EXPECT_TRUE(ReadRest(file) == content);
 }
 
 TEST(InputFileRead, DeliversBytesAppendedAfterEndOfFile) {
@@ -160,9 +164,9 @@ TEST(InputFileRead, DeliversBytesAppendedAfterEndOfFile) {
   const std::string path = folder.Write("growing", "first\n");
   InputFile file(path, O_RDONLY);
   ASSERT_EQ(file.Open(), FileStatus::kSuccess);
-  EXPECT_EQ(ReadRest(file, 1), "first\n");
+  EXPECT_EQ(ReadRest(file), "first\n");
   folder.Write("growing", "second\n", "ab");
-  EXPECT_EQ(ReadRest(file, 1), "second\n");
+  EXPECT_EQ(ReadRest(file), "second\n");
 }
 
 }  // namespace

@@ -140,15 +140,23 @@ TEST(PayloadGrammar, OddBytesAndHugeValuesAreTakenAsTheyStand) {
 
 // The common cases are covered through the producers; these are the limits.
 TEST(IntegerText, WholeTextMustBeANumberInRange) {
-  const std::vector<std::pair<std::string, int64_t>> decimal = {{"9223372036854775807", INT64_MAX},
-                                                                {"-9223372036854775808", INT64_MIN},
-                                                                {"9223372036854775808", 0},
-                                                                {"1 2", 0},
-                                                                {"- 1", 0},
-                                                                {std::string("1\0", 2), 0}};
+  const std::vector<std::pair<std::string, int64_t>> decimal = {
+      {"9223372036854775807", INT64_MAX},
+      {"-9223372036854775808", INT64_MIN},
+      {"9223372036854775808", 0},
+      {"999999999999999999", 999999999999999999},
+      {"0009223372036854775807", INT64_MAX},
+      {"1 2", 0},
+      {"- 1", 0},
+      {std::string("1\0", 2), 0}};
   for (const auto& c : decimal) EXPECT_EQ(IntegerText::DecimalOrZero(c.first), c.second) << c.first;
-  const std::vector<std::pair<std::string, int64_t>> hex = {
-      {"-0X10", -16}, {"0x", 0}, {"7FFFFFFFFFFFFFFF", INT64_MAX}, {"10000000000000000", 0}};
+  const std::vector<std::pair<std::string, int64_t>> hex = {{"-0X10", -16},
+                                                            {"0x", 0},
+                                                            {"7FFFFFFFFFFFFFFF", INT64_MAX},
+                                                            {"10000000000000000", 0},
+                                                            {"fFfFfFfFfFfFfFf", 0xFFFFFFFFFFFFFFF},
+                                                            {"8000000000000000", 0},
+                                                            {"1g", 0}};
   for (const auto& c : hex) EXPECT_EQ(IntegerText::HexOrZero(c.first), c.second) << c.first;
   int64_t value = 99;
   EXPECT_FALSE(IntegerText::Convert("0", 8, &value));

@@ -145,6 +145,18 @@ TEST_F(RecordDispatcherTest, TmcMessageFieldsFromTheirKeys) {
   EXPECT_EQ(partial->tmcData, nullptr);
 }
 
+// The producer reuses data and byte arrays that nobody holds any more; what a
+// listener keeps, the data or only its bytes, stays as it was delivered.
+TEST_F(RecordDispatcherTest, DataThatAListenerKeepsIsNotReused) {
+  const std::shared_ptr<CIUInt8Array> keptBytes = Tmc("LTN=1 tmcData=01:02")->tmcData;
+  const std::shared_ptr<TmcMessageData> keptData = Tmc("LTN=2 tmcData=03");
+  for (int i = 0; i < 3; ++i) EXPECT_EQ(Tmc("LTN=9 tmcData=AA:BB:CC")->ltn, 9);
+  EXPECT_EQ(Bytes(keptBytes), (std::vector<uint8_t>{0x01, 0x02}));
+  EXPECT_EQ(keptData->ltn, 2);
+  EXPECT_EQ(Bytes(keptData->tmcData), std::vector<uint8_t>{0x03});
+  EXPECT_EQ(Tmc("LTN=4")->tmcData, nullptr);  // reused data starts without bytes
+}
+
 TEST_F(RecordDispatcherTest, TmcNumbersKeepTheirLowBitsAndUnreadableOnesAreZero) {
   EXPECT_EQ(Tmc("LTN=300")->ltn, 44);
   EXPECT_EQ(Tmc("LTN=-1")->ltn, 255);

@@ -1,0 +1,105 @@
+// Steady replay of "$TMC" records does not allocate: once the first records
+// have sized the reader's and the producer's buffers, reading a record,
+// building its message and delivering it to a listener that drops it reuse
+// them. Every allocation of this test program is counted by the replaced
+// operator new.
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <cstdio>
+#include <cstdlib>
+#include <memory>
+#include <new>
+#include <string>
+
+#include "player/Record.h"
+#include "player/RecordReader.h"
+#include "producers/RecordDispatcher.h"
+#include "producers/TrafficDataListener.h"
+#include "tests/support/MemoryInput.h"
+
+namespace {
+
+std::atomic<long> g_allocations{0};
+
+// Not inlined, so that the compiler does not pair malloc with operator new.
+[[gnu::noinline]] void FreeMemory(void* memory) { std::free(memory); }
+
+[[gnu::noinline]] void* CountedAllocation(std::size_t size) {
+  g_allocations += 1;
+  return std::malloc(size != 0 ? size : 1);
+}
+
+}  // namespace
+
+void* operator new(std::size_t size) {
+  void* memory = CountedAllocation(size);
+  if (memory == nullptr) throw std::bad_alloc();
+  return memory;
+}
+void* operator new[](std::size_t size) { return operator new(size); }
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
+  return CountedAllocation(size);
+}
+void* operator new[](std::size_t size, const std::nothrow_t&) noexcept {
+  return CountedAllocation(size);
+}
+void operator delete(void* memory) noexcept { FreeMemory(memory); }
+void operator delete[](void* memory) noexcept { FreeMemory(memory); }
+void operator delete(void* memory, std::size_t) noexcept { FreeMemory(memory); }
+void operator delete[](void* memory, std::size_t) noexcept { FreeMemory(memory); }
+void operator delete(void* memory, const std::nothrow_t&) noexcept { FreeMemory(memory); }
+void operator delete[](void* memory, const std::nothrow_t&) noexcept { FreeMemory(memory); }
+
+namespace Quillan {
+namespace {
+
+// Looks at each message and lets it go, as a head unit that copies it does.
+class DroppingListener : public TrafficDataListener {
+ public:
+  void OnServiceList(ServiceList) override {}
+  void OnTmcMessage(std::shared_ptr<TmcMessageData> message) override {
+    bytes += message->tmcData ? message->tmcData->size() : 0;
+  }
+  uint32_t bytes = 0;
+};
+
+// `count` distinct "$TMC" lines, CR LF and LF ended by turns.
+std::string TmcLines(int count) {
+  std::string lines;
+  char line[160];
+  for (int i = 0; i < count; ++i) {
+    std::snprintf(line, sizeof(line),
+                  "%d.%d $TMC timeStamp=%d LTN=1 SID=34 PID=53761 tmcData=0A:1F:%02X:%02X:00%s",
+                  1416131460 + i / 10, i % 10, 1416131460 + i / 10, (i / 256) % 256, i % 256,
+                  i % 2 == 0 ? "\r\n" : "\n");
+    lines += line;
+  }
+  return lines;
+}
+
+TEST(PlaybackAllocation, SteadyTmcReplayDoesNotAllocate) {
+  constexpr int kWarmUp = 50;
+  for (int records : {200, 2000}) {
+    // Read ahead in chunks, as the events file offers its bytes.
+    pelorin_test::MemoryInput input(TmcLines(kWarmUp + records), std::string::npos, 4096);
+    RecordDispatcher dispatcher;
+    DroppingListener listener;
+    ASSERT_TRUE(dispatcher.AddListener(&listener));
+    Record record;
+    long steadyAllocations = 0;
+    for (int i = 0; i < kWarmUp + records; ++i) {
+      if (i == kWarmUp) steadyAllocations = -g_allocations.load();
+      ASSERT_EQ(input.Reader()->ReadRecord(record), ReadStatus::kRecord);
+      ASSERT_EQ(dispatcher.OnRecord(static_cast<uint32_t>(record.time), record.tag, record.payload),
+                0);
+    }
+    steadyAllocations += g_allocations.load();
+    EXPECT_EQ(steadyAllocations, 0) << records << " records";
+    EXPECT_EQ(listener.bytes, 5u * static_cast<uint32_t>(kWarmUp + records));
+  }
+}
+
+}  // namespace
+}  // namespace Quillan
