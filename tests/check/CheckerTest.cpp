@@ -43,18 +43,6 @@ class CheckerTest : public ::testing::Test {
   CollectingWriter m_writer;
 };
 
-TEST_F(CheckerTest, CleanFileHasNoDiagnosticsAndOneSummary) {
-  const FileSummary summary =
-      Check(std::string("1416131460 $TMC ") + kGoodTmc + "\n1416131461,5 $TSL serviceType=1 " +
-            "sd_SID=34;serviceType=1\n1416131462 $TOT setNewSession\n1416131463 $TMC\n");
-  EXPECT_TRUE(m_writer.diagnostics.empty());
-  ASSERT_EQ(m_writer.summaries.size(), 1u);
-  EXPECT_EQ(summary.Lines(), 4u);
-  EXPECT_EQ(summary.PlayedRecords(), 4u);
-  EXPECT_EQ(summary.StopLine(), 0u);
-  EXPECT_EQ(summary.Errors() + summary.Warnings(), 0u);
-}
-
 TEST_F(CheckerTest, MalformedLineEndsPlaybackAndCountsTheLinesAfterIt) {
   const struct {
     const char* line;
@@ -78,58 +66,29 @@ TEST_F(CheckerTest, MalformedLineEndsPlaybackAndCountsTheLinesAfterIt) {
     EXPECT_EQ(summary.PlayedRecords(), 1u);
     EXPECT_EQ(summary.Errors(), 1u);
   }
-}
-
-TEST_F(CheckerTest, LaterMalformedLinesAreErrorsButPlaybackEndsAtTheFirst) {
-  const FileSummary summary = Check("1 $TMC\n\n2 $TMC\n 3 $TMC\n4 $FOO\n");
+  m_writer = CollectingWriter();
+  Check("1 $TMC\n\n2 $TMC\n 3 $TMC\n");
   const std::vector<Diagnostic> errors = m_writer.OfKind(DiagnosticKind::kMalformedLine);
   ASSERT_EQ(errors.size(), 2u);
-  EXPECT_EQ(errors[1].line, 4u);
   EXPECT_THAT(errors[1].message, HasSubstr("would end here too"));
-  // Records after the end are still checked, but do not play.
-  EXPECT_EQ(Only(DiagnosticKind::kUnknownTag).line, 5u);
-  EXPECT_EQ(summary.StopLine(), 2u);
-  EXPECT_EQ(summary.LinesNeverPlayed(), 3u);
-  EXPECT_EQ(summary.PlayedRecords(), 1u);
-  EXPECT_EQ(summary.Errors(), 2u);
-  EXPECT_EQ(summary.Warnings(), 1u);
 }
 
 TEST_F(CheckerTest, MixedLineEndsAreNumberedAsTheReaderReadsThem) {
   // CR LF, lone CR, LF, CR CR (the second CR opens the next line, whose time
   // text then starts with it) and a last line without a line end.
   const FileSummary summary =
-      Check("100 $TMC\r\n101 $TSL\r102 $FOO\n103 $TMC\r\r104 $BAR\n105 $TMC");
+      Check("100 $TMC\r\n101 $TSL\r102 $tmc\n103 $TMC\r\r104 $BAR\n105 $TMC");
   const std::vector<Diagnostic> unknown = m_writer.OfKind(DiagnosticKind::kUnknownTag);
   ASSERT_EQ(unknown.size(), 2u);
   EXPECT_EQ(unknown[0].line, 3u);
   EXPECT_EQ(unknown[1].line, 5u);
+  EXPECT_THAT(unknown[0].message, HasSubstr("did you mean \"$TMC\""));
+  EXPECT_THAT(unknown[1].message, ::testing::Not(HasSubstr("did you mean")));
   EXPECT_EQ(m_writer.diagnostics.size(), 2u);  // "\r104" converts: no time warning
   EXPECT_EQ(summary.Lines(), 6u);
   EXPECT_EQ(summary.PlayedRecords(), 4u);
   EXPECT_EQ(summary.DroppedRecords(), 2u);
   EXPECT_EQ(summary.LastTime(), 105.0);
-}
-
-TEST_F(CheckerTest, FilesThatCannotBeReadAreUnusableWithTheReason) {
-  Checker checker(m_options, m_tpegs, m_writer);
-  EXPECT_EQ(checker.CheckFile(m_dir.Path() + "/missing").Unusable(), "No such file or directory");
-  EXPECT_EQ(checker.CheckFile(m_dir.Path()).Unusable(), "Is a directory");
-  EXPECT_TRUE(m_writer.diagnostics.empty());
-  EXPECT_TRUE(m_writer.summaries.empty());
-}
-
-TEST_F(CheckerTest, UnknownTagsAreWarningsWithALetterCaseHintAndCountAsDropped) {
-  const FileSummary summary = Check("1 $TMX\n2 $tmc\n3 $TMC\n");
-  EXPECT_EQ(summary.PlayedRecords(), 1u);
-  EXPECT_EQ(summary.DroppedRecords(), 2u);
-  EXPECT_EQ(summary.FirstTime(), 1.0);
-  const std::vector<Diagnostic> unknown = m_writer.OfKind(DiagnosticKind::kUnknownTag);
-  ASSERT_EQ(unknown.size(), 2u);
-  EXPECT_EQ(unknown[0].severity, Severity::kWarning);
-  EXPECT_EQ(unknown[0].tag, "$TMX");
-  EXPECT_THAT(unknown[0].message, ::testing::Not(HasSubstr("did you mean")));
-  EXPECT_THAT(unknown[1].message, HasSubstr("did you mean \"$TMC\""));
 }
 
 TEST_F(CheckerTest, PayloadFailuresNameTheKeyAndTheByte) {
@@ -154,7 +113,7 @@ TEST_F(CheckerTest, PayloadFailuresNameTheKeyAndTheByte) {
 
 TEST_F(CheckerTest, OnlineTrafficCallsAreCheckedForMethodAndArguments) {
   m_dir.Write("rec/my file.bin", "x");
-  Check(
+  const FileSummary summary = Check(
       "1 $TOT\n"
       "2 $TOT :x\n"
       "3 $TOT getinventory\n"
@@ -173,6 +132,7 @@ TEST_F(CheckerTest, OnlineTrafficCallsAreCheckedForMethodAndArguments) {
   EXPECT_THAT(count[0].message, HasSubstr("takes 0 arguments but has 1"));
   EXPECT_THAT(count[1].message, HasSubstr("takes 1 argument but has 0"));
   EXPECT_EQ(m_writer.diagnostics.size(), 5u);
+  EXPECT_EQ(summary.DroppedRecords(), 5u);
 }
 
 TEST_F(CheckerTest, TimeStampsThatPlayAsZeroOrGoBackwards) {
@@ -193,31 +153,6 @@ TEST_F(CheckerTest, TimeStampsThatPlayAsZeroOrGoBackwards) {
   const Diagnostic backwards = Only(DiagnosticKind::kTimeBackwards);
   EXPECT_EQ(backwards.line, 5u);
   EXPECT_THAT(backwards.message, HasSubstr("101.5 is earlier than 103 on line 4"));
-}
-
-TEST_F(CheckerTest, TpegFilesAreLookedForWhereTheModuleLooks) {
-  m_dir.Write("rec/present.bin", "x");
-  m_dir.Write("root/tpeg/mapped.bin", "x");
-  const std::string events =
-      "1 $TOT setNewData:present.bin\n2 $TOT setNewData:absent.bin\n"
-      "3 $TOT setNewData:mapped.bin\n";
-  // Without a root or configuration the folder is the events file's own.
-  Check(events, "rec/events");
-  std::vector<Diagnostic> missing = m_writer.OfKind(DiagnosticKind::kTpegFileMissing);
-  ASSERT_EQ(missing.size(), 2u);
-  EXPECT_EQ(missing[0].line, 2u);
-  EXPECT_THAT(missing[0].message, HasSubstr("\"absent.bin\""));
-  EXPECT_THAT(missing[0].message, HasSubstr("/rec//absent.bin"));
-  EXPECT_EQ(missing[1].line, 3u);
-  // Head unit storage paths map into the root.
-  m_writer = CollectingWriter();
-  m_tpegs = TpegDirectory("/fs/sda0/tpeg", m_dir.Path() + "/root");
-  Check(events, "rec/events");
-  missing = m_writer.OfKind(DiagnosticKind::kTpegFileMissing);
-  ASSERT_EQ(missing.size(), 2u);
-  EXPECT_EQ(missing[0].line, 1u);
-  EXPECT_THAT(missing[0].message, HasSubstr(m_dir.Path() + "/root/tpeg/present.bin"));
-  EXPECT_EQ(missing[1].line, 2u);
 }
 
 TEST_F(CheckerTest, ValuesThatArriveAsZeroOrChangedAreWarnings) {
@@ -255,7 +190,7 @@ TEST_F(CheckerTest, ValuesThatArriveAsZeroOrChangedAreWarnings) {
   Check(
       "1 $TMC timeStamp=4294967295 LTN=255 SID=0 PID=+7 tmcData=0a:FF:0x1f:\n"
       "2 $TSL SS_ID=-2147483648 sd_SPN=\"99999999999\";SS_ID=2147483647 sd_sendername=x\n"
-      "3 $TOT setOnlineTrafficDataStatus:-2147483648\n"
+      "3 $TOT setOnlineTrafficDataStatus:-2147483648\n3 $TOT setTimeoutForFallback:2147483647\n"
       "4 $TMC PID=99999999999 ltn=1\n");
   ASSERT_EQ(m_writer.diagnostics.size(), 1u) << m_writer.diagnostics[0].message;
   EXPECT_EQ(m_writer.diagnostics[0].kind, DiagnosticKind::kPayloadRefused);
@@ -293,16 +228,13 @@ TEST_F(CheckerTest, WholeFileFindings) {
 
 TEST_F(CheckerTest, AtMostMaxErrorsDiagnosticsAreShownThoughAllCount) {
   std::string events;
-  for (int i = 1; i <= 25; ++i) events += std::to_string(i) + " $FOO\n";
+  for (int i = 10; i < 35; ++i) events += std::to_string(i) + " $FOO\n";
   for (const uint32_t limit : {20u, 0u, 1u}) {
-    SCOPED_TRACE(limit);
     m_writer = CollectingWriter();
     m_options.maxErrors = limit;
     const FileSummary summary = Check(events);
-    const size_t shown = limit == 0 ? 25u : limit;
-    EXPECT_EQ(m_writer.diagnostics.size(), shown);
-    EXPECT_EQ(summary.HiddenDiagnostics(), 25u - shown);
-    EXPECT_EQ(summary.Warnings(), 25u);
+    EXPECT_EQ(m_writer.diagnostics.size(), limit == 0 ? 25u : limit);
+    EXPECT_EQ(summary.HiddenDiagnostics() + m_writer.diagnostics.size(), 25u);
   }
 }
 

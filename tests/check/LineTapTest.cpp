@@ -81,16 +81,7 @@ void ExpectTapAgreesWithReader(const std::string& bytes, bool peek) {
   ADD_FAILURE() << "the reader did not reach the end";
 }
 
-TEST(LineTapTest, AgreesWithTheReaderOnEveryLineEnd) {
-  for (const char* bytes :
-       {"1 $A\n2 $B\r\n3 $C\r4 $D", "1 $A\r\r2 $B\n", "1 $A\r 2 $B\n", "1 $A\r\r\r\n", "\n\r\n\r",
-        "1 $A\r", "1 $A\r\n", "1 $A\n\n", " 1 $A\n1  $A\n1 \n1\n", "\r1.5 $A x y\n"}) {
-    ExpectTapAgreesWithReader(bytes, false);
-    ExpectTapAgreesWithReader(bytes, true);
-  }
-}
-
-TEST(LineTapTest, AgreesWithTheReaderOnRandomBytes) {
+TEST(LineTapTest, AgreesWithTheReaderOnRandomLinesAndLineEnds) {
   std::mt19937 random(20241123);
   const char alphabet[] = {'1', '.', ',', ' ', ' ', '\r', '\n', '$', 'x', '\t'};
   for (int round = 0; round < 400; ++round) {

@@ -30,48 +30,30 @@ size_t FirstUnsafeByte(const std::string& text) {
 }
 
 TEST(TerminalSafetyTest, NoRawControlByteReachesTheReport) {
-  const char* const hostile[] = {"\x1b]0;retitled\x07", "\x1b[31m", ("\xc2\x9b" "2J"), "\x9b",
-                                 "\xff\xfe", "\r", "\x7f", "\x1b\\"};
-  // Where the bytes go; "@" stands for them.
-  const struct {
-    const char* position;
-    const char* fileName;
-    const char* line;
-  } cases[] = {
-      {"tag", "events", "1 $T@ x\n"},
-      {"key", "events", "1 $TMC @=1\n"},
-      {"value", "events", "1 $TMC LTN=@ tmcData=0A:@\n"},
-      {"method", "events", "1 $TOT @\n"},
-      {"argument", "events", "1 $TOT setNewData:@\n1 $TOT setTimeoutForFallback:@\n"},
-      {"time", "events", "@ $TMC\n"},
-      {"file name", "ev@nts", "1 $FOO\n"},
-  };
-  for (const auto& c : cases) {
-    for (const char* bytes : hostile) {
-      SCOPED_TRACE(std::string(c.position) + " " + ::testing::PrintToString(std::string(bytes)));
-      const auto fill = [bytes](std::string text) {
-        for (size_t at = text.find('@'); at != std::string::npos; at = text.find('@', at)) {
-          text.replace(at, 1, bytes);
-          at += std::string(bytes).size();
-        }
-        return text;
-      };
+  const std::string hostile[] = {"\x1b]0;retitled\x07", "\xc2\x9b" "2J", "\xff\xfe", "\r", "\x7f"};
+  // Where the bytes go, "@" standing for them: tag, key, values, method,
+  // arguments, time, file name.
+  const char* const lines[] = {"1 $T@ x\n1 $TMC @=1\n1 $TMC LTN=@ tmcData=0A:@\n1 $TOT @\n",
+                               "1 $TOT setNewData:@\n1 $TOT setTimeoutForFallback:@\n@ $TMC\n"};
+  for (const std::string& bytes : hostile) {
+    for (const char* line : lines) {
+      SCOPED_TRACE(::testing::PrintToString(bytes) + line);
+      std::string events = line;
+      for (size_t at = events.find('@'); at != std::string::npos; at = events.find('@', at)) {
+        events.replace(at, 1, bytes);
+      }
       TestFolder dir;
-      const std::string path = dir.Write(fill(c.fileName), fill(c.line));
+      const std::string path = dir.Write("ev" + bytes + "nts", events);
       PelorinCheck::Options options;
       options.maxErrors = 0;
       const PelorinCheck::TpegDirectory tpegs;
       std::ostringstream text;
-      PelorinCheck::TextReportWriter textWriter(text);
-      const PelorinCheck::FileSummary summary =
-          PelorinCheck::Checker(options, tpegs, textWriter).CheckFile(path);
-      textWriter.WriteTotal(PelorinCheck::RunTotal{});
-      // (A backslash in a file name reads as a slash: that file does not open.)
-      EXPECT_TRUE(summary.Errors() + summary.Warnings() > 0 || !summary.Unusable().empty());
-      EXPECT_EQ(FirstUnsafeByte(text.str()), std::string::npos) << text.str();
       std::ostringstream json;
+      PelorinCheck::TextReportWriter textWriter(text);
       PelorinCheck::JsonReportWriter jsonWriter(json);
+      EXPECT_GT(PelorinCheck::Checker(options, tpegs, textWriter).CheckFile(path).Warnings(), 0u);
       PelorinCheck::Checker(options, tpegs, jsonWriter).CheckFile(path);
+      EXPECT_EQ(FirstUnsafeByte(text.str()), std::string::npos) << text.str();
       EXPECT_EQ(FirstUnsafeByte(json.str()), std::string::npos) << json.str();
     }
   }
