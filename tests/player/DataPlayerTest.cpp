@@ -104,10 +104,6 @@ INSTANTIATE_TEST_SUITE_P(
                    "RealTimeRunner speed=2"},
         ConfigCase{"eventsFile=/data/a.txt\ntpegsDir=/tpeg\ninteractive=false\nplaybackSpeed=0\n",
                    {std::string(kTpegsPath) + "/tpeg"},
-                   "BatchedRunner"},
-        ConfigCase{"interactive=false\n",
-                   {std::string(kEventsPath) + "/fs/sda0/quillan/events",
-                    std::string(kTpegsPath) + "/fs/sda0/quillan/"},
                    "BatchedRunner"}));
 
 TEST(DataPlayerTest, AFileOfTmcRecordsReachesTheTrafficListeners) {

@@ -105,7 +105,7 @@ INSTANTIATE_TEST_SUITE_P(TickBeyondOrBeforeRecord, InteractiveRunnerRetimingTest
                            return tp.param.name;
                          });
 
-TEST(InteractiveRunnerTest, NonPositiveSpeedMeansRecordedSpeedAndStepsTraceTheirDelay) {
+TEST(InteractiveRunnerTest, NonPositiveSpeedMeansRecordedSpeed) {
   pelorin_test::TraceCapture capture(2);
   for (double speed : {0.0, -3.0}) {
     PlaybackRig<InteractiveRunner> rig(kThreeRecords, MakeRunner(true, 4.0));
@@ -116,17 +116,6 @@ TEST(InteractiveRunnerTest, NonPositiveSpeedMeansRecordedSpeedAndStepsTraceTheir
   }
   EXPECT_TRUE(capture.Contains("InteractiveRunner::SetSpeed: -3"));
   EXPECT_TRUE(capture.Contains("InteractiveRunner::InteractiveRunner, m_stopped=0"));
-
-  capture.Clear();
-  PlaybackRig<InteractiveRunner> rig(kThreeRecords, MakeRunner(true, 2.0));
-  rig.Run();
-  rig.loop().RunAll();
-  Strings delays;
-  for (const std::string& text : capture.Texts()) {
-    if (text.rfind("InteractiveRunner::Execute: delay", 0) == 0) delays.push_back(text);
-  }
-  const std::string prefix = "InteractiveRunner::Execute: delay to next event ";
-  EXPECT_EQ(delays, (Strings{prefix + "0", prefix + "0.5", prefix + "1.5", prefix + "0.5"}));
 }
 
 TEST(InteractiveRunnerTest, WithoutAutostartNothingIsReadUntilAnAcceptedStart) {
