@@ -5,12 +5,15 @@
 
 #include <gtest/gtest.h>
 
+#include <memory>
 #include <string>
 #include <vector>
 
 #include "DataPoolDirectory.h"
 #include "module/MirlApp.h"
+#include "module/SpeedTable.h"
 #include "player/PlayerService.h"
+#include "runtime/DataPoolReader.h"
 #include "tests/module/FakeHmiHost.h"
 #include "tests/support/TraceCapture.h"
 
@@ -27,9 +30,17 @@ int IndexOf(const std::vector<std::string>& texts, const std::string& fragment) 
   return -1;
 }
 
+// The speed table is module-wide: each test starts it at 100 percent.
 class MirlAppTest : public ::testing::Test {
  protected:
-  void SetUp() override { ASSERT_TRUE(app.Startup(&host)); }
+  void SetUp() override {
+    {
+      std::unique_ptr<Quillan::DataPoolReader> table(Quillan::SpeedTable::CreateReader(&pool));
+      ASSERT_TRUE(SetSpeedPercent(100));
+    }
+    pool.reports.Clear();
+    ASSERT_TRUE(app.Startup(&host));
+  }
 
   void GiveInterfaces() {
     app.SetInterface(100, 0, 0, &events);
@@ -65,23 +76,28 @@ TEST_F(MirlAppTest, RunLevelsAroundTwoHundredPublishAndTearDown) {
   EXPECT_NE(service->GetRecordDispatcher(), nullptr);
   EXPECT_NE(service->GetTimeAdjuster(), nullptr);
 
-  // Going down through 200 deletes the player and both data-pool objects.
+  // Going down through 200 leaves nothing to publish again.
   EXPECT_EQ(app.OnRunLevel(200, -1), 200);
-  EXPECT_EQ(DataPoolDirectory::FindProvider(77), nullptr);
-  EXPECT_EQ(DataPoolDirectory::FindClient(76), nullptr);
-  EXPECT_EQ(pool.unregistered.All(), (std::vector<uint32_t>{77}));
-
-  // Later calls find nothing to act on.
-  trace.Clear();
   EXPECT_EQ(app.OnRunLevel(200, 1), 200);
   EXPECT_EQ(registration.published.All().size(), 1u);
-  app.GetEventListenerFace()->OnEvent(kStartEvent, 0);
-  app.GetEventListenerFace()->OnEvent(kStopEvent, 0);
-  app.OnTick(nullptr, 5.0);
-  const uint32_t ids[] = {kSpeedId};
-  app.OnValuesChanged(ids, 1);
-  EXPECT_TRUE(trace.Texts().empty());
-  EXPECT_TRUE(events.notifications.All().empty());
+}
+
+// The speed table behind client 76 holds the speed at 0x4c000001 and one
+// more entry; ids outside entries 1 and 2 are refused.
+TEST_F(MirlAppTest, TheSpeedTableServesEntriesOneAndTwoOfClient76) {
+  GiveInterfaces();
+  DataPoolClientInterface* table = DataPoolDirectory::FindClient(76);
+  ASSERT_NE(table, nullptr);
+  int32_t percent = 0;
+  table->LockRead();
+  EXPECT_TRUE(table->GetValue(kSpeedId, &percent));
+  table->UnlockRead();
+  EXPECT_EQ(percent, 100);
+  table->LockWrite();
+  EXPECT_FALSE(table->SetInt(0x4c000000, 1));
+  EXPECT_FALSE(table->SetInt(0x4c000003, 1));
+  EXPECT_TRUE(table->SetInt(0x7f000001, 120));  // the high byte is masked off
+  table->UnlockWrite();
 }
 
 TEST_F(MirlAppTest, TickAndNextEventAreRoundedStoredAndAnnounced) {
@@ -158,7 +174,6 @@ TEST_F(MirlAppTest, OnlyASpeedChangeInTheListSetsTheSpeed) {
   app.OnValuesChanged(ids, 1);  // only the tick id
   app.OnValuesChanged(nullptr, 2);
   EXPECT_TRUE(trace.Texts().empty());
-  ASSERT_TRUE(SetSpeedPercent(100));
 }
 
 }  // namespace

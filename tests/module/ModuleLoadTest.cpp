@@ -9,9 +9,7 @@
 #include <vector>
 
 #include "DataListener.h"
-#include "DataPoolClientInterface.h"
 #include "DataPoolDirectory.h"
-#include "DataPoolProviderInterface.h"
 #include "EventListener.h"
 #include "HmiModule.h"
 #include "player/PlayerService.h"
@@ -179,6 +177,14 @@ TEST(ModuleLoadTest, EntryPointsAndTheChoiceOfHost) {
   EXPECT_EQ(module.create(), 1);
   EXPECT_EQ(lonely.requests.All(), (std::vector<std::pair<int, void*>>{{2, nullptr}}));
   module.destroy();
+
+  // Above the progress level, create and destroy say nothing.
+  tracing::SetThreshold("Pelorin", 3);
+  trace.Clear();
+  module.setInterface(500, 2, &lonely);
+  EXPECT_EQ(module.create(), 1);
+  module.destroy();
+  EXPECT_TRUE(trace.Texts().empty());
   EXPECT_TRUE(module.Unload());
 }
 
@@ -194,19 +200,9 @@ TEST(ModuleLoadTest, PlaysUnderHmiControlAndGoesDownThroughTheRunLevel) {
   ASSERT_NO_FATAL_FAILURE(unit.Start());
   EXPECT_TRUE(trace.Contains("Player::Run"));
 
-  // The data pool writes the speed: duplicates inside one section are
-  // reported once; a nested empty section reports with count 0 twice.
-  DataPoolClientInterface* table = DataPoolDirectory::FindClient(76);
-  ASSERT_NE(table, nullptr);
-  table->LockWrite();
-  EXPECT_TRUE(table->SetInt(kSpeedId, 150));
-  EXPECT_TRUE(table->SetInt(kSpeedId, 300));
-  table->UnlockWrite();
-  table->LockWrite();
-  table->LockWrite();
-  table->UnlockWrite();
-  table->UnlockWrite();
-  EXPECT_EQ(unit.pool.reports.All(), (Reports{{kSpeedId}, {}, {}}));
+  // The data pool writes the speed and tells the module.
+  ASSERT_TRUE(SetSpeedPercent(300));
+  EXPECT_EQ(unit.pool.reports.All(), (Reports{{kSpeedId}}));
   unit.pool.reports.Clear();
   const uint32_t changed[] = {kSpeedId};
   unit.dataListener->OnValuesChanged(changed, 1);
@@ -224,20 +220,6 @@ TEST(ModuleLoadTest, PlaysUnderHmiControlAndGoesDownThroughTheRunLevel) {
   ASSERT_GE(told.size(), 3u);
   EXPECT_EQ(Notifications(told.begin(), told.begin() + 3),
             (Notifications{{kNextId, 0}, {kTickId, 0}, {kNextId, 0}}));
-
-  // The data pool reads the provider's constants through its interface.
-  DataPoolProviderInterface* provider = DataPoolDirectory::FindProvider(77);
-  ASSERT_NE(provider, nullptr);
-  EXPECT_EQ(provider->GetValueType(kNextId), 0u);
-  EXPECT_EQ(provider->GetValueType(kSpeedId), 10u);
-  EXPECT_EQ(provider->GetCount(kTickId), 0xFFFFFFFFu);
-  // A host-side write section on the provider marks nothing: no report.
-  const size_t before = unit.pool.reports.All().size();
-  provider->LockWrite();
-  provider->LockWrite();
-  provider->UnlockWrite();
-  provider->UnlockWrite();
-  EXPECT_EQ(unit.pool.reports.All().size(), before);
 
   // Stop: the queued step (due at the next tick, 2 s of wall-clock time
   // after the first) finds the runner stopped. Start again: playback resumes

@@ -1,13 +1,10 @@
 // DataPlayer: paths and runner choice from the configuration, the consumers
-// and service faces, moving message date-times to the present (in a time
-// zone far from UTC), the lifecycle component, and shutting down in the
-// middle of playback with each runner.
+// and service faces, moving message date-times to the present, and shutting
+// down in the middle of playback with each runner.
 
 #include "player/DataPlayer.h"
 
 #include <gtest/gtest.h>
-#include <stdlib.h>
-#include <time.h>
 
 #include <algorithm>
 #include <atomic>
@@ -20,7 +17,6 @@
 
 #include "OnlineTrafficReply.h"
 #include "OnlineTrafficService.h"
-#include "comm/Lifecycle.h"
 #include "player/InteractiveRunner.h"
 #include "player/Runner.h"
 #include "producers/RecordDispatcher.h"
@@ -108,10 +104,6 @@ INSTANTIATE_TEST_SUITE_P(
                    "RealTimeRunner speed=2"},
         ConfigCase{"eventsFile=/data/a.txt\ntpegsDir=/tpeg\ninteractive=false\nplaybackSpeed=0\n",
                    {std::string(kTpegsPath) + "/tpeg"},
-                   "BatchedRunner"},
-        ConfigCase{"interactive=false\n",
-                   {std::string(kEventsPath) + "/fs/sda0/quillan/events",
-                    std::string(kTpegsPath) + "/fs/sda0/quillan/"},
                    "BatchedRunner"}));
 
 TEST(DataPlayerTest, AFileOfTmcRecordsReachesTheTrafficListeners) {
@@ -161,25 +153,9 @@ struct Message {
   std::vector<uint8_t> Times() const { return std::vector<uint8_t>(bytes + 14, bytes + 22); }
 };
 
-// Runs the checks once per time zone: the shift must not depend on it.
-class DataPlayerTimeAdjusterTest : public ::testing::TestWithParam<const char*> {
+class DataPlayerTimeAdjusterTest : public ::testing::Test {
  protected:
-  void SetUp() override {
-    const char* saved = getenv("TZ");
-    m_hadTz = saved != nullptr;
-    if (m_hadTz) m_savedTz = saved;
-    setenv("TZ", GetParam(), 1);
-    tzset();
-    m_player.SetDateTimeSource(&FixedNow);
-  }
-  void TearDown() override {
-    if (m_hadTz) {
-      setenv("TZ", m_savedTz.c_str(), 1);
-    } else {
-      unsetenv("TZ");
-    }
-    tzset();
-  }
+  void SetUp() override { m_player.SetDateTimeSource(&FixedNow); }
   // Gives the dispatcher a last TMC time `seconds` before now.
   void RecordTmcBefore(int64_t seconds) {
     m_player.GetRecordDispatcher()->OnRecord(static_cast<uint32_t>(kNow - seconds), "$TMC", "");
@@ -192,13 +168,11 @@ class DataPlayerTimeAdjusterTest : public ::testing::TestWithParam<const char*> 
   }
 
   DataPlayer m_player{Config()};
-  bool m_hadTz = false;
-  std::string m_savedTz;
 };
 
 using Bytes = std::vector<uint8_t>;
 
-TEST_P(DataPlayerTimeAdjusterTest, TmcMessagesMoveByTheDistanceToTheLastTmcRecord) {
+TEST_F(DataPlayerTimeAdjusterTest, TmcMessagesMoveByTheDistanceToTheLastTmcRecord) {
   Message message(0, {12, 31, 23, 30}, {2, 28, 23, 45});
   EXPECT_EQ(Adjust(message), message.Times());  // no TMC record yet
   RecordTmcBefore(3600);
@@ -209,7 +183,7 @@ TEST_P(DataPlayerTimeAdjusterTest, TmcMessagesMoveByTheDistanceToTheLastTmcRecor
   EXPECT_EQ(Adjust(Message(0, {1, 1, 1, 0}, {6, 15, 12, 5})), (Bytes{12, 31, 23, 0, 6, 15, 10, 5}));
 }
 
-TEST_P(DataPlayerTimeAdjusterTest, DateTimesWithoutMonthOrDayAreLeftAlone) {
+TEST_F(DataPlayerTimeAdjusterTest, DateTimesWithoutMonthOrDayAreLeftAlone) {
   RecordTmcBefore(86400);
   EXPECT_EQ(Adjust(Message(0, {3, 0, 10, 10}, {3, 5, 10, 10})),
             (Bytes{3, 0, 10, 10, 3, 6, 10, 10}));
@@ -217,7 +191,7 @@ TEST_P(DataPlayerTimeAdjusterTest, DateTimesWithoutMonthOrDayAreLeftAlone) {
             (Bytes{3, 6, 10, 10, 0, 5, 10, 10}));
 }
 
-TEST_P(DataPlayerTimeAdjusterTest, OnlineMessagesMoveByTheLastOnlineDataTime) {
+TEST_F(DataPlayerTimeAdjusterTest, OnlineMessagesMoveByTheLastOnlineDataTime) {
   RecordTmcBefore(3600);
   const Message online(1, {1, 25, 10, 0}, {2, 1, 8, 59});
   EXPECT_EQ(Adjust(online), online.Times());  // no data file announced yet
@@ -235,41 +209,6 @@ TEST_P(DataPlayerTimeAdjusterTest, OnlineMessagesMoveByTheLastOnlineDataTime) {
   }
   const Message other(3, {1, 25, 10, 0}, {2, 1, 8, 59});
   EXPECT_EQ(Adjust(other), other.Times());
-}
-
-INSTANTIATE_TEST_SUITE_P(TimeZones, DataPlayerTimeAdjusterTest,
-                         ::testing::Values("UTC0", "KIT-14", "HST10",
-                                           "NZST-12NZDT,M9.5.0,M4.1.0/3"),
-                         [](const ::testing::TestParamInfo<const char*>& tp) {
-                           return "Zone" + std::to_string(tp.index);
-                         });
-
-// --- Lifecycle component ---------------------------------------------------
-
-class RecordingPeer : public comm::LifecyclePeer {
- public:
-  void OnStarted(comm::Lifecycle* component, const comm::LifecycleRequest&) override {
-    calls.push_back(component->IsStarted() ? "started" : "started?");
-  }
-  void OnStopped(comm::Lifecycle* component, const comm::LifecycleRequest&) override {
-    calls.push_back(component->IsStopped() ? "stopped" : "stopped?");
-  }
-  Strings calls;
-};
-
-TEST(DataPlayerTest, TheLifecycleComponentReportsToItsPeer) {
-  DataPlayer player{Config()};
-  comm::Lifecycle* lifecycle = player.GetLifecycle();
-  ASSERT_NE(lifecycle, nullptr);
-  EXPECT_TRUE(lifecycle->IsStopped());
-  lifecycle->Start();  // no peer yet
-  EXPECT_TRUE(lifecycle->IsStarted());
-  RecordingPeer peer;
-  lifecycle->SetPeer(&peer);
-  lifecycle->Stop();
-  lifecycle->Start();
-  EXPECT_EQ(peer.calls, (Strings{"stopped", "started"}));
-  EXPECT_FALSE(lifecycle->IsStopped());
 }
 
 // --- Shutting down in the middle of playback -------------------------------

@@ -3,10 +3,9 @@
 // deadline, and PlaybackRig.
 //
 // PlaybackRig: one runner wired as the player wires it (probe as listener and
-// consumer, an in-memory events file as input) on a recording work loop:
-// either held steps the test runs one by one, or a real loop thread. Tear-
-// down follows the player's order: runner shut down, loop stopped and
-// deleted, then the runner.
+// consumer, an in-memory events file as input) on a recording work loop
+// whose held steps the test runs one by one. Tear-down follows the player's
+// order: runner shut down, loop stopped and deleted, then the runner.
 
 #include <chrono>
 #include <functional>
@@ -16,7 +15,6 @@
 
 #include "player/Config.h"
 #include "player/Runner.h"
-#include "runtime/WorkLoopInterface.h"
 #include "tests/support/MemoryInput.h"
 #include "tests/support/PlaybackProbe.h"
 #include "tests/support/RecordingWorkLoop.h"
@@ -43,11 +41,8 @@ inline bool WaitUntil(const std::function<bool()>& condition, uint32_t timeoutMs
 template <typename RunnerType>
 class PlaybackRig {
  public:
-  PlaybackRig(const std::string& events, std::unique_ptr<RunnerType> runner, bool realLoop)
-      : m_input(events),
-        m_loop(realLoop ? new RecordingWorkLoop(Quillan::CreateWorkLoop(), 0)
-                        : new RecordingWorkLoop()),
-        m_runner(std::move(runner)) {
+  PlaybackRig(const std::string& events, std::unique_ptr<RunnerType> runner)
+      : m_input(events), m_loop(new RecordingWorkLoop()), m_runner(std::move(runner)) {
     m_runner->AddListener(&m_probe);
     m_runner->SetInput(m_input.Reader());
     m_runner->SetConsumers({&m_probe});

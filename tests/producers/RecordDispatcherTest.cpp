@@ -231,8 +231,6 @@ TEST_F(RecordDispatcherTest, ServiceIdentifierAndTextsAsTheHeadUnitWantsThem) {
   EXPECT_EQ(description("sd_SPN=A sd_SPN=\"Radio Eins\"")->sd_SPN->utf8(), "Radio Eins");
   EXPECT_EQ(description("sd_sendername=B\xC4R")->sd_sendername->utf8(), "B\xC3\x84R");
   EXPECT_EQ(description("sd_sendername=B\xC3\x84R")->sd_sendername->utf8(), "B\xC3\x84R");
-  const char kNul[] = "sd_SPN=AB\0C";
-  EXPECT_EQ(description(std::string(kNul, sizeof(kNul) - 1))->sd_SPN->utf8(), "AB");
 }
 
 }  // namespace

@@ -66,18 +66,10 @@ size_t PlaybackProbe::Finishes() const {
   return m_finishes;
 }
 
-bool PlaybackProbe::WaitFor(const size_t& counter, size_t count, uint32_t timeoutMs) const {
+bool PlaybackProbe::WaitForFinishes(size_t count, uint32_t timeoutMs) const {
   std::unique_lock<std::mutex> guard(m_lock);
   return m_changed.wait_for(guard, std::chrono::milliseconds(timeoutMs),
-                            [&] { return counter >= count; });
-}
-
-bool PlaybackProbe::WaitForRecords(size_t count, uint32_t timeoutMs) const {
-  return WaitFor(m_records, count, timeoutMs);
-}
-
-bool PlaybackProbe::WaitForFinishes(size_t count, uint32_t timeoutMs) const {
-  return WaitFor(m_finishes, count, timeoutMs);
+                            [&] { return m_finishes >= count; });
 }
 
 void PlaybackProbe::Clear() {

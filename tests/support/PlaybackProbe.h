@@ -2,7 +2,7 @@
 // PlaybackProbe: a record consumer and runner listener for tests. It writes
 // everything a runner tells it into one ordered log ("next 10", "tick 12",
 // "record 11 $TMC a=1", "finished") and lets a test wait, with a deadline,
-// for a number of records or end reports. Thread-safe: the runner calls it
+// for a number of end reports. Thread-safe: the runner calls it
 // on the loop thread while the test reads it.
 
 #include <chrono>
@@ -30,9 +30,8 @@ class PlaybackProbe : public Quillan::RecordConsumer, public Quillan::RunnerList
   std::vector<std::string> Payloads() const;
   size_t Records() const;
   size_t Finishes() const;
-  // Wait until at least `count` records (end reports) have come; false when
+  // Waits until at least `count` end reports have come; false when
   // `timeoutMs` passed first.
-  bool WaitForRecords(size_t count, uint32_t timeoutMs) const;
   bool WaitForFinishes(size_t count, uint32_t timeoutMs) const;
   void Clear();
 
@@ -42,7 +41,6 @@ class PlaybackProbe : public Quillan::RecordConsumer, public Quillan::RunnerList
 
  private:
   void Append(std::string entry, bool isFinish);
-  bool WaitFor(const size_t& counter, size_t count, uint32_t timeoutMs) const;
 
   mutable std::mutex m_lock;
   mutable std::condition_variable m_changed;

@@ -6,19 +6,8 @@ namespace pelorin_test {
 
 RecordingWorkLoop::RecordingWorkLoop() = default;
 
-RecordingWorkLoop::RecordingWorkLoop(Quillan::WorkLoopInterface* target, uint32_t delayDivisor)
-    : m_target(target), m_delayDivisor(delayDivisor) {}
-
 RecordingWorkLoop::~RecordingWorkLoop() {
-  // The target drains on its own thread, whose handlers may still post here:
-  // it goes without the lock held.
-  delete m_target;
-  std::vector<HeldItem> held;
-  {
-    std::lock_guard<std::mutex> guard(m_lock);
-    held.swap(m_held);
-  }
-  for (const HeldItem& item : held) item.handler->Release();
+  for (const HeldItem& item : m_held) item.handler->Release();
 }
 
 uint32_t RecordingWorkLoop::Post(Quillan::WorkHandler* handler, uint32_t priority) {
@@ -33,35 +22,24 @@ uint32_t RecordingWorkLoop::PostDelayed(Quillan::WorkHandler* handler, uint32_t 
 uint32_t RecordingWorkLoop::Accept(Quillan::WorkHandler* handler, bool delayed, uint32_t delayMs,
                                    uint32_t priority) {
   std::lock_guard<std::mutex> guard(m_lock);
-  if (handler == nullptr || m_refuse || (m_target == nullptr && m_stopping)) return 0;
-  uint32_t id = 0;
-  if (m_target != nullptr) {
-    const uint32_t forwardedDelay = m_delayDivisor == 0 ? 0 : delayMs / m_delayDivisor;
-    id = delayed ? m_target->PostDelayed(handler, forwardedDelay, priority)
-                 : m_target->Post(handler, priority);
-    if (id == 0) return 0;
-  } else {
-    id = m_nextId++;
-    m_held.push_back(HeldItem{id, handler});
-  }
+  if (handler == nullptr || m_refuse || m_stopping) return 0;
+  const uint32_t id = m_nextId++;
+  m_held.push_back(HeldItem{id, handler});
   m_posts.push_back(PostRecord{id, delayed, delayMs, priority, false});
   return id;
 }
 
-bool RecordingWorkLoop::SetPriority(int level, int priorityClass) {
-  return m_target == nullptr || m_target->SetPriority(level, priorityClass);
-}
+bool RecordingWorkLoop::SetPriority(int, int) { return true; }
 
 bool RecordingWorkLoop::SetName(const char* name) {
   {
     std::lock_guard<std::mutex> guard(m_lock);
     m_name = name ? name : "";
   }
-  return m_target == nullptr || m_target->SetName(name);
+  return true;
 }
 
 bool RecordingWorkLoop::Start() {
-  if (m_target != nullptr) return m_target->Start();
   std::lock_guard<std::mutex> guard(m_lock);
   const bool startedNow = !m_started;
   m_started = true;
@@ -73,7 +51,6 @@ int RecordingWorkLoop::Stop(Quillan::WorkHandler* finalHandler) {
     std::lock_guard<std::mutex> guard(m_lock);
     m_stopping = true;
   }
-  if (m_target != nullptr) return m_target->Stop(finalHandler);
   if (finalHandler != nullptr) finalHandler->Release();
   return Held() > 0 ? 1 : 0;
 }
@@ -83,22 +60,13 @@ void RecordingWorkLoop::Cancel(uint32_t id) {
   for (PostRecord& post : m_posts) {
     if (post.id == id) post.cancelled = true;
   }
-  if (m_target != nullptr) m_target->Cancel(id);
 }
 
-int RecordingWorkLoop::Remove(uint32_t id, Quillan::WorkHandler** handler) {
-  if (m_target != nullptr) return m_target->Remove(id, handler);
-  return 2;
-}
+int RecordingWorkLoop::Remove(uint32_t, Quillan::WorkHandler**) { return 2; }
 
-int RecordingWorkLoop::RemoveAll(Quillan::WorkHandler* handler) {
-  if (m_target != nullptr) return m_target->RemoveAll(handler);
-  return 2;
-}
+int RecordingWorkLoop::RemoveAll(Quillan::WorkHandler*) { return 2; }
 
-void RecordingWorkLoop::Run() {
-  if (m_target != nullptr) m_target->Run();
-}
+void RecordingWorkLoop::Run() {}
 
 bool RecordingWorkLoop::IsCancelled(uint32_t id) const {
   for (const PostRecord& post : m_posts) {

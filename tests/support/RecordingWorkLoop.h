@@ -1,16 +1,10 @@
 #pragma once
 // RecordingWorkLoop: a work loop for tests that records every Post and
-// PostDelayed call (delay, priority, kind) and every Cancel.
-//
-// Manual mode (default constructor): posted handlers are held until the test
-// runs them one by one with RunNext, in posting order; delays are recorded,
-// not waited for. Forwarding mode: every call is recorded and handed on to a
-// real loop (owned), with delays divided by a factor (0 posts everything
-// without delay), so that the step sequence plays on a real loop thread
-// while the recorded delays are exactly what the caller asked for.
-//
-// Thread-safe; handlers run without the loop's lock held. Destruction
-// releases (without running) whatever the manual queue still holds.
+// PostDelayed call (delay, priority, kind) and every Cancel. Posted handlers
+// are held until the test runs them one by one with RunNext, in posting
+// order; delays are recorded, not waited for. Thread-safe; handlers run
+// without the loop's lock held. Destruction releases (without running)
+// whatever is still held.
 
 #include <cstdint>
 #include <mutex>
@@ -32,8 +26,6 @@ struct PostRecord {
 class RecordingWorkLoop : public Quillan::WorkLoopInterface {
  public:
   RecordingWorkLoop();
-  // Forwarding mode over `target`, which this loop deletes.
-  RecordingWorkLoop(Quillan::WorkLoopInterface* target, uint32_t delayDivisor);
   ~RecordingWorkLoop() override;
 
   uint32_t Post(Quillan::WorkHandler* handler, uint32_t priority) override;
@@ -47,7 +39,7 @@ class RecordingWorkLoop : public Quillan::WorkLoopInterface {
   int RemoveAll(Quillan::WorkHandler* handler) override;
   void Run() override;
 
-  // Manual mode: runs the earliest posted handler still held (only releases
+  // Runs the earliest posted handler still held (only releases
   // it when it was cancelled). False when none is held.
   bool RunNext();
   // Runs held handlers until none is left or `limit` have run; the count.
@@ -78,8 +70,6 @@ class RecordingWorkLoop : public Quillan::WorkLoopInterface {
   bool IsCancelled(uint32_t id) const;
 
   mutable std::mutex m_lock;
-  Quillan::WorkLoopInterface* m_target = nullptr;
-  uint32_t m_delayDivisor = 0;
   uint32_t m_nextId = 1;
   std::vector<PostRecord> m_posts;
   std::vector<HeldItem> m_held;
