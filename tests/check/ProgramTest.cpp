@@ -1,13 +1,17 @@
 // The pelorin-check program itself, run as a user runs it: exit statuses,
-// where the report and the usage errors go, stop signals.
+// where the report and the usage errors go, failed output, stop signals.
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <csignal>
+#include <cstdlib>
+#include <fstream>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -92,6 +96,53 @@ TEST_F(ProgramTest, UnusableInputGivesOneLineOnStandardError) {
     EXPECT_EQ(outcome.out, "");
     EXPECT_EQ(outcome.err.find('\n'), outcome.err.size() - 1) << outcome.err;
     EXPECT_THAT(outcome.err, HasSubstr(c.says));
+  }
+}
+
+// Runs the program through the shell, for output that ToolProcess cannot
+// give it: `redirect` applies to it, `pipe` (when given) reads its output.
+// Returns the program's exit status; its standard error lands in `err`.
+int RunRedirected(const std::vector<std::string>& arguments, const std::string& redirect,
+                  const std::string& pipe, const std::string& errPath) {
+  std::string command;
+  std::stringstream launcher(PELORIN_TOOL_LAUNCHER);
+  for (std::string word; std::getline(launcher, word, '|');) {
+    if (!word.empty()) command += "'" + word + "' ";
+  }
+  command += std::string("'") + PELORIN_CHECK_PROGRAM + "'";
+  for (const std::string& argument : arguments) command += " '" + argument + "'";
+  command += " 2>'" + errPath + "' " + redirect;
+  if (!pipe.empty()) command += " | " + pipe + "; exit \\${PIPESTATUS[0]}";
+  const std::string shell = "bash -c \"" + command + "\"";
+  const int status = std::system(shell.c_str());
+  return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+std::string ReadAll(const std::string& path) {
+  std::ostringstream text;
+  text << std::ifstream(path, std::ios::binary).rdbuf();
+  return text.str();
+}
+
+TEST_F(ProgramTest, OutputThatFailsEndsTheRun) {
+  std::string many;
+  for (int i = 0; i < 20000; ++i) many += std::to_string(i + 1) + " $FOO\n";
+  const std::string events = m_dir.Write("many", many);
+  const std::string err = m_dir.Path() + "/err";
+  const struct {
+    const char* redirect;
+    const char* pipe;
+    int status;
+    const char* says;
+  } cases[] = {
+      {">/dev/full", "", 4, "pelorin-check: error writing standard output: No space left on device\n"},
+      {">&-", "", 4, "pelorin-check: error writing standard output: Bad file descriptor\n"},
+      {"", "head -c 10 >/dev/null", 141, ""},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.redirect + std::string(c.pipe));
+    EXPECT_EQ(RunRedirected({"--max-errors", "0", events}, c.redirect, c.pipe, err), c.status);
+    EXPECT_EQ(ReadAll(err), c.says);
   }
 }
 
