@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+#include <utility>
+
 #include "FerrixCfgFileReader.h"
 
 namespace Quillan {
@@ -16,7 +18,7 @@ uint32_t Cell(int priorityClass, int level) {
   return priority;
 }
 
-TEST(ThreadPriorityTableTest, BuiltInUnlessTheReaderSuppliesATable) {
+TEST(ThreadPriorityTableTest, BuiltInUnlessTheReaderSuppliesATableAndNothingOutside) {
   ThreadPriorityTable::Load();
   for (int level = 0; level < 8; ++level) {
     for (int priorityClass = 0; priorityClass < 3; ++priorityClass) {
@@ -33,14 +35,11 @@ TEST(ThreadPriorityTableTest, BuiltInUnlessTheReaderSuppliesATable) {
   FerrixCfgFileReader_SetPriorityTableForTesting(nullptr);
   ThreadPriorityTable::Load();
   EXPECT_EQ(Cell(1, 2), 13u);
-}
-
-TEST(ThreadPriorityTableTest, CellsOutsideTheTableAreRefused) {
   uint32_t priority = 77;
-  EXPECT_FALSE(ThreadPriorityTable::Lookup(4, 0, &priority));
-  EXPECT_FALSE(ThreadPriorityTable::Lookup(0, 8, &priority));
-  EXPECT_FALSE(ThreadPriorityTable::Lookup(-1, 0, &priority));
-  EXPECT_FALSE(ThreadPriorityTable::Lookup(0, -1, &priority));
+  const std::pair<int, int> outside[] = {{4, 0}, {0, 8}, {-1, 0}, {0, -1}};
+  for (const auto& cell : outside) {
+    EXPECT_FALSE(ThreadPriorityTable::Lookup(cell.first, cell.second, &priority)) << cell.first;
+  }
   EXPECT_EQ(priority, 77u);
 }
 
