@@ -31,6 +31,8 @@ class JsonWriter {
   void Int(int64_t value);
   void Uint(uint64_t value);
   void Null();
+  // A number already written as JSON wants it (the caller checked it).
+  void Number(const std::string& text);
   // Milliseconds given in microseconds, written as a number with up to three
   // decimals ("12.5", "7", "1003.125").
   void Milliseconds(uint64_t micros);

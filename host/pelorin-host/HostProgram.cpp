@@ -11,9 +11,11 @@
 #include "Controls.h"
 #include "EndSignal.h"
 #include "HeadUnit.h"
+#include "ItemOrigins.h"
 #include "ModuleLoader.h"
 #include "Output.h"
 #include "Paths.h"
+#include "PrivateEvents.h"
 #include "Reporter.h"
 #include "SimulatedOnlineTraffic.h"
 #include "StatusLine.h"
@@ -71,7 +73,8 @@ std::string HostProgram::ExampleRoot(const std::string& programDir) {
   return PELORIN_SOURCE_EXAMPLE_DIR;
 }
 
-bool HostProgram::PrepareRoot(StorageRoot& root, std::string* error) const {
+bool HostProgram::PrepareRoot(StorageRoot& root, std::string* recording,
+                              std::string* error) const {
   if (!m_options.rootDir.empty()) return root.UseFolder(m_options.rootDir, error);
   if (!m_options.tpegsDir.empty() && !IsDirectory(m_options.tpegsDir)) {
     *error = "--tpegs-dir " + m_options.tpegsDir + " is not a directory";
@@ -85,16 +88,36 @@ bool HostProgram::PrepareRoot(StorageRoot& root, std::string* error) const {
       return false;
     }
     // The example as it stands, unless options ask to play it another way.
-    if (!m_options.SetsConfiguration()) return root.UseFolder(example, error);
+    const bool asItStands = !m_options.SetsConfiguration() &&
+                            !m_options.selection.Restricts() && !m_options.loopGiven;
+    if (asItStands) return root.UseFolder(example, error);
     eventsFile = example + "/quillan/events";
   }
-  return root.MakePrivate(SettingsFor(m_options, eventsFile, m_options.tpegsDir), error);
+  PlaybackSettings settings = SettingsFor(m_options, eventsFile, m_options.tpegsDir);
+  *recording = settings.eventsFile;
+  settings.eventsFile = PrivateEvents::kModulePath;
+  return root.MakePrivate(settings, error);
+}
+
+bool HostProgram::PlaysAgain(uint32_t finished, bool interactive, uint64_t records) const {
+  return interactive && m_options.loopGiven && records > 0 &&
+         (m_options.passes == 0 || finished < m_options.passes);
 }
 
 int HostProgram::Run() {
   std::string error;
   StorageRoot root;
-  if (!PrepareRoot(root, &error)) {
+  std::string recording;
+  PrivateEvents privateEvents(m_options.selection, m_options.passes);
+  ItemOrigins origins(m_options.selection);
+  const bool interactive = m_options.runner == RunnerChoice::kInteractive;
+  const bool prepared =
+      PrepareRoot(root, &recording, &error) &&
+      (recording.empty() ||
+       (privateEvents.Create(recording, root.Path() + "/quillan/" + PrivateEvents::kFileName,
+                             !interactive, &error) &&
+        origins.Open(recording, &error)));
+  if (!prepared) {
     Complain(error);
     return kExitUnusable;
   }
@@ -102,6 +125,7 @@ int HostProgram::Run() {
 
   Output output(STDOUT_FILENO, STDERR_FILENO);
   Reporter reporter(output, m_options.json);
+  if (!recording.empty()) reporter.SetOrigins(&origins, m_options.loopGiven);
   EndSignal endSignal;
   TraceFollower trace(reporter, endSignal, m_options.traceLevel);
   trace.Install();
@@ -132,10 +156,14 @@ int HostProgram::Run() {
     StatusLine status(output, statusWanted);
     const auto started = std::chrono::steady_clock::now();
     const auto limit = std::chrono::duration<double>(m_options.timeoutSeconds);
+    uint32_t finished = 0;
     for (int loop = 0;; ++loop) {
       const uint32_t reasons = endSignal.WaitFor(kLoopPeriodMs);
       output.Flush();
-      if (reasons & EndSignal::kFinished) unit->OnFinished();
+      if (reasons & EndSignal::kFinished) {
+        unit->OnFinished();
+        ++finished;
+      }
       if (g_signal.load() != 0) {
         exitStatus = 128 + g_signal.load();
         break;
@@ -145,6 +173,11 @@ int HostProgram::Run() {
         break;
       }
       if ((reasons & (EndSignal::kQuit | EndSignal::kInputEnded)) != 0) break;
+      if ((reasons & EndSignal::kFinished) != 0 &&
+          PlaysAgain(finished, interactive && !recording.empty(), privateEvents.Records())) {
+        unit->StartPlayback();
+        continue;
+      }
       if ((reasons & EndSignal::kFinished) != 0 && !m_options.control) break;
       if (loop % kStatusEveryLoops == 0 && trace.Runner() != RunnerKind::kBatched) {
         status.Update(unit->Status(reporter.RecordsPlayed(), reporter.RecordTime()));
@@ -159,6 +192,7 @@ int HostProgram::Run() {
   if (controls) controls->Stop();
   unit->Shutdown();
   unit.reset();
+  privateEvents.Stop();
   trace.Remove();
   loader.Unload();
   output.Flush();

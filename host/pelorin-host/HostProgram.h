@@ -4,9 +4,11 @@
 // waits on the main thread for the end (playback finished, quit or end of
 // the control input, --timeout, SIGINT/SIGTERM), and shuts everything down
 // in order: online traffic drained, controls stopped, module down and
-// destroyed, library closed, private storage root removed.
+// destroyed, private events file stopped, library closed, private storage
+// root removed. With --loop it restarts interactive playback at its end.
 // Exit statuses: 0 done, 2 unusable input, 3 timeout, 128+signal.
 
+#include <cstdint>
 #include <string>
 
 #include "Options.h"
@@ -29,7 +31,12 @@ class HostProgram {
   static std::string ExampleRoot(const std::string& programDir);
 
  private:
-  bool PrepareRoot(class StorageRoot& root, std::string* error) const;
+  // `recording` is set to the events file the host copies into the root,
+  // left empty when a folder is played as it stands.
+  bool PrepareRoot(class StorageRoot& root, std::string* recording, std::string* error) const;
+  // Whether interactive playback that has finished `finished` times plays
+  // the selection again (--loop).
+  bool PlaysAgain(uint32_t finished, bool interactive, uint64_t records) const;
 
   const Options& m_options;
   const std::string m_programDir;

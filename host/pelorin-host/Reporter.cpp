@@ -1,5 +1,7 @@
 #include "Reporter.h"
 
+#include <cstring>
+
 #include "HostClock.h"
 #include "host/common/JsonWriter.h"
 #include "Output.h"
@@ -154,6 +156,41 @@ void AppendHex(std::string& line, uint32_t id) {
 
 void Reporter::Emit(const std::string& line) { m_output.WriteLine(line); }
 
+bool Reporter::Locate(ItemKind kind, const char* call, const std::vector<CallArgument>* args,
+                      ItemOrigin* origin, bool* known) {
+  *known = false;
+  if (m_origins == nullptr) return true;
+  const bool markerCall = args != nullptr && args->size() == 1 && !(*args)[0].isText &&
+                          std::strcmp(call, "setTimeoutForFallback") == 0;
+  const int64_t value = markerCall ? (*args)[0].number : 0;
+  switch (m_origins->Find(kind, markerCall, value, origin)) {
+    case ItemOrigins::Found::kMarker:
+      return false;
+    case ItemOrigins::Found::kRecord:
+      *known = true;
+      return true;
+    case ItemOrigins::Found::kUnknown:
+      return true;
+  }
+  return true;
+}
+
+void Reporter::OriginFields(JsonWriter& json, const ItemOrigin& origin) const {
+  json.Key("line");
+  json.Uint(origin.line);
+  json.Key("recordTime");
+  json.Number(origin.recordTime);
+  if (m_showPass) {
+    json.Key("pass");
+    json.Uint(origin.pass);
+  }
+}
+
+void Reporter::OriginFields(std::string& line, const ItemOrigin& origin) const {
+  AppendField(line, "line", origin.line);
+  if (m_showPass) AppendField(line, "pass", origin.pass);
+}
+
 int64_t Reporter::RecordTime() const {
   const int32_t tick = m_tickTime.load(std::memory_order_relaxed);
   if (tick > 0) return tick;
@@ -161,12 +198,16 @@ int64_t Reporter::RecordTime() const {
 }
 
 void Reporter::Tmc(const Quillan::TmcMessageData& message) {
+  ItemOrigin origin;
+  bool known = false;
+  Locate(ItemKind::kTmc, "", nullptr, &origin, &known);
   m_records.fetch_add(1, std::memory_order_relaxed);
   if (message.timeStamp != 0) m_tmcTime.store(message.timeStamp, std::memory_order_relaxed);
   const CIUInt8Array* data = message.tmcData.get();
   if (m_json) {
     JsonWriter& json = ThreadWriter();
     BeginItem(json, "tmc");
+    if (known) OriginFields(json, origin);
     json.Key("timeStamp");
     json.Uint(message.timeStamp);
     json.Key("ltn");
@@ -187,6 +228,7 @@ void Reporter::Tmc(const Quillan::TmcMessageData& message) {
   }
   std::string& line = ThreadLine();
   BeginReadable(line, "tmc");
+  if (known) OriginFields(line, origin);
   AppendField(line, "timeStamp", message.timeStamp);
   AppendField(line, "ltn", message.ltn);
   AppendField(line, "sid", message.sid);
@@ -206,12 +248,16 @@ void Reporter::Tmc(const Quillan::TmcMessageData& message) {
 }
 
 void Reporter::ServiceList(const Quillan::ServiceListEntries* entries) {
+  ItemOrigin origin;
+  bool known = false;
+  Locate(ItemKind::kServiceList, "", nullptr, &origin, &known);
   m_records.fetch_add(1, std::memory_order_relaxed);
   static const Quillan::ServiceListEntries kEmpty;
   const Quillan::ServiceListEntries& list = entries ? *entries : kEmpty;
   if (m_json) {
     JsonWriter& json = ThreadWriter();
     BeginItem(json, "serviceList");
+    if (known) OriginFields(json, origin);
     json.Key("entries");
     json.BeginArray();
     for (const auto& entry : list) {
@@ -228,6 +274,7 @@ void Reporter::ServiceList(const Quillan::ServiceListEntries* entries) {
   }
   std::string& line = ThreadLine();
   BeginReadable(line, "serviceList");
+  if (known) OriginFields(line, origin);
   line += ' ';
   JsonWriter::AppendUnsigned(line, list.size());
   line += list.size() == 1 ? " entry" : " entries";
@@ -238,10 +285,14 @@ void Reporter::ServiceList(const Quillan::ServiceListEntries* entries) {
 }
 
 void Reporter::OnlineTrafficCall(const char* call, const std::vector<CallArgument>& args) {
+  ItemOrigin origin;
+  bool known = false;
+  if (!Locate(ItemKind::kOnlineTraffic, call, &args, &origin, &known)) return;
   m_records.fetch_add(1, std::memory_order_relaxed);
   if (m_json) {
     JsonWriter& json = ThreadWriter();
     BeginItem(json, "onlineTraffic");
+    if (known) OriginFields(json, origin);
     json.Key("call");
     json.String(call, std::char_traits<char>::length(call));
     json.Key("args");
@@ -260,6 +311,7 @@ void Reporter::OnlineTrafficCall(const char* call, const std::vector<CallArgumen
   }
   std::string& line = ThreadLine();
   BeginReadable(line, "onlineTraffic");
+  if (known) OriginFields(line, origin);
   line += ' ';
   line += call;
   line += '(';
