@@ -34,7 +34,9 @@ ItemOrigins::Found ItemOrigins::Find(ItemKind kind, bool markerCall, int64_t val
         CurrentAwaits(kind) && m_current.yield.count == RecordYield::kOne;
     if (markerCall && !currentSure && PeekNext() && m_next.markedBefore && !m_nextMarkerSeen &&
         value == SelectedRecords::MarkerValue(m_next.line)) {
+      // Whatever comes after the marker belongs to later records.
       m_nextMarkerSeen = true;
+      m_served = true;
       return Found::kMarker;
     }
     if (CurrentAwaits(kind)) {
