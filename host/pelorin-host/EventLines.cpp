@@ -56,8 +56,10 @@ bool EventLines::Next(std::string* line) {
   while (Fill()) {
     const char* begin = m_buffer + m_pos;
     const size_t available = m_end - m_pos;
-    const char* stop = begin;
-    while (stop < begin + available && *stop != '\n' && *stop != '\r') ++stop;
+    const char* stop = static_cast<const char*>(std::memchr(begin, '\n', available));
+    if (stop == nullptr) stop = begin + available;
+    const void* cr = std::memchr(begin, '\r', static_cast<size_t>(stop - begin));
+    if (cr != nullptr) stop = static_cast<const char*>(cr);
     line->append(begin, stop);
     m_pos += static_cast<size_t>(stop - begin);
     any = true;

@@ -95,8 +95,12 @@ bool HostProgram::PrepareRoot(StorageRoot& root, std::string* recording,
   }
   PlaybackSettings settings = SettingsFor(m_options, eventsFile, m_options.tpegsDir);
   *recording = settings.eventsFile;
-  settings.eventsFile = PrivateEvents::kModulePath;
+  if (CopiesRecording()) settings.eventsFile = PrivateEvents::kModulePath;
   return root.MakePrivate(settings, error);
+}
+
+bool HostProgram::CopiesRecording() const {
+  return m_options.selection.Restricts() || m_options.loopGiven;
 }
 
 bool HostProgram::PlaysAgain(uint32_t finished, bool interactive, uint64_t records) const {
@@ -114,8 +118,9 @@ int HostProgram::Run() {
   const bool prepared =
       PrepareRoot(root, &recording, &error) &&
       (recording.empty() ||
-       (privateEvents.Create(recording, root.Path() + "/quillan/" + PrivateEvents::kFileName,
-                             !interactive, &error) &&
+       ((!CopiesRecording() ||
+         privateEvents.Create(recording, root.Path() + "/quillan/" + PrivateEvents::kFileName,
+                              !interactive, &error)) &&
         origins.Open(recording, &error)));
   if (!prepared) {
     Complain(error);

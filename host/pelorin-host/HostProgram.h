@@ -31,9 +31,11 @@ class HostProgram {
   static std::string ExampleRoot(const std::string& programDir);
 
  private:
-  // `recording` is set to the events file the host copies into the root,
-  // left empty when a folder is played as it stands.
+  // `recording` is set to the events file played, left empty when a folder
+  // is played as it stands.
   bool PrepareRoot(class StorageRoot& root, std::string* recording, std::string* error) const;
+  // Whether the module plays a private copy of part of the recording.
+  bool CopiesRecording() const;
   // Whether interactive playback that has finished `finished` times plays
   // the selection again (--loop).
   bool PlaysAgain(uint32_t finished, bool interactive, uint64_t records) const;

@@ -1,21 +1,21 @@
 #pragma once
 // ItemOrigins: tells for each item that a record produced (TMC message,
 // service list, online traffic call) the recording's line and record time it
-// came from, and the pass, and recognises the host's own marker calls.
-// The module plays records in order and makes at most one item of each, so
-// ItemOrigins walks the same selection of the recording as PrivateEvents
-// wrote, one record ahead at most: records that yield nothing are passed
-// over, and where the host could not tell whether a record yields its item,
-// the marker call written before the next record settles it. A new pass
-// begins when the walk has passed the last record. Constant memory.
-// Called on the module's work-loop thread (and the answering thread of the
-// online traffic service while it drains); serialised by its own lock.
+// came from, and the pass. The module plays the selected records in order
+// and makes at most one item of each, which RecordYield tells from the
+// record; so the item goes to the next record, in the same walk of the
+// recording that the module plays, that yields an item of its kind. A new
+// pass begins when the walk has passed the last record. Constant memory;
+// the recording is read ahead on the thread of RecordsAhead.
+// Find is called on the module's work-loop thread (and the answering thread
+// of the online traffic service while it drains); serialised by a lock.
 
 #include <cstdint>
 #include <mutex>
 #include <string>
 
 #include "RecordYield.h"
+#include "RecordsAhead.h"
 #include "SelectedRecords.h"
 #include "Selection.h"
 
@@ -29,28 +29,17 @@ struct ItemOrigin {
 
 class ItemOrigins {
  public:
-  enum class Found { kRecord, kMarker, kUnknown };
-
   explicit ItemOrigins(const Selection& selection) : m_records(selection) {}
 
   bool Open(const std::string& recording, std::string* error);
 
-  // `markerCall` with `value`: the item is a "setTimeoutForFallback" call
-  // with that argument, which may be the host's marker.
-  Found Find(ItemKind kind, bool markerCall, int64_t value, ItemOrigin* origin);
+  // False when no record is left to have made an item of `kind`.
+  bool Find(ItemKind kind, ItemOrigin* origin);
 
  private:
-  bool PeekNext();
-  bool CurrentAwaits(ItemKind kind) const;
-
   std::mutex m_lock;
-  SelectedRecords m_records;
-  SelectedRecord m_current;
-  bool m_hasCurrent = false;
-  bool m_served = false;
-  SelectedRecord m_next;
-  bool m_hasNext = false;
-  bool m_nextMarkerSeen = false;
+  RecordsAhead m_records;
+  SelectedRecord m_record;
   uint32_t m_pass = 1;
 };
 

@@ -30,12 +30,6 @@ class PrivateEvents::Writer {
     SelectedRecord record;
     *count = 0;
     while (records.Next(&record)) {
-      if (record.markedBefore) {
-        m_marker = record.timeText;
-        m_marker += " $TOT setTimeoutForFallback:";
-        m_marker += std::to_string(SelectedRecords::MarkerValue(record.line));
-        Line(m_marker);
-      }
       Line(record.text);
       ++*count;
       if (m_buffer.size() >= kChunk && !Flush(sink)) return false;
@@ -70,7 +64,6 @@ class PrivateEvents::Writer {
   }
 
   std::string m_buffer;
-  std::string m_marker;
   bool m_started = false;
 };
 

@@ -1,9 +1,9 @@
 #pragma once
-// PrivateEvents: the events file that the module plays, written by the host
-// into its private storage root from the recording: only the selected
-// records, each keeping its bytes, and before some of them a marker line
-// with the record's time, "$TOT setTimeoutForFallback:<line>", which the
-// module turns into a call that only the host sees (see ItemOrigins).
+// PrivateEvents: the events file that the module plays when only part of a
+// recording is played or it is played repeatedly, written by the host into
+// its private storage root: only the selected records, each keeping its
+// bytes (line ends become LF, or a lone CR before a line that starts with a
+// CR).
 // - A regular file holding one pass, for the interactive runner, which
 //   rewinds it for every replay.
 // - A named pipe for the batched and real-time runners, which play a file

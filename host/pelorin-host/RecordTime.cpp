@@ -89,6 +89,8 @@ bool RecordTime::Parse(const std::string& text, double* seconds) {
 }
 
 std::string RecordTime::JsonNumber(const std::string& text) {
+  // Most recordings write plain numbers: keep them without converting.
+  if (text.find_first_of("eE") == std::string::npos && IsJsonNumber(text)) return text;
   double seconds = 0.0;
   if (!Parse(text, &seconds)) return "0";
   std::string written = Trimmed(text);

@@ -1,6 +1,7 @@
 #include "RecordYield.h"
 
-#include <cstring>
+#include <algorithm>
+
 
 namespace PelorinHost {
 namespace {
@@ -22,42 +23,49 @@ const Call kCalls[] = {{"setOnlineTrafficDataStatus", 1}, {"getInventory", 0},
                        {"dsiConnectionStateChanged", 1}};
 
 template <size_t N>
-bool IsKey(const char* const (&keys)[N], const char* begin, size_t size) {
-  for (const char* key : keys) {
-    if (std::strlen(key) == size && std::memcmp(key, begin, size) == 0) return true;
+bool IsKey(const char* const (&keys)[N], std::string_view key) {
+  for (const char* known : keys) {
+    if (key == known) return true;
   }
   return false;
 }
 
-// One message for a payload of known keys with plain values, each pair
-// ended by one blank or ";"; anything else (quotes, unknown keys, doubled
-// separators) may fail to parse.
+// Whether the key=value payload makes a message: every key known, a quoted
+// value runs to the next quote, a plain one to the next blank or ";", one
+// byte separates pairs, and the last value is not empty.
 template <size_t N>
-RecordYield::Count PairsYield(const char* const (&keys)[N], const std::string& payload) {
-  if (payload.empty()) return RecordYield::kOne;
-  if (payload.find('"') != std::string::npos) return RecordYield::kMaybe;
+bool PairsYield(const char* const (&keys)[N], std::string_view payload) {
   size_t pos = 0;
   while (pos < payload.size()) {
     const size_t equals = payload.find('=', pos);
-    if (equals == std::string::npos || !IsKey(keys, &payload[pos], equals - pos)) {
-      return RecordYield::kMaybe;
+    if (equals == std::string_view::npos || !IsKey(keys, payload.substr(pos, equals - pos))) {
+      return false;
     }
-    size_t end = payload.find_first_of(" ;", equals + 1);
-    if (end == std::string::npos) {
-      // The last value may not be empty.
-      return payload.size() > equals + 1 ? RecordYield::kOne : RecordYield::kMaybe;
+    pos = equals + 1;
+    size_t valueBegin = pos;
+    size_t valueEnd;
+    if (pos < payload.size() && payload[pos] == '"') {
+      valueBegin = ++pos;
+      if (pos == payload.size()) return false;
+      const size_t closing = payload.find('"', pos);
+      valueEnd = closing == std::string_view::npos ? payload.size() : closing;
+      pos = closing == std::string_view::npos ? valueEnd : closing + 1;
+    } else {
+      valueEnd = std::min(payload.find_first_of(" ;", pos), payload.size());
+      pos = valueEnd;
     }
-    pos = end + 1;
+    if (pos == payload.size()) return valueEnd > valueBegin;
+    ++pos;
   }
-  return RecordYield::kOne;
+  return true;
 }
 
 }  // namespace
 
-size_t RecordYield::CallArguments(const std::string& payload, std::string* method) {
+size_t RecordYield::CallArguments(std::string_view payload, std::string_view* method) {
   const size_t colon = payload.find(':');
-  method->assign(payload, 0, colon == std::string::npos ? payload.size() : colon);
-  if (colon == std::string::npos) return 0;
+  *method = payload.substr(0, colon);
+  if (colon == std::string_view::npos) return 0;
   size_t count = 0;
   size_t pos = colon + 1;
   while (pos < payload.size()) {
@@ -70,11 +78,11 @@ size_t RecordYield::CallArguments(const std::string& payload, std::string* metho
     if (payload[pos] == '"') {
       begin = pos + 1;
       const size_t closing = payload.find('"', begin);
-      end = closing == std::string::npos ? payload.size() : closing;
-      pos = closing == std::string::npos ? end : closing + 1;
+      end = closing == std::string_view::npos ? payload.size() : closing;
+      pos = closing == std::string_view::npos ? end : closing + 1;
     } else {
       end = payload.find(' ', pos);
-      if (end == std::string::npos) end = payload.size();
+      if (end == std::string_view::npos) end = payload.size();
       pos = end;
     }
     if (end > begin) ++count;
@@ -82,20 +90,20 @@ size_t RecordYield::CallArguments(const std::string& payload, std::string* metho
   return count;
 }
 
-RecordYield RecordYield::Of(const std::string& tag, const std::string& payload) {
+RecordYield RecordYield::Of(std::string_view tag, std::string_view payload) {
   RecordYield yield;
   if (tag == "$TMC") {
     yield.kind = ItemKind::kTmc;
-    yield.count = PairsYield(kTmcKeys, payload);
+    yield.yields = PairsYield(kTmcKeys, payload);
   } else if (tag == "$TSL") {
     yield.kind = ItemKind::kServiceList;
-    yield.count = PairsYield(kServiceListKeys, payload);
+    yield.yields = PairsYield(kServiceListKeys, payload);
   } else if (tag == "$TOT") {
     yield.kind = ItemKind::kOnlineTraffic;
-    std::string method;
+    std::string_view method;
     const size_t arguments = CallArguments(payload, &method);
     for (const Call& call : kCalls) {
-      if (method == call.method) yield.count = arguments == call.arguments ? kOne : kNone;
+      if (method == call.method) yield.yields = arguments == call.arguments;
     }
   }
   return yield;

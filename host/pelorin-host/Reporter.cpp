@@ -1,7 +1,5 @@
 #include "Reporter.h"
 
-#include <cstring>
-
 #include "HostClock.h"
 #include "host/common/JsonWriter.h"
 #include "Output.h"
@@ -156,23 +154,8 @@ void AppendHex(std::string& line, uint32_t id) {
 
 void Reporter::Emit(const std::string& line) { m_output.WriteLine(line); }
 
-bool Reporter::Locate(ItemKind kind, const char* call, const std::vector<CallArgument>* args,
-                      ItemOrigin* origin, bool* known) {
-  *known = false;
-  if (m_origins == nullptr) return true;
-  const bool markerCall = args != nullptr && args->size() == 1 && !(*args)[0].isText &&
-                          std::strcmp(call, "setTimeoutForFallback") == 0;
-  const int64_t value = markerCall ? (*args)[0].number : 0;
-  switch (m_origins->Find(kind, markerCall, value, origin)) {
-    case ItemOrigins::Found::kMarker:
-      return false;
-    case ItemOrigins::Found::kRecord:
-      *known = true;
-      return true;
-    case ItemOrigins::Found::kUnknown:
-      return true;
-  }
-  return true;
+bool Reporter::Locate(ItemKind kind, ItemOrigin* origin) {
+  return m_origins != nullptr && m_origins->Find(kind, origin);
 }
 
 void Reporter::OriginFields(JsonWriter& json, const ItemOrigin& origin) const {
@@ -199,8 +182,7 @@ int64_t Reporter::RecordTime() const {
 
 void Reporter::Tmc(const Quillan::TmcMessageData& message) {
   ItemOrigin origin;
-  bool known = false;
-  Locate(ItemKind::kTmc, "", nullptr, &origin, &known);
+  const bool known = Locate(ItemKind::kTmc, &origin);
   m_records.fetch_add(1, std::memory_order_relaxed);
   if (message.timeStamp != 0) m_tmcTime.store(message.timeStamp, std::memory_order_relaxed);
   const CIUInt8Array* data = message.tmcData.get();
@@ -249,8 +231,7 @@ void Reporter::Tmc(const Quillan::TmcMessageData& message) {
 
 void Reporter::ServiceList(const Quillan::ServiceListEntries* entries) {
   ItemOrigin origin;
-  bool known = false;
-  Locate(ItemKind::kServiceList, "", nullptr, &origin, &known);
+  const bool known = Locate(ItemKind::kServiceList, &origin);
   m_records.fetch_add(1, std::memory_order_relaxed);
   static const Quillan::ServiceListEntries kEmpty;
   const Quillan::ServiceListEntries& list = entries ? *entries : kEmpty;
@@ -286,8 +267,7 @@ void Reporter::ServiceList(const Quillan::ServiceListEntries* entries) {
 
 void Reporter::OnlineTrafficCall(const char* call, const std::vector<CallArgument>& args) {
   ItemOrigin origin;
-  bool known = false;
-  if (!Locate(ItemKind::kOnlineTraffic, call, &args, &origin, &known)) return;
+  const bool known = Locate(ItemKind::kOnlineTraffic, &origin);
   m_records.fetch_add(1, std::memory_order_relaxed);
   if (m_json) {
     JsonWriter& json = ThreadWriter();

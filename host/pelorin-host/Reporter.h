@@ -4,8 +4,8 @@
 // starts with "t" (milliseconds since the host started) and "type".
 // It also keeps the figures of the status line (records played, the latest
 // record time known). Items that a record produced carry the recording's
-// line and record time (and the pass, when looping) from ItemOrigins; the
-// host's marker calls are not shown. Called from the module's work-loop thread, the online
+// line and record time (and the pass, when looping) from ItemOrigins.
+// Called from the module's work-loop thread, the online
 // traffic service's thread, the trace sink and the host's threads; each call
 // formats into a buffer of its own thread and writes one line through Output.
 
@@ -68,9 +68,8 @@ class Reporter {
 
  private:
   void Emit(const std::string& line);
-  // False for a marker call of the host's, which is not shown.
-  bool Locate(ItemKind kind, const char* call, const std::vector<CallArgument>* args,
-              ItemOrigin* origin, bool* known);
+  // False when the item's record is not known.
+  bool Locate(ItemKind kind, ItemOrigin* origin);
   void OriginFields(PelorinTools::JsonWriter& json, const ItemOrigin& origin) const;
   void OriginFields(std::string& line, const ItemOrigin& origin) const;
 

@@ -9,6 +9,7 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 
 #include "EventLines.h"
 #include "RecordYield.h"
@@ -21,9 +22,6 @@ struct SelectedRecord {
   std::string text;      // the line as in the file, without its line end
   std::string timeText;  // the bytes before the first blank
   RecordYield yield;
-  // A marker line stands before this record: it opens a pass or follows a
-  // record whose item the host cannot count on.
-  bool markedBefore = false;
 };
 
 class SelectedRecords {
@@ -36,23 +34,16 @@ class SelectedRecords {
   // Starts the next pass; false when the file cannot be read again.
   bool Rewind();
 
-  // The value of the marker call before the record of `line`.
-  static int64_t MarkerValue(uint64_t line) { return static_cast<int64_t>(line % 2147483648u); }
-
  private:
   // Splits a line as the module does; false for a line it rejects.
-  static bool Split(const std::string& text, std::string* timeText, std::string* tag,
-                    std::string* payload);
+  static bool Split(const std::string& text, std::string* timeText, std::string_view* tag,
+                    std::string_view* payload);
 
   const Selection& m_selection;
   EventLines m_lines;
   bool m_ended = false;
   bool m_firstKnown = false;
   double m_firstTime = 0.0;
-  bool m_passStart = true;
-  bool m_previousMaybe = false;
-  std::string m_tag;
-  std::string m_payload;
 };
 
 }  // namespace PelorinHost

@@ -103,7 +103,7 @@ bool Selection::Restricts() const {
          !m_only.empty() || !m_skip.empty();
 }
 
-bool Selection::Accepts(uint64_t line, double time, double first, const std::string& tag) const {
+bool Selection::Accepts(uint64_t line, double time, double first, std::string_view tag) const {
   if (m_from.kind == SelectionBound::kLine ? line < m_from.line
       : m_from.kind != SelectionBound::kNone && time < BoundTime(m_from, first)) {
     return false;
@@ -116,6 +116,13 @@ bool Selection::Accepts(uint64_t line, double time, double first, const std::str
     return false;
   }
   return std::find(m_skip.begin(), m_skip.end(), tag) == m_skip.end();
+}
+
+bool Selection::UsesTimes() const {
+  const auto timed = [](const SelectionBound& bound) {
+    return bound.kind == SelectionBound::kTime || bound.kind == SelectionBound::kOffset;
+  };
+  return timed(m_from) || timed(m_until);
 }
 
 bool Selection::EndsBefore(uint64_t line) const {

@@ -18,31 +18,36 @@ namespace {
 
 using pelorin_tool_test::TestFolder;
 
-const char kMarker[] = " $TOT setTimeoutForFallback:";
-
 TEST(HostSelection, RecordsReadAsTheModuleReadsThem) {
   const struct {
     const char* tag;
     const char* payload;
-    RecordYield::Count count;
+    bool yields;
   } yields[] = {
-      {"$TMC", "", RecordYield::kOne},
-      {"$TMC", "LTN=1 SID=2;PID=3 tmcData=", RecordYield::kMaybe},  // empty value at the end
-      {"$TMC", "LTN=1 SID=2;PID=3;", RecordYield::kOne},
-      {"$TMC", "ltn=1", RecordYield::kMaybe},
-      {"$TMC", "LTN=1  SID=2", RecordYield::kMaybe},
-      {"$TSL", "sd_SPN=\"A B\"", RecordYield::kMaybe},
-      {"$TSL", "serviceType=1;sd_SID=2", RecordYield::kOne},
-      {"$TOT", "getInventory:", RecordYield::kOne},
-      {"$TOT", "getInventory:x", RecordYield::kNone},
-      {"$TOT", "setNewData:\"my file.bin\"", RecordYield::kOne},
-      {"$TOT", "setNewData:a  b", RecordYield::kNone},
-      {"$TOT", "setNewData:\"\" a", RecordYield::kOne},
-      {"$TOT", "bogus:1", RecordYield::kNone},
-      {"$tmc", "", RecordYield::kNone},
+      {"$TMC", "", true},
+      {"$TMC", "LTN=1 SID=2;PID=3 tmcData=", false},  // empty value at the end
+      {"$TMC", "LTN=1 SID=2;PID=3;", true},
+      {"$TMC", "LTN= SID=2", true},
+      {"$TMC", "ltn=1", false},
+      {"$TMC", "LTN=1  SID=2", false},
+      {"$TMC", "LTN", false},
+      {"$TMC", "=1", false},
+      {"$TSL", "sd_SPN=\"A B\"", true},
+      {"$TSL", "sd_SPN=\"A B\";sd_SID=2", true},
+      {"$TSL", "sd_SPN=\"A B\"x;sd_SID=2", false},  // "x" separates: ";sd_SID" is unknown
+      {"$TSL", "sd_SPN=\"\"", false},
+      {"$TSL", "sd_SPN=\"", false},
+      {"$TSL", "serviceType=1;sd_SID=2", true},
+      {"$TOT", "getInventory:", true},
+      {"$TOT", "getInventory:x", false},
+      {"$TOT", "setNewData:\"my file.bin\"", true},
+      {"$TOT", "setNewData:a  b", false},
+      {"$TOT", "setNewData:\"\" a", true},
+      {"$TOT", "bogus:1", false},
+      {"$tmc", "", false},
   };
   for (const auto& test : yields) {
-    EXPECT_EQ(RecordYield::Of(test.tag, test.payload).count, test.count)
+    EXPECT_EQ(RecordYield::Of(test.tag, test.payload).yields, test.yields)
         << test.tag << " " << test.payload;
   }
 
@@ -73,29 +78,23 @@ Selection Select(const Choice& choice) {
   return selection;
 }
 
-std::string Marker(const std::string& time, int line) {
-  return time + kMarker + std::to_string(line) + "\n";
-}
-
-TEST(HostSelection, PrivateFileHoldsTheSelectedRecordsAndMarkers) {
+TEST(HostSelection, PrivateFileHoldsTheSelectedRecords) {
   TestFolder folder;
-  // Mixed line ends; line 3 may yield nothing, line 4 has no producer, and
-  // line 6 ends playback.
+  // Mixed line ends; line 6 ends playback.
   const std::string recording = folder.Write(
       "rec", "100 $TSL serviceType=1\r\n101 $TMC SID=1\r102 $TMC \"x\n103 $FOO\n"
              "104 $TOT getInventory\nbad\n106 $TMC SID=7\n");
-  const std::string all = Marker("100", 1) + "100 $TSL serviceType=1\n101 $TMC SID=1\n" +
-                          "102 $TMC \"x\n" + Marker("103", 4) + "103 $FOO\n" +
-                          "104 $TOT getInventory\n";
-  const std::string tagged = Marker("100", 1) + "100 $TSL serviceType=1\n104 $TOT getInventory\n";
+  const std::string all =
+      "100 $TSL serviceType=1\n101 $TMC SID=1\n102 $TMC \"x\n103 $FOO\n104 $TOT getInventory\n";
+  const std::string tagged = "100 $TSL serviceType=1\n104 $TOT getInventory\n";
   const struct {
     Choice choice;
     uint32_t passes;
     std::string expected;
   } cases[] = {
       {{nullptr, nullptr, nullptr, nullptr}, 1, all},
-      {{"@2", "+3", nullptr, "FOO"}, 1, Marker("101", 2) + "101 $TMC SID=1\n102 $TMC \"x\n"},
-      {{"103.5", nullptr, nullptr, nullptr}, 1, Marker("104", 5) + "104 $TOT getInventory\n"},
+      {{"@2", "+3", nullptr, "FOO"}, 1, "101 $TMC SID=1\n102 $TMC \"x\n"},
+      {{"103.5", nullptr, nullptr, nullptr}, 1, "104 $TOT getInventory\n"},
       {{nullptr, nullptr, "TOT,$TSL", nullptr}, 2, tagged + tagged},
       {{"@7", nullptr, nullptr, nullptr}, 1, ""},
   };
@@ -110,59 +109,38 @@ TEST(HostSelection, PrivateFileHoldsTheSelectedRecordsAndMarkers) {
   const std::string crs = folder.Write("crs", "1 $TMC\r\r2 $TMC");
   std::string text;
   ASSERT_TRUE(PrivateEvents::Text(Select({nullptr, nullptr, nullptr, nullptr}), crs, 1, &text));
-  EXPECT_EQ(text, Marker("1", 1) + "1 $TMC\r\r2 $TMC\n");
+  EXPECT_EQ(text, "1 $TMC\r\r2 $TMC\n");
   text.clear();
   ASSERT_TRUE(PrivateEvents::Text(Select({"@2", nullptr, nullptr, nullptr}), crs, 1, &text));
-  EXPECT_EQ(text, std::string("0 $HOST\r\r2") + kMarker + "2\r\r2 $TMC\n");
+  EXPECT_EQ(text, "0 $HOST\r\r2 $TMC\n");
 }
 
 TEST(HostSelection, ItemsFindTheirRecordAcrossNothingAndPasses) {
   TestFolder folder;
-  // Line 1 yields nothing after all; line 2 is a recorded call with the very
-  // value of the marker before it; line 5 may or may not yield.
+  // Lines 1, 3 and 5 yield nothing.
   const std::string recording = folder.Write(
       "rec", "100 $TMC \"x\n101 $TOT setTimeoutForFallback:2\n102 $FOO\n103 $TMC SID=1\n"
-             "104,5 $TSL sd_SPN=\"R 1\"\n105 $TMC SID=2\n");
+             "104,5 $TSL sd_SPN=\"\"\n105 $TSL sd_SPN=\"R 1\"\n106 $TMC\n");
   const Selection selection;
   ItemOrigins origins(selection);
   std::string error;
   ASSERT_TRUE(origins.Open(recording, &error)) << error;
-  using Found = ItemOrigins::Found;
   const struct {
     ItemKind kind;
-    int64_t markerValue;  // -1: not a setTimeoutForFallback call
-    Found found;
     uint64_t line;
     const char* time;
     uint32_t pass;
   } items[] = {
-      {ItemKind::kOnlineTraffic, 1, Found::kMarker, 0, "", 0},
-      {ItemKind::kOnlineTraffic, 2, Found::kMarker, 0, "", 0},
-      {ItemKind::kOnlineTraffic, 2, Found::kRecord, 2, "101", 1},
-      {ItemKind::kTmc, -1, Found::kRecord, 4, "103", 1},
-      {ItemKind::kServiceList, -1, Found::kRecord, 5, "104.5", 1},
-      {ItemKind::kOnlineTraffic, 6, Found::kMarker, 0, "", 0},
-      {ItemKind::kTmc, -1, Found::kRecord, 6, "105", 1},
-      {ItemKind::kOnlineTraffic, 1, Found::kMarker, 0, "", 0},
-      {ItemKind::kOnlineTraffic, 2, Found::kMarker, 0, "", 0},
-      {ItemKind::kOnlineTraffic, 2, Found::kRecord, 2, "101", 2},
-      {ItemKind::kTmc, -1, Found::kRecord, 4, "103", 2},
-      // Line 5 yielded nothing this time: the marker closes it.
-      {ItemKind::kOnlineTraffic, 6, Found::kMarker, 0, "", 0},
-      {ItemKind::kTmc, -1, Found::kRecord, 6, "105", 2},
+      {ItemKind::kOnlineTraffic, 2, "101", 1}, {ItemKind::kTmc, 4, "103", 1},
+      {ItemKind::kServiceList, 6, "105", 1},   {ItemKind::kTmc, 7, "106", 1},
+      {ItemKind::kOnlineTraffic, 2, "101", 2}, {ItemKind::kServiceList, 6, "105", 2},
   };
-  int index = 0;
   for (const auto& item : items) {
     ItemOrigin origin;
-    const Found found =
-        origins.Find(item.kind, item.markerValue >= 0, item.markerValue, &origin);
-    EXPECT_EQ(found, item.found) << "item " << index;
-    if (found == Found::kRecord) {
-      EXPECT_EQ(origin.line, item.line) << "item " << index;
-      EXPECT_EQ(origin.recordTime, item.time) << "item " << index;
-      EXPECT_EQ(origin.pass, item.pass) << "item " << index;
-    }
-    ++index;
+    ASSERT_TRUE(origins.Find(item.kind, &origin)) << item.line;
+    EXPECT_EQ(origin.line, item.line);
+    EXPECT_EQ(origin.recordTime, item.time) << item.line;
+    EXPECT_EQ(origin.pass, item.pass) << item.line;
   }
 }
 
