@@ -6,13 +6,13 @@
 namespace PelorinHost {
 namespace {
 
-const char* const kTmcKeys[] = {"timeStamp", "LTN", "SID", "PID", "tmcData"};
-const char* const kServiceListKeys[] = {
+constexpr std::string_view kTmcKeys[] = {"timeStamp", "LTN", "SID", "PID", "tmcData"};
+constexpr std::string_view kServiceListKeys[] = {
     "serviceType", "sd_SID", "sd_MGS", "sd_LTCC",       "sd_LTN", "sd_PID", "sd_ST",       "sd_SPN",
     "sd_sendername", "sd_Q", "SID_A", "SID_B", "SID_C", "SS_ID",  "monitorState"};
 
 struct Call {
-  const char* method;
+  std::string_view method;
   size_t arguments;
 };
 const Call kCalls[] = {{"setOnlineTrafficDataStatus", 1}, {"getInventory", 0},
@@ -23,8 +23,8 @@ const Call kCalls[] = {{"setOnlineTrafficDataStatus", 1}, {"getInventory", 0},
                        {"dsiConnectionStateChanged", 1}};
 
 template <size_t N>
-bool IsKey(const char* const (&keys)[N], std::string_view key) {
-  for (const char* known : keys) {
+bool IsKey(const std::string_view (&keys)[N], std::string_view key) {
+  for (std::string_view known : keys) {
     if (key == known) return true;
   }
   return false;
@@ -34,7 +34,7 @@ bool IsKey(const char* const (&keys)[N], std::string_view key) {
 // value runs to the next quote, a plain one to the next blank or ";", one
 // byte separates pairs, and the last value is not empty.
 template <size_t N>
-bool PairsYield(const char* const (&keys)[N], std::string_view payload) {
+bool PairsYield(const std::string_view (&keys)[N], std::string_view payload) {
   size_t pos = 0;
   while (pos < payload.size()) {
     const size_t equals = payload.find('=', pos);
