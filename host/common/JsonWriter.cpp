@@ -187,6 +187,11 @@ void JsonWriter::Uint(uint64_t value) {
   AppendUnsigned(m_text, value);
 }
 
+void JsonWriter::Number(const std::string& text) {
+  BeforeValue();
+  m_text += text;
+}
+
 void JsonWriter::Null() {
   BeforeValue();
   m_text += "null";

@@ -32,6 +32,8 @@ class JsonWriter {
   void Uint(uint64_t value);
   void Null();
   void Bool(bool value);
+  // A number already written as JSON wants it (the caller checked it).
+  void Number(const std::string& text);
   // Milliseconds given in microseconds, written as a number with up to three
   // decimals ("12.5", "7", "1003.125").
   void Milliseconds(uint64_t micros);

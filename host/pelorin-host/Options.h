@@ -7,6 +7,8 @@
 #include <cstdint>
 #include <string>
 
+#include "Selection.h"
+
 namespace PelorinHost {
 
 enum class RunnerChoice { kInteractive, kBatched, kRealtime };
@@ -26,6 +28,11 @@ struct Options {
   uint32_t tpegLatencyMs = 10;
   bool tpegOffline = false;
   double timeoutSeconds = 0.0;  // 0: no time limit
+
+  // What of the recording it plays, and how often (0: until stopped).
+  Selection selection;
+  uint32_t passes = 1;
+  bool loopGiven = false;
 
   // What it shows.
   bool json = false;

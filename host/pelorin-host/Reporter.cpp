@@ -155,6 +155,26 @@ void AppendHex(std::string& line, uint32_t id) {
 
 void Reporter::Emit(const std::string& line) { m_output.WriteLine(line); }
 
+bool Reporter::Locate(ItemKind kind, ItemOrigin* origin) {
+  return m_origins != nullptr && m_origins->Find(kind, origin);
+}
+
+void Reporter::OriginFields(JsonWriter& json, const ItemOrigin& origin) const {
+  json.Key("line");
+  json.Uint(origin.line);
+  json.Key("recordTime");
+  json.Number(origin.recordTime);
+  if (m_showPass) {
+    json.Key("pass");
+    json.Uint(origin.pass);
+  }
+}
+
+void Reporter::OriginFields(std::string& line, const ItemOrigin& origin) const {
+  AppendField(line, "line", origin.line);
+  if (m_showPass) AppendField(line, "pass", origin.pass);
+}
+
 int64_t Reporter::RecordTime() const {
   const int32_t tick = m_tickTime.load(std::memory_order_relaxed);
   return tick > 0 ? tick : 0;
@@ -166,11 +186,14 @@ void Reporter::SetFileScan(const ScanResult& scan) {
 }
 
 void Reporter::Tmc(const Quillan::TmcMessageData& message) {
+  ItemOrigin origin;
+  const bool known = Locate(ItemKind::kTmc, &origin);
   m_records.fetch_add(1, std::memory_order_relaxed);
   const CIUInt8Array* data = message.tmcData.get();
   if (m_json) {
     JsonWriter& json = ThreadWriter();
     BeginItem(json, "tmc");
+    if (known) OriginFields(json, origin);
     json.Key("timeStamp");
     json.Uint(message.timeStamp);
     json.Key("ltn");
@@ -191,6 +214,7 @@ void Reporter::Tmc(const Quillan::TmcMessageData& message) {
   }
   std::string& line = ThreadLine();
   BeginReadable(line, "tmc");
+  if (known) OriginFields(line, origin);
   AppendField(line, "timeStamp", message.timeStamp);
   AppendField(line, "ltn", message.ltn);
   AppendField(line, "sid", message.sid);
@@ -208,12 +232,15 @@ void Reporter::Tmc(const Quillan::TmcMessageData& message) {
 }
 
 void Reporter::ServiceList(const Quillan::ServiceListEntries* entries) {
+  ItemOrigin origin;
+  const bool known = Locate(ItemKind::kServiceList, &origin);
   m_records.fetch_add(1, std::memory_order_relaxed);
   static const Quillan::ServiceListEntries kEmpty;
   const Quillan::ServiceListEntries& list = entries ? *entries : kEmpty;
   if (m_json) {
     JsonWriter& json = ThreadWriter();
     BeginItem(json, "serviceList");
+    if (known) OriginFields(json, origin);
     json.Key("entries");
     json.BeginArray();
     for (const auto& entry : list) {
@@ -230,6 +257,7 @@ void Reporter::ServiceList(const Quillan::ServiceListEntries* entries) {
   }
   std::string& line = ThreadLine();
   BeginReadable(line, "serviceList");
+  if (known) OriginFields(line, origin);
   line += ' ';
   JsonWriter::AppendUnsigned(line, list.size());
   line += list.size() == 1 ? " entry" : " entries";
@@ -240,10 +268,13 @@ void Reporter::ServiceList(const Quillan::ServiceListEntries* entries) {
 }
 
 void Reporter::OnlineTrafficCall(const char* call, const std::vector<CallArgument>& args) {
+  ItemOrigin origin;
+  const bool known = Locate(ItemKind::kOnlineTraffic, &origin);
   m_records.fetch_add(1, std::memory_order_relaxed);
   if (m_json) {
     JsonWriter& json = ThreadWriter();
     BeginItem(json, "onlineTraffic");
+    if (known) OriginFields(json, origin);
     json.Key("call");
     json.String(call, std::char_traits<char>::length(call));
     json.Key("args");
@@ -262,6 +293,7 @@ void Reporter::OnlineTrafficCall(const char* call, const std::vector<CallArgumen
   }
   std::string& line = ThreadLine();
   BeginReadable(line, "onlineTraffic");
+  if (known) OriginFields(line, origin);
   line += ' ';
   line += call;
   line += '(';

@@ -3,7 +3,9 @@
 // line each: readable text by default, JSON Lines with --json. Every item
 // starts with "t" (milliseconds since the host started) and "type".
 // It also keeps the figures of the status line (records played, the latest
-// record time known). Called from the module's work-loop thread, the online
+// record time known). Items that a record produced carry the recording's
+// line and record time (and the pass, when looping) from ItemOrigins.
+// Called from the module's work-loop thread, the online
 // traffic service's thread, the trace sink and the host's threads; each call
 // formats into a buffer of its own thread and writes one line through Output.
 
@@ -13,8 +15,13 @@
 #include <vector>
 
 #include "EventsScan.h"
+#include "ItemOrigins.h"
 #include "producers/ServiceList.h"
 #include "producers/TmcMessageData.h"
+
+namespace PelorinTools {
+class JsonWriter;
+}
 
 namespace PelorinHost {
 
@@ -48,6 +55,13 @@ class Reporter {
   void SetFileScan(const ScanResult& scan);
   void Finished();
 
+  // Where record items come from; set before the module plays, not owned.
+  // `showPass`: items also carry the pass.
+  void SetOrigins(ItemOrigins* origins, bool showPass) {
+    m_origins = origins;
+    m_showPass = showPass;
+  }
+
   // Items that carried traffic data: TMC messages, service lists and online
   // traffic calls.
   uint32_t RecordsPlayed() const { return m_records.load(std::memory_order_relaxed); }
@@ -57,9 +71,15 @@ class Reporter {
 
  private:
   void Emit(const std::string& line);
+  // False when the item's record is not known.
+  bool Locate(ItemKind kind, ItemOrigin* origin);
+  void OriginFields(PelorinTools::JsonWriter& json, const ItemOrigin& origin) const;
+  void OriginFields(std::string& line, const ItemOrigin& origin) const;
 
   Output& m_output;
   const bool m_json;
+  ItemOrigins* m_origins = nullptr;
+  bool m_showPass = false;
   // 32-bit atomics: lock-free on the 32-bit ARM head unit too.
   std::atomic<uint32_t> m_records{0};
   std::atomic<int32_t> m_tickTime{0};

@@ -93,6 +93,7 @@ TEST(HostJsonSchema, RealOutputMatchesTheDocumentation) {
       {"--batched", "--json"},
       {"--json", "--trace", "2", "--speed", "100", every},
       {"--json", "--batched", shortFile},
+      {"--json", "--batched", "--loop", "2", every},
   };
   std::set<std::string> seen;
   for (const auto& args : runs) {

@@ -200,6 +200,8 @@ TEST(HostEndToEnd, UnusableInputExitsWithOneLine) {
       {{"--batched", missing}, missing},
       {{"--root", folder.Path() + "/no-root"}, "no-root"},
       {{"--batched", "--tpegs-dir", folder.Path() + "/no-tpeg/", events}, "--tpegs-dir"},
+      {{"--loop", "0", events}, "--loop needs a number of passes from 1"},
+      {{"--from", "@0", events}, "@LINE"},
   };
   for (const auto& test : cases) {
     ToolProcess host;
@@ -236,6 +238,83 @@ TEST(HostEndToEnd, EventsFileTheModuleCannotNameIsReachedThroughALink) {
   ASSERT_EQ(RunHost({"--batched", "--json", events}, &host), kDone) << host.Stderr();
   EXPECT_EQ(host.ItemsOfType("tmc").size(), 3u);
   EXPECT_TRUE(host.TempDirEmpty());
+}
+
+// Line ends of every kind. Line 3 yields nothing, line 4 has no producer,
+// and line 5 calls with the value of the host's marker before line 4.
+const char kMixedEvents[] =
+    "1416131460 $TSL serviceType=1\r\n"
+    "1416131460.01 $TMC SID=1\r"
+    "1416131460.02 $TMC \"x\n"
+    "1416131460.03 $FOO\n"
+    "1416131460.04 $TOT setTimeoutForFallback:4\r\n"
+    "1416131460,05 $TMC SID=2\n";
+
+// "type line pass recordTime" of every item that names its record; the
+// others must name none.
+std::vector<std::string> Origins(const ToolProcess& host) {
+  std::vector<std::string> origins;
+  for (const Item& item : host.Items()) {
+    const bool fromRecord =
+        item.type == "tmc" || item.type == "serviceList" || item.type == "onlineTraffic";
+    EXPECT_EQ(!item.json["line"].IsNull(), fromRecord) << item.line;
+    if (!fromRecord) continue;
+    const size_t time = item.line.find("\"recordTime\":");
+    std::string origin = item.type + " " + std::to_string(int(item.json["line"].number));
+    if (!item.json["pass"].IsNull()) origin += " " + std::to_string(int(item.json["pass"].number));
+    if (time != std::string::npos) {
+      const size_t begin = time + 13;
+      origin += " " + item.line.substr(begin, item.line.find_first_of(",}", begin) - begin);
+    }
+    origins.push_back(origin);
+  }
+  return origins;
+}
+
+TEST(HostEndToEnd, ItemsTellTheLineAndTimeOfTheirRecordInEveryRunner) {
+  TestFolder folder;
+  const std::string events = folder.Write("events", kMixedEvents);
+  const std::vector<std::string> expected = {
+      "serviceList 1 1416131460", "tmc 2 1416131460.01", "onlineTraffic 5 1416131460.04",
+      "tmc 6 1416131460.05"};
+  for (const auto& runner : std::vector<std::vector<std::string>>{
+           {"--batched"}, {"--realtime", "100"}, {"--speed", "100"}}) {
+    std::vector<std::string> args = runner;
+    args.insert(args.end(), {"--json", events});
+    ToolProcess host;
+    ASSERT_EQ(RunHost(args, &host), kDone) << host.Stderr();
+    EXPECT_EQ(Origins(host), expected) << runner.front();
+    EXPECT_EQ(host.ItemsOfType("onlineTraffic").at(0).json["args"].array.at(0).number, 4);
+  }
+}
+
+TEST(HostEndToEnd, PlaysPartOfARecordingRepeatedly) {
+  TestFolder folder;
+  const std::string events = folder.Write("events", kMixedEvents);
+  const std::vector<std::string> twice = {
+      "tmc 2 1 1416131460.01", "onlineTraffic 5 1 1416131460.04", "tmc 2 2 1416131460.01",
+      "onlineTraffic 5 2 1416131460.04"};
+  for (const auto& runner : std::vector<std::vector<std::string>>{
+           {"--batched"}, {"--realtime", "100"}, {"--speed", "100"}}) {
+    std::vector<std::string> args = runner;
+    args.insert(args.end(),
+                {"--json", "--from", "@2", "--until", "+0.045", "--skip", "TSL,FOO", "--loop", "2",
+                 events});
+    ToolProcess host;
+    ASSERT_EQ(RunHost(args, &host), kDone) << host.Stderr();
+    EXPECT_EQ(Origins(host), twice) << runner.front();
+    EXPECT_TRUE(host.TempDirEmpty());
+  }
+
+  // Without a count it plays until stopped.
+  ToolProcess endless;
+  const std::string seconds = std::to_string(ScaledMs(1000) / 1000.0);
+  ASSERT_EQ(RunHost({"--batched", "--json", "--only", "TMC", "--loop", "--timeout", seconds, events},
+                    &endless),
+            kTimeout);
+  const auto tmc = endless.ItemsOfType("tmc");
+  ASSERT_FALSE(tmc.empty());
+  EXPECT_GT(tmc.back().json["pass"].number, 1);
 }
 
 // Ten TMC records a quarter of a second apart.
