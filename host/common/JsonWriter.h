@@ -25,6 +25,8 @@ class JsonWriter {
   void BeginArray();
   void EndArray();
   void Key(const char* key);
+  // A key from outside (a recording's tag): escaped as a string is.
+  void TextKey(const std::string& key);
 
   void String(const char* data, size_t size);
   void String(const std::string& text) { String(text.data(), text.size()); }

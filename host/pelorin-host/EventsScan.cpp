@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include "EventLines.h"
+#include "RecordTime.h"
 
 namespace PelorinHost {
 namespace {
@@ -87,6 +88,7 @@ void EventsScan::EndLine() {
   }
   ++m_result.records;
   if (IsPlayableTag(m_tag)) ++m_result.playable;
+  if (m_line.TimeTextKnown()) m_lastTimeText.assign(m_line.head, 0, m_line.firstBlank);
 }
 
 bool EventsScan::ScanFile(const std::string& path, ScanResult* result, std::string* error) {
@@ -109,6 +111,7 @@ bool EventsScan::ScanFile(const std::string& path, ScanResult* result, std::stri
     scan.Stop("read error");
   }
   scan.m_result.lines = scan.m_lines;
+  RecordTime::Parse(scan.m_lastTimeText, &scan.m_result.lastTime);
   *result = scan.m_result;
   return true;
 }

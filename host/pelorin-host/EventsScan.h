@@ -21,6 +21,7 @@ struct ScanResult {
   uint64_t lines = 0;      // lines up to the end or the stop
   uint64_t records = 0;    // well-formed records before the stop
   uint64_t playable = 0;   // of those, records with a tag the module plays
+  double lastTime = 0.0;   // time of the last record before the stop, 0 when none
   uint64_t stopLine = 0;   // 1-based, when not complete
   std::string reason;      // why playback stops there, when not complete
 };
@@ -42,6 +43,7 @@ class EventsScan {
   bool m_lineStarted = false;
   PelorinTools::LineShape m_line;
   std::string m_tag;  // the tag's first bytes
+  std::string m_lastTimeText;  // of the last well-formed record
   bool m_inTag = false;
   uint64_t m_binaryAt = UINT64_MAX;  // offset of the line's first binary byte
 };

@@ -18,6 +18,7 @@
 #include "EndSignal.h"
 #include "EventsScan.h"
 #include "HeadUnit.h"
+#include "PlaybackSummary.h"
 #include "ItemOrigins.h"
 #include "ModuleLoader.h"
 #include "Output.h"
@@ -243,8 +244,15 @@ int HostProgram::Run() {
       controls = std::make_unique<Controls>(*unit, endSignal, output, STDIN_FILENO, STDERR_FILENO);
       controls->Start();
     }
-    WaitForTheEnd(*unit, output, reporter, trace, endSignal, &end,
-                  interactive && !recording.empty() ? privateEvents.Records() : 0);
+    const Watched watched{*unit,
+                          output,
+                          reporter,
+                          trace,
+                          endSignal,
+                          recording.empty() ? nullptr : &origins,
+                          scan,
+                          interactive && !recording.empty() ? privateEvents.Records() : 0};
+    WaitForTheEnd(watched, &end);
     end.playedPart = trace.FinishedCount() > 0 && !scan.complete;
   }
 
@@ -269,6 +277,9 @@ int HostProgram::Run() {
   g_output.store(nullptr);
   if (end.writeError == 0) end.writeError = output.WriteError();
   TellTheEnd(end, error, trace.FinishedCount() > 0 ? &scan : nullptr);
+  if (!end.unusable && end.writeError == 0 && !m_options.quiet) {
+    TellSummary(reporter, trace.FinishedCount() > 0);
+  }
   return end.ExitStatus();
 }
 
@@ -284,28 +295,49 @@ void HostProgram::TellTheEnd(const RunEnd& end, const std::string& error,
   if (scan != nullptr && end.writeError == 0) TellPlayback(*scan);
 }
 
+// The summary of the run on standard error.
+void HostProgram::TellSummary(Reporter& reporter, bool finished) const {
+  const PlaybackSummary summary = reporter.Summary(!finished);
+  for (const std::string& line : summary.Lines()) {
+    Complain(line);
+  }
+}
+
+StatusInfo HostProgram::StatusNow(const Watched& watched) const {
+  int64_t clock = watched.reporter.RecordTime();
+  if (clock == 0 && watched.origins != nullptr) clock = watched.origins->Clock();
+  StatusInfo info = watched.unit.Status(watched.reporter.RecordsPlayed(), clock);
+  if (watched.origins != nullptr) info.line = watched.origins->Line();
+  info.lines = watched.scan.lines;
+  if (info.speedFactor > 0.0 && clock > 0 && watched.scan.lastTime >= static_cast<double>(clock)) {
+    info.leftMs = static_cast<int64_t>((watched.scan.lastTime - static_cast<double>(clock)) /
+                                       info.speedFactor * 1000.0);
+  }
+  return info;
+}
+
 // The main thread's watch: returns when the run is to end, with why in `end`.
-void HostProgram::WaitForTheEnd(HeadUnit& unit, Output& output, const Reporter& reporter,
-                                const TraceFollower& trace, EndSignal& endSignal,
-                                RunEnd* end, uint64_t replayedRecords) const {
-  const bool statusWanted = isatty(STDERR_FILENO) == 1;
-  StatusLine status(output, statusWanted);
+void HostProgram::WaitForTheEnd(const Watched& watched, RunEnd* end) const {
+  const bool terminal = isatty(STDERR_FILENO) == 1;
+  StatusLine status(watched.output, !m_options.quiet && (terminal || m_options.progress),
+                    !terminal);
+  const int statusEvery = terminal ? kStatusEveryLoops : kReaderCheckEveryLoops;
   const auto started = std::chrono::steady_clock::now();
   const auto limit = std::chrono::duration<double>(m_options.timeoutSeconds);
   uint32_t finished = 0;
   for (int loop = 1;; ++loop) {
-    const uint32_t reasons = endSignal.WaitFor(kLoopPeriodMs);
-    output.Flush();
+    const uint32_t reasons = watched.endSignal.WaitFor(kLoopPeriodMs);
+    watched.output.Flush();
     if (reasons & EndSignal::kFinished) {
-      unit.OnFinished();
+      watched.unit.OnFinished();
       ++finished;
     }
     if (g_signal.load() != 0) {
       end->signal = g_signal.load();
       break;
     }
-    if (output.WriteError() != 0) break;
-    if (loop % kReaderCheckEveryLoops == 0 && output.ReaderGone()) {
+    if (watched.output.WriteError() != 0) break;
+    if (loop % kReaderCheckEveryLoops == 0 && watched.output.ReaderGone()) {
       end->writeError = EPIPE;
       break;
     }
@@ -314,14 +346,12 @@ void HostProgram::WaitForTheEnd(HeadUnit& unit, Output& output, const Reporter& 
       break;
     }
     if ((reasons & (EndSignal::kQuit | EndSignal::kInputEnded)) != 0) break;
-    if ((reasons & EndSignal::kFinished) != 0 && PlaysAgain(finished, replayedRecords)) {
-      unit.StartPlayback();
+    if ((reasons & EndSignal::kFinished) != 0 && PlaysAgain(finished, watched.replayedRecords)) {
+      watched.unit.StartPlayback();
       continue;
     }
     if ((reasons & EndSignal::kFinished) != 0 && !m_options.control) break;
-    if (loop % kStatusEveryLoops == 0 && trace.Runner() != RunnerKind::kBatched) {
-      status.Update(unit.Status(reporter.RecordsPlayed(), reporter.RecordTime()));
-    }
+    if (loop % statusEvery == 0) status.Update(StatusNow(watched));
   }
   status.Clear();
 }

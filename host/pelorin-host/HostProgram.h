@@ -15,11 +15,13 @@
 #include <string>
 
 #include "Options.h"
+#include "StatusLine.h"
 
 namespace PelorinHost {
 
 class EndSignal;
 class HeadUnit;
+class ItemOrigins;
 class Output;
 class Reporter;
 class StorageRoot;
@@ -51,11 +53,20 @@ class HostProgram {
                   std::string* error);
   void TellPlayback(const ScanResult& scan) const;
   void TellTheEnd(const RunEnd& end, const std::string& error, const ScanResult* scan) const;
-  // `replayedRecords`: records of a pass that interactive playback plays
-  // again at its end (--loop), 0 when it does not.
-  void WaitForTheEnd(HeadUnit& unit, Output& output, const Reporter& reporter,
-                     const TraceFollower& trace, EndSignal& endSignal, RunEnd* end,
-                     uint64_t replayedRecords) const;
+  // What the main thread watches while the module plays.
+  struct Watched {
+    HeadUnit& unit;
+    Output& output;
+    const Reporter& reporter;
+    const TraceFollower& trace;
+    EndSignal& endSignal;
+    const ItemOrigins* origins;  // null when the host does not read the recording
+    const ScanResult& scan;
+    uint64_t replayedRecords;  // records of a pass played again (--loop), else 0
+  };
+  void WaitForTheEnd(const Watched& watched, RunEnd* end) const;
+  StatusInfo StatusNow(const Watched& watched) const;
+  void TellSummary(Reporter& reporter, bool finished) const;
 
   const Options& m_options;
   const std::string m_programDir;

@@ -93,7 +93,7 @@ const OptionSpec kOptions[] = {
     {"--timeout", Kind::kValue},     {"--module", Kind::kValue},   {"--root", Kind::kValue},
     {"--help", Kind::kFlag},         {"--version", Kind::kFlag},   {"--from", Kind::kValue},
     {"--until", Kind::kValue},       {"--only", Kind::kValue},     {"--skip", Kind::kValue},
-    {"--loop", Kind::kOptionalValue},
+    {"--loop", Kind::kOptionalValue}, {"--quiet", Kind::kFlag},  {"--progress", Kind::kFlag},
 };
 
 // A pass count after --loop: digits, or a sign and digits (refused later).
@@ -204,6 +204,8 @@ bool ApplyFlag(Options* options, const std::string& name, std::string* error) {
   if (name == "--control") options->control = true;
   if (name == "--tpeg-offline") options->tpegOffline = true;
   if (name == "--json") options->json = true;
+  if (name == "--quiet") options->quiet = true;
+  if (name == "--progress") options->progress = true;
   if (name == "--help") options->help = true;
   if (name == "--version") options->version = true;
   return true;
@@ -238,6 +240,10 @@ bool CheckCombinations(const Options& options, std::string* error) {
     return false;
   }
   if (!options.selection.Check(error)) return false;
+  if (options.quiet && options.progress) {
+    *error = "--quiet and --progress cannot be given together";
+    return false;
+  }
   if (!options.rootDir.empty() && options.SetsConfiguration()) {
     *error = "--root plays DIR/quillan/Pelorin.cfg as it stands; playback options cannot be added";
     return false;
@@ -376,8 +382,16 @@ Output (standard output):
   -h, --help        this text
   -V, --version     the version
 
-On a terminal, real-time and interactive playback keep a status line on
-standard error: the playback clock (UTC), records played and speed.
+Standard error:
+  --quiet           no status line and no summary at the end
+  --progress        the status line also when standard error is not a
+                    terminal: one plain line a second
+
+On a terminal, playback keeps a status line on standard error: the line
+of the events file reached, the playback clock (UTC), the speed and, for
+real-time and interactive playback, the time left at that speed. At the
+end a summary follows: records dispatched per tag, records dropped, where
+and why playback stopped short, wall time and mean speed.
 Once the run is to end (end of playback, quit, --timeout, a signal), nothing
 more from the module is shown.
 

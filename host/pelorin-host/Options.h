@@ -37,6 +37,8 @@ struct Options {
   // What it shows.
   bool json = false;
   int traceLevel = -1;  // -1: no trace lines
+  bool quiet = false;     // no status line, no summary
+  bool progress = false;  // the status line also when not on a terminal
 
   // Where things are.
   std::string modulePath;

@@ -3,6 +3,7 @@
 #include "HostClock.h"
 #include "host/common/JsonWriter.h"
 #include "host/common/TerminalText.h"
+#include "host/common/TimeText.h"
 #include "Output.h"
 
 namespace PelorinHost {
@@ -10,8 +11,11 @@ namespace {
 
 using PelorinTools::JsonWriter;
 using PelorinTools::TerminalText;
+using PelorinTools::TimeText;
 
+constexpr uint32_t kSpeedValueId = 0x4c000001;
 constexpr uint32_t kTickValueId = 0x4d000000;
+constexpr uint32_t kNextEventValueId = 0x4d000001;
 
 // One formatting buffer per thread: no allocation per item once warm.
 JsonWriter& ThreadWriter() {
@@ -145,6 +149,31 @@ void ReadableEntry(std::string& line,
   line += '}';
 }
 
+// Seconds since 1970 beside their UTC date-time: "1416131458 (2014-11-16T09:50:58Z)".
+void AppendSeconds(std::string& line, int64_t seconds) {
+  JsonWriter::AppendSigned(line, seconds);
+  const std::string iso = TimeText::DateTime(static_cast<double>(seconds), TimeText::Style::kIso);
+  if (iso.empty()) return;
+  line += " (";
+  line += iso;
+  line += ')';
+}
+
+// What a data-pool value means, for a person: "speed 200 %", "clock ...".
+void AppendValue(std::string& line, uint32_t id, int32_t value) {
+  if (id == kSpeedValueId) {
+    line += " speed ";
+    JsonWriter::AppendSigned(line, value);
+    line += " %";
+  } else if (id == kTickValueId || id == kNextEventValueId) {
+    line += id == kTickValueId ? " clock " : " next event ";
+    AppendSeconds(line, value);
+  } else {
+    line += " = ";
+    JsonWriter::AppendSigned(line, value);
+  }
+}
+
 void AppendHex(std::string& line, uint32_t id) {
   static const char kDigits[] = "0123456789abcdef";
   line += "0x";
@@ -215,7 +244,8 @@ void Reporter::Tmc(const Quillan::TmcMessageData& message) {
   std::string& line = ThreadLine();
   BeginReadable(line, "tmc");
   if (known) OriginFields(line, origin);
-  AppendField(line, "timeStamp", message.timeStamp);
+  line += " timeStamp=";
+  AppendSeconds(line, message.timeStamp);
   AppendField(line, "ltn", message.ltn);
   AppendField(line, "sid", message.sid);
   AppendField(line, "pid", message.pid);
@@ -330,11 +360,10 @@ void Reporter::DataPoolValue(uint32_t id, bool known, int32_t value) {
   BeginReadable(line, "dataPool");
   line += ' ';
   AppendHex(line, id);
-  line += " = ";
   if (known) {
-    JsonWriter::AppendSigned(line, value);
+    AppendValue(line, id, value);
   } else {
-    line += '?';
+    line += " = ?";
   }
   Emit(line);
 }
@@ -382,7 +411,32 @@ void Reporter::Trace(const char* channel, int level, const char* text) {
   Emit(line);
 }
 
+PlaybackSummary Reporter::SummaryNow() const {
+  PlaybackSummary summary;
+  summary.scan = m_scan;
+  summary.scanKnown = m_scanKnown;
+  summary.tallyKnown = m_origins != nullptr;
+  if (m_origins != nullptr) summary.tally = m_origins->Tally();
+  summary.wallSeconds = static_cast<double>(HostClock::Micros()) / 1e6;
+  return summary;
+}
+
+PlaybackSummary Reporter::Summary(bool now) {
+  {
+    std::lock_guard<std::mutex> guard(m_summaryLock);
+    if (m_finishedKnown && !now) return m_finished;
+  }
+  return SummaryNow();
+}
+
 void Reporter::Finished() {
+  if (m_origins != nullptr) m_origins->EndOfPass();
+  const PlaybackSummary summary = SummaryNow();
+  {
+    std::lock_guard<std::mutex> guard(m_summaryLock);
+    m_finished = summary;
+    m_finishedKnown = true;
+  }
   if (m_json) {
     JsonWriter& json = ThreadWriter();
     BeginItem(json, "finished");
@@ -397,6 +451,7 @@ void Reporter::Finished() {
         json.Key("reason");
         json.String(m_scan.reason);
       }
+      summary.AppendJson(json);
     }
     json.EndObject();
     Emit(json.Text());
@@ -412,6 +467,7 @@ void Reporter::Finished() {
       line += " reason=";
       AppendQuoted(line, m_scan.reason);
     }
+    summary.AppendFields(line);
   }
   Emit(line);
 }

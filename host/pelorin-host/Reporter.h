@@ -11,11 +11,13 @@
 
 #include <atomic>
 #include <cstdint>
+#include <mutex>
 #include <string>
 #include <vector>
 
 #include "EventsScan.h"
 #include "ItemOrigins.h"
+#include "PlaybackSummary.h"
 #include "producers/ServiceList.h"
 #include "producers/TmcMessageData.h"
 
@@ -53,7 +55,12 @@ class Reporter {
   // Tells, with every "finished" item, whether playback reached the end of
   // the file. Called by the main thread before the module starts.
   void SetFileScan(const ScanResult& scan);
+  // The module reported the end of playback: the "finished" item with the
+  // run's figures so far.
   void Finished();
+  // The figures of the run: those of the last "finished" item, or of now
+  // when `now` or none was written.
+  PlaybackSummary Summary(bool now);
 
   // Where record items come from; set before the module plays, not owned.
   // `showPass`: items also carry the pass.
@@ -75,6 +82,7 @@ class Reporter {
   bool Locate(ItemKind kind, ItemOrigin* origin);
   void OriginFields(PelorinTools::JsonWriter& json, const ItemOrigin& origin) const;
   void OriginFields(std::string& line, const ItemOrigin& origin) const;
+  PlaybackSummary SummaryNow() const;
 
   Output& m_output;
   const bool m_json;
@@ -85,6 +93,9 @@ class Reporter {
   std::atomic<int32_t> m_tickTime{0};
   ScanResult m_scan;
   bool m_scanKnown = false;
+  std::mutex m_summaryLock;
+  PlaybackSummary m_finished;  // guarded by m_summaryLock
+  bool m_finishedKnown = false;  // guarded by m_summaryLock
 };
 
 }  // namespace PelorinHost

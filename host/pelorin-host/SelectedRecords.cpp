@@ -45,13 +45,15 @@ bool SelectedRecords::Next(SelectedRecord* record) {
       break;
     }
     double time = 0.0;
-    if (m_selection.UsesTimes()) RecordTime::Parse(record->timeText, &time);
+    RecordTime::Parse(record->timeText, &time);
     if (!m_firstKnown) {
       m_firstKnown = true;
       m_firstTime = time;
     }
     if (!m_selection.Accepts(line, time, m_firstTime, tag)) continue;
     record->line = line;
+    record->time = time;
+    record->tag.assign(tag.data(), tag.size());
     record->yield = RecordYield::Of(tag, payload);
     return true;
   }

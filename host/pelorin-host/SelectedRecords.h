@@ -21,6 +21,8 @@ struct SelectedRecord {
   uint64_t line = 0;
   std::string text;      // the line as in the file, without its line end
   std::string timeText;  // the bytes before the first blank
+  std::string tag;
+  double time = 0.0;     // as the module reads it; 0 when not a number
   RecordYield yield;
 };
 

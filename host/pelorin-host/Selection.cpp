@@ -118,13 +118,6 @@ bool Selection::Accepts(uint64_t line, double time, double first, std::string_vi
   return std::find(m_skip.begin(), m_skip.end(), tag) == m_skip.end();
 }
 
-bool Selection::UsesTimes() const {
-  const auto timed = [](const SelectionBound& bound) {
-    return bound.kind == SelectionBound::kTime || bound.kind == SelectionBound::kOffset;
-  };
-  return timed(m_from) || timed(m_until);
-}
-
 bool Selection::EndsBefore(uint64_t line) const {
   return m_until.kind == SelectionBound::kLine && line > m_until.line;
 }

@@ -34,8 +34,6 @@ class Selection {
   // Whether the record of `line` with `time` and `tag` is played; `first` is
   // the time of the recording's first record.
   bool Accepts(uint64_t line, double time, double first, std::string_view tag) const;
-  // Whether Accepts needs the record times.
-  bool UsesTimes() const;
   // No record after `line` can be played.
   bool EndsBefore(uint64_t line) const;
 

@@ -35,7 +35,7 @@ KeySchema ReadTypes(const std::string& cell) {
   static const std::map<std::string, JsonValue::Type> kTypes = {
       {"number", JsonValue::Type::kNumber}, {"string", JsonValue::Type::kString},
       {"boolean", JsonValue::Type::kBool},  {"array", JsonValue::Type::kArray},
-      {"null", JsonValue::Type::kNull}};
+      {"null", JsonValue::Type::kNull},     {"object", JsonValue::Type::kObject}};
   KeySchema schema;
   std::istringstream words(cell);
   for (std::string word; words >> word;) {

@@ -121,6 +121,7 @@ TEST(HostOptions, RejectsWhatCannotBeUsed) {
       {"--loop", "0"},
       {"--loop=-1"},
       {"--root", "/r", "--loop"},
+      {"--quiet", "--progress"},
   };
   for (const auto& args : bad) {
     const Parsed parsed = Parse(args);
@@ -157,7 +158,7 @@ TEST(HostOptions, HelpNamesEveryOption) {
        {"--batched", "--realtime", "--interactive", "--speed", "--autostart", "--paused",
         "--tpegs-dir", "--control", "--tpeg-latency", "--tpeg-offline", "--json", "--trace",
         "--timeout", "--module", "--root", "--help", "--version", "-h,", "-V,", "--from",
-        "--until", "--only", "--skip", "--loop", "Examples:",
+        "--until", "--only", "--skip", "--loop", "--quiet", "--progress", "Examples:",
         // Every exit status.
         "\n  0 ", "\n  1 ", "\n  2 ", "\n  3 ", "\n  4 ", "\n  141 ", "130 SIGINT", "129 SIGHUP",
         "131 SIGQUIT", "143 SIGTERM"}) {

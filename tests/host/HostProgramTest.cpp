@@ -60,7 +60,7 @@ TEST(HostEndToEnd, BatchedPlaysEverythingThatLeavesTheModule) {
   TestFolder folder;
   const std::string events = folder.Write("rec/events.txt", kEvents);
   ToolProcess host;
-  ASSERT_EQ(RunHost({"--batched", "--json", events}, &host), kDone) << host.Stderr();
+  ASSERT_EQ(RunHost({"--batched", "--json", "--quiet", events}, &host), kDone) << host.Stderr();
   EXPECT_EQ(host.Stderr(), "");
   ExpectWellFormed(host);
   std::vector<std::string> types;
@@ -217,7 +217,7 @@ TEST(HostEndToEnd, TimeoutAndTerminationShutDownCleanly) {
   const std::string events = folder.Write("events", kEvents);
   // Paused interactive playback never ends by itself.
   ToolProcess timed;
-  ASSERT_EQ(RunHost({"--json", "--paused", "--timeout", "0.5", events}, &timed), kTimeout);
+  ASSERT_EQ(RunHost({"--json", "--quiet", "--paused", "--timeout", "0.5", events}, &timed), kTimeout);
   EXPECT_EQ(timed.Stderr(), "");
   EXPECT_TRUE(timed.ItemsOfType("tmc").empty());
   EXPECT_TRUE(timed.TempDirEmpty());
@@ -326,6 +326,41 @@ std::string QuarterSecondRecords() {
   return text;
 }
 
+// A dropped record of each kind and a malformed line: the summary on
+// standard error, the "finished" item and the readable names and times.
+TEST(HostEndToEnd, SummaryTellsWhatWasPlayedAndDropped) {
+  TestFolder folder;
+  const std::string events = folder.Write(
+      "events", "1416131460 $TMC timeStamp=1416131460 SID=1\n1416131461 $XYZ a\n"
+                "1416131462 $TMC bogus=1\n1416131464 $TSL serviceType=1\n\n1416131465 $TMC\n");
+  ToolProcess json;
+  ASSERT_EQ(RunHost({"--batched", "--json", events}, &json), 1);
+  ASSERT_EQ(json.ItemsOfType("finished").size(), 1u);
+  const JsonValue finished = json.ItemsOfType("finished")[0].json;
+  EXPECT_EQ(finished["recordsByTag"]["$TMC"].number, 2);
+  EXPECT_EQ(finished["recordsByTag"]["$XYZ"].number, 1);
+  EXPECT_EQ(finished["recordsByTag"]["$TSL"].number, 1);
+  EXPECT_EQ(finished["dropped"].number, 2);
+  EXPECT_EQ(finished["droppedUnknownTag"].number, 1);
+  EXPECT_GT(finished["meanSpeed"].number, 0.0);
+  for (const char* text : {"events:5: playback ended before the end of the file: empty line\n",
+                           "records dispatched: $TMC 2 $XYZ 1 $TSL 1\n",
+                           "records dropped: 2 (1 unknown tag, 1 unusable payload)\n",
+                           "recorded time played 4s, mean speed "}) {
+    EXPECT_NE(json.Stderr().find(text), std::string::npos) << text << json.Stderr();
+  }
+
+  ToolProcess readable;
+  ASSERT_EQ(RunHost({"--speed", "100", events}, &readable), 1);
+  std::string lines;
+  for (const std::string& line : readable.BadLines()) lines += line + "\n";
+  for (const char* text : {"timeStamp=1416131460 (2014-11-16T09:51:00Z)", "speed 10000 %",
+                           "clock 1416131460 (2014-11-16T09:51:00Z)",
+                           "next event 1416131461 (2014-11-16T09:51:01Z)"}) {
+    EXPECT_NE(lines.find(text), std::string::npos) << text << lines;
+  }
+}
+
 TEST(HostWallClock, RealTimeKeepsTheRecordedSpacingDividedBySpeed) {
   TestFolder folder;
   const std::string events =
@@ -346,6 +381,12 @@ TEST(HostWallClock, RealTimeKeepsTheRecordedSpacingDividedBySpeed) {
     }
     EXPECT_EQ(host.ItemsOfType("finished").size(), 1u);
   }
+  // --progress: plain status lines on a standard error that is no terminal.
+  ToolProcess progress;
+  ASSERT_EQ(RunHost({"--json", "--realtime", "0.5", "--progress", events}, &progress), kDone);
+  EXPECT_NE(progress.Stderr().find("line 2 of 3 (66 %)  2014-11-16 09:51:00 UTC  speed 0.5x"),
+            std::string::npos)
+      << progress.Stderr();
 }
 
 TEST(HostWallClock, ControlsStopStartSpeedAndReplayAfterTheEnd) {
