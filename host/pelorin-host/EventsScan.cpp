@@ -35,6 +35,11 @@ void EventsScan::Take(const char* bytes, size_t size, uint64_t offset) {
     m_tag.clear();
     m_inTag = false;
     m_binaryAt = UINT64_MAX;
+    m_shapeKnown = false;
+  }
+  if (m_shapeKnown) {
+    m_line.length += size;
+    return;
   }
   const size_t head = m_line.head.size();
   if (head < LineShape::kHeadBytes) m_line.head.append(bytes, std::min(size, LineShape::kHeadBytes - head));
@@ -64,6 +69,10 @@ void EventsScan::Take(const char* bytes, size_t size, uint64_t offset) {
     }
   }
   m_line.length += size;
+  // A line with a time, a tag and its tag bytes read is a record whatever
+  // follows: the rest of it (binary bytes included) needs no look.
+  m_shapeKnown = m_line.firstBlank != LineShape::kNoBlank && m_line.firstBlank > 0 &&
+                 m_line.afterBlank >= 0 && m_line.afterBlank != ' ' && !m_inTag;
 }
 
 void EventsScan::Stop(const std::string& reason) {
