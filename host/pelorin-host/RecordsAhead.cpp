@@ -22,18 +22,20 @@ void RecordsAhead::Stop() {
 }
 
 // Moves a batch into the queue once there is room; false when stopped.
-bool RecordsAhead::Hand(std::deque<Slot>* batch) {
+bool RecordsAhead::Hand(std::vector<Slot>* batch) {
   std::unique_lock<std::mutex> lock(m_lock);
-  m_changed.wait(lock, [this] { return m_stop || m_queue.size() < kAhead; });
+  m_changed.wait(lock, [this] { return m_stop || m_queue.size() < kAhead / kBatch; });
   if (m_stop) return false;
-  for (Slot& slot : *batch) m_queue.push_back(std::move(slot));
+  m_queue.push_back(std::move(*batch));
   batch->clear();
+  batch->reserve(kBatch);
   m_changed.notify_all();
   return true;
 }
 
 void RecordsAhead::Walk() {
-  std::deque<Slot> batch;
+  std::vector<Slot> batch;
+  batch.reserve(kBatch);
   bool going = true;
   while (going) {
     uint64_t records = 0;
@@ -55,17 +57,18 @@ void RecordsAhead::Walk() {
 }
 
 bool RecordsAhead::Next(SelectedRecord* record) {
-  if (m_taken.empty()) {
+  if (m_takenAt == m_taken.size()) {
     std::unique_lock<std::mutex> lock(m_lock);
     m_changed.wait(lock, [this] { return m_stop || m_walkEnded || !m_queue.empty(); });
     if (m_queue.empty()) return false;
-    m_taken.swap(m_queue);
+    m_taken = std::move(m_queue.front());
+    m_queue.pop_front();
+    m_takenAt = 0;
     m_changed.notify_all();
   }
-  Slot& slot = m_taken.front();
+  Slot& slot = m_taken[m_takenAt++];
   const bool found = !slot.endOfPass;
-  if (found) *record = std::move(slot.record);
-  m_taken.pop_front();
+  if (found) std::swap(*record, slot.record);
   return found;
 }
 

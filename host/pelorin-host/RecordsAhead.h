@@ -3,7 +3,8 @@
 // pass after pass, up to a fixed number of records ahead of its reader, so
 // that following what the module plays costs the module's work-loop thread
 // no reading or parsing. Next is called by one thread (ItemOrigins, under
-// its lock); the walking thread only fills the queue. Stop (also the
+// its lock); the walking thread only fills the queue, handing over whole
+// batches, so that neither side takes the lock or allocates per record. Stop (also the
 // destructor) ends the thread.
 
 #include <condition_variable>
@@ -12,6 +13,7 @@
 #include <mutex>
 #include <string>
 #include <thread>
+#include <vector>
 
 #include "SelectedRecords.h"
 #include "Selection.h"
@@ -44,16 +46,17 @@ class RecordsAhead {
   static constexpr size_t kBatch = 256;
 
   void Walk();
-  bool Hand(std::deque<Slot>* batch);
+  bool Hand(std::vector<Slot>* batch);
 
   SelectedRecords m_records;
   std::thread m_walker;
   std::mutex m_lock;
   std::condition_variable m_changed;
-  std::deque<Slot> m_queue;  // guarded by m_lock
+  std::deque<std::vector<Slot>> m_queue;  // batches, guarded by m_lock
   bool m_walkEnded = false;  // guarded by m_lock
   bool m_stop = false;       // guarded by m_lock
-  std::deque<Slot> m_taken;  // the reader's own
+  std::vector<Slot> m_taken;  // the reader's own batch
+  size_t m_takenAt = 0;
 };
 
 }  // namespace PelorinHost
