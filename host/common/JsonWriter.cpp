@@ -170,6 +170,15 @@ void JsonWriter::Key(const char* key) {
   m_afterKey = true;
 }
 
+void JsonWriter::TextKey(const std::string& key) {
+  if (!m_first[m_depth]) m_text += ',';
+  m_first[m_depth] = false;
+  m_text += '"';
+  AppendEscaped(m_text, key.data(), key.size());
+  m_text += "\":";
+  m_afterKey = true;
+}
+
 void JsonWriter::String(const char* data, size_t size) {
   BeforeValue();
   m_text += '"';
@@ -185,6 +194,11 @@ void JsonWriter::Int(int64_t value) {
 void JsonWriter::Uint(uint64_t value) {
   BeforeValue();
   AppendUnsigned(m_text, value);
+}
+
+void JsonWriter::Number(const std::string& text) {
+  BeforeValue();
+  m_text += text;
 }
 
 void JsonWriter::Null() {

@@ -25,6 +25,8 @@ class JsonWriter {
   void BeginArray();
   void EndArray();
   void Key(const char* key);
+  // A key from outside (a recording's tag): escaped as a string is.
+  void TextKey(const std::string& key);
 
   void String(const char* data, size_t size);
   void String(const std::string& text) { String(text.data(), text.size()); }
@@ -32,6 +34,8 @@ class JsonWriter {
   void Uint(uint64_t value);
   void Null();
   void Bool(bool value);
+  // A number already written as JSON wants it (the caller checked it).
+  void Number(const std::string& text);
   // Milliseconds given in microseconds, written as a number with up to three
   // decimals ("12.5", "7", "1003.125").
   void Milliseconds(uint64_t micros);

@@ -1,10 +1,11 @@
 #include "EventsScan.h"
 
-#include <fcntl.h>
-#include <unistd.h>
-
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
+
+#include "EventLines.h"
+#include "RecordTime.h"
 
 namespace PelorinHost {
 namespace {
@@ -26,66 +27,52 @@ bool IsPlayableTag(const std::string& tag) {
 
 }  // namespace
 
-void EventsScan::StartLine() {
-  m_line = LineShape();
-  m_line.start = m_offset;
-  m_readInLine = 0;
-  m_tag.clear();
-  m_inTag = false;
-  m_binaryAt = UINT64_MAX;
-}
-
-void EventsScan::Append(unsigned char byte) {
-  if (m_line.head.size() < LineShape::kHeadBytes) m_line.head += static_cast<char>(byte);
-  if (IsBinary(byte) && m_binaryAt == UINT64_MAX) m_binaryAt = m_offset;
-  if (m_line.firstBlank == LineShape::kNoBlank) {
-    if (byte == ' ') {
-      m_line.firstBlank = m_line.length;
-      m_inTag = true;
-    }
-  } else if (m_line.afterBlank < 0) {
-    m_line.afterBlank = byte;
+void EventsScan::Take(const char* bytes, size_t size, uint64_t offset) {
+  if (!m_lineStarted) {
+    m_lineStarted = true;
+    m_line = LineShape();
+    m_line.start = offset;
+    m_tag.clear();
+    m_inTag = false;
+    m_binaryAt = UINT64_MAX;
+    m_shapeKnown = false;
   }
-  if (m_inTag && m_line.length > m_line.firstBlank) {
-    if (byte == ' ') {
+  if (m_shapeKnown) {
+    m_line.length += size;
+    return;
+  }
+  const size_t head = m_line.head.size();
+  if (head < LineShape::kHeadBytes) m_line.head.append(bytes, std::min(size, LineShape::kHeadBytes - head));
+  for (size_t i = 0; m_binaryAt == UINT64_MAX && i < size; ++i) {
+    if (IsBinary(static_cast<unsigned char>(bytes[i]))) m_binaryAt = offset + i;
+  }
+  size_t i = 0;
+  if (m_line.firstBlank == LineShape::kNoBlank) {
+    const void* blank = std::memchr(bytes, ' ', size);
+    if (blank != nullptr) {
+      i = static_cast<size_t>(static_cast<const char*>(blank) - bytes);
+      m_line.firstBlank = m_line.length + i;
+      m_inTag = true;
+      ++i;
+    } else {
+      i = size;
+    }
+  }
+  // Only the byte after the first blank and the tag's first bytes matter.
+  for (; i < size && (m_line.afterBlank < 0 || m_inTag); ++i) {
+    const unsigned char byte = static_cast<unsigned char>(bytes[i]);
+    if (m_line.afterBlank < 0) m_line.afterBlank = byte;
+    if (byte == ' ' || m_tag.size() > kTagBytes) {
       m_inTag = false;
-    } else if (m_tag.size() <= kTagBytes) {
+    } else {
       m_tag += static_cast<char>(byte);
     }
   }
-  ++m_line.length;
-}
-
-void EventsScan::Feed(const char* bytes, size_t size) {
-  for (size_t i = 0; i < size && !Stopped(); ++i, ++m_offset) {
-    const unsigned char byte = static_cast<unsigned char>(bytes[i]);
-    if (m_afterCr) {
-      m_afterCr = false;
-      StartLine();
-      if (byte == '\n') continue;
-      Append(byte);  // pushed back: data of the next line, even a CR
-      continue;
-    }
-    ++m_readInLine;
-    if (byte == '\n' || byte == '\r') {
-      EndLine();
-      m_afterCr = byte == '\r';
-      if (!m_afterCr) StartLine();
-      continue;
-    }
-    Append(byte);
-  }
-}
-
-void EventsScan::Finish() {
-  if (Stopped() || m_afterCr) return;
-  if (m_readInLine > 0) EndLine();
-}
-
-void EventsScan::ReadError() {
-  if (Stopped()) return;
-  m_lines += 1;
-  Stop("read error");
+  m_line.length += size;
+  // A line with a time, a tag and its tag bytes read is a record whatever
+  // follows: the rest of it (binary bytes included) needs no look.
+  m_shapeKnown = m_line.firstBlank != LineShape::kNoBlank && m_line.firstBlank > 0 &&
+                 m_line.afterBlank >= 0 && m_line.afterBlank != ' ' && !m_inTag;
 }
 
 void EventsScan::Stop(const std::string& reason) {
@@ -95,8 +82,8 @@ void EventsScan::Stop(const std::string& reason) {
 }
 
 void EventsScan::EndLine() {
-  if (Stopped()) return;
   ++m_lines;
+  m_lineStarted = false;
   const bool malformed = m_line.length == 0 || m_line.firstBlank == LineShape::kNoBlank ||
                          m_line.firstBlank == 0 || m_line.afterBlank < 0 ||
                          m_line.afterBlank == ' ';
@@ -110,37 +97,31 @@ void EventsScan::EndLine() {
   }
   ++m_result.records;
   if (IsPlayableTag(m_tag)) ++m_result.playable;
+  if (m_line.TimeTextKnown()) m_lastTimeText.assign(m_line.head, 0, m_line.firstBlank);
 }
 
 bool EventsScan::ScanFile(const std::string& path, ScanResult* result, std::string* error) {
-  const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
-  if (fd < 0) {
-    *error = std::strerror(errno);
+  EventLines lines;
+  if (!lines.Open(path, error)) return false;
+  EventsScan scan;
+  const char* bytes = nullptr;
+  size_t size = 0;
+  bool lineEnds = false;
+  while (!scan.Stopped() && lines.NextPiece(&bytes, &size, &lineEnds)) {
+    scan.Take(bytes, size, lines.PieceOffset());
+    if (lineEnds) scan.EndLine();
+  }
+  if (lines.ReadError() == EISDIR) {
+    *error = std::strerror(EISDIR);
     return false;
   }
-  EventsScan scan;
-  char buffer[64 * 1024];
-  for (;;) {
-    const ssize_t got = ::read(fd, buffer, sizeof(buffer));
-    if (got < 0 && errno == EINTR) continue;
-    if (got < 0) {
-      if (errno == EISDIR) {
-        *error = std::strerror(errno);
-        ::close(fd);
-        return false;
-      }
-      scan.ReadError();
-      break;
-    }
-    if (got == 0) {
-      scan.Finish();
-      break;
-    }
-    scan.Feed(buffer, static_cast<size_t>(got));
-    if (scan.Stopped()) break;
+  if (!scan.Stopped() && lines.ReadError() != 0) {
+    ++scan.m_lines;
+    scan.Stop("read error");
   }
-  ::close(fd);
-  *result = scan.Result();
+  scan.m_result.lines = scan.m_lines;
+  RecordTime::Parse(scan.m_lastTimeText, &scan.m_result.lastTime);
+  *result = scan.m_result;
   return true;
 }
 

@@ -5,8 +5,8 @@
 // starts with a blank or has an empty tag) to tell where playback will stop
 // and how many records it offers before that. The host cannot ask the
 // module, so it finds out itself; constant memory, any file size.
-// Feed and Finish take the bytes of a file in order; ScanFile does it for a
-// file. A value used by one thread.
+// Lines come from EventLines, the host's one line splitter. A value used
+// by one thread.
 
 #include <cstddef>
 #include <cstdint>
@@ -18,40 +18,34 @@ namespace PelorinHost {
 
 struct ScanResult {
   bool complete = true;    // playback reaches the end of the file
+  uint64_t lines = 0;      // lines up to the end or the stop
   uint64_t records = 0;    // well-formed records before the stop
   uint64_t playable = 0;   // of those, records with a tag the module plays
+  double lastTime = 0.0;   // time of the last record before the stop, 0 when none
   uint64_t stopLine = 0;   // 1-based, when not complete
   std::string reason;      // why playback stops there, when not complete
 };
 
 class EventsScan {
  public:
-  void Feed(const char* bytes, size_t size);
-  // The end of the file.
-  void Finish();
-  // A read error before the end of the file.
-  void ReadError();
-  bool Stopped() const { return !m_result.complete; }
-  const ScanResult& Result() const { return m_result; }
-
   // Scans the file at `path`; false with `error` (strerror) when it cannot
-  // be opened.
+  // be opened or is a directory.
   static bool ScanFile(const std::string& path, ScanResult* result, std::string* error);
 
  private:
-  void Append(unsigned char byte);
+  void Take(const char* bytes, size_t size, uint64_t offset);
   void EndLine();
-  void StartLine();
   void Stop(const std::string& reason);
+  bool Stopped() const { return !m_result.complete; }
 
   ScanResult m_result;
-  uint64_t m_offset = 0;  // file offset of the next byte
   uint64_t m_lines = 0;   // lines ended so far
-  bool m_afterCr = false;
-  uint64_t m_readInLine = 0;  // bytes read for this line (a pushed-back byte not counted)
+  bool m_lineStarted = false;
   PelorinTools::LineShape m_line;
   std::string m_tag;  // the tag's first bytes
+  std::string m_lastTimeText;  // of the last well-formed record
   bool m_inTag = false;
+  bool m_shapeKnown = false;  // the line is a record; its other bytes do not matter
   uint64_t m_binaryAt = UINT64_MAX;  // offset of the line's first binary byte
 };
 

@@ -164,10 +164,12 @@ StatusInfo HeadUnit::Status(uint32_t records, int64_t recordTime) const {
   info.recordTime = recordTime;
   switch (m_trace.Runner()) {
     case RunnerKind::kInteractive:
-      info.speed = StatusLine::FormatSpeed(m_speedPercent.load() / 100.0);
+      info.speedFactor = m_speedPercent.load() / 100.0;
+      info.speed = StatusLine::FormatSpeed(info.speedFactor);
       break;
     case RunnerKind::kRealtime:
-      info.speed = StatusLine::FormatSpeed(m_trace.RunnerSpeed());
+      info.speedFactor = m_trace.RunnerSpeed();
+      info.speed = StatusLine::FormatSpeed(info.speedFactor);
       break;
     case RunnerKind::kBatched:
       info.speed = "batched";

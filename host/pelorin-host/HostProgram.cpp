@@ -18,9 +18,12 @@
 #include "EndSignal.h"
 #include "EventsScan.h"
 #include "HeadUnit.h"
+#include "PlaybackSummary.h"
+#include "ItemOrigins.h"
 #include "ModuleLoader.h"
 #include "Output.h"
 #include "Paths.h"
+#include "PrivateEvents.h"
 #include "Reporter.h"
 #include "RunEnd.h"
 #include "SimulatedOnlineTraffic.h"
@@ -107,7 +110,8 @@ std::string HostProgram::ExampleRoot(const std::string& programDir) {
   return PELORIN_SOURCE_EXAMPLE_DIR;
 }
 
-bool HostProgram::PrepareRoot(StorageRoot& root, std::string* error) const {
+bool HostProgram::PrepareRoot(StorageRoot& root, std::string* recording,
+                              std::string* error) const {
   if (!m_options.rootDir.empty()) return root.UseFolder(m_options.rootDir, error);
   if (!m_options.tpegsDir.empty() && !IsDirectory(m_options.tpegsDir)) {
     *error = "--tpegs-dir " + m_options.tpegsDir + " is not a directory";
@@ -121,10 +125,15 @@ bool HostProgram::PrepareRoot(StorageRoot& root, std::string* error) const {
       return false;
     }
     // The example as it stands, unless options ask to play it another way.
-    if (!m_options.SetsConfiguration()) return root.UseFolder(example, error);
+    const bool asItStands = !m_options.SetsConfiguration() &&
+                            !m_options.selection.Restricts() && !m_options.loopGiven;
+    if (asItStands) return root.UseFolder(example, error);
     eventsFile = example + "/quillan/events";
   }
-  if (!root.MakePrivate(SettingsFor(m_options, eventsFile, m_options.tpegsDir), error)) return false;
+  PlaybackSettings settings = SettingsFor(m_options, eventsFile, m_options.tpegsDir);
+  *recording = settings.eventsFile;
+  if (CopiesRecording()) settings.eventsFile = PrivateEvents::kModulePath;
+  if (!root.MakePrivate(settings, error)) return false;
   if (!ReadOnce(eventsFile)) return true;
   const int fd = OpenOnce(eventsFile, error);
   const bool copied = fd >= 0 && root.CopyInput(fd, error);
@@ -132,17 +141,33 @@ bool HostProgram::PrepareRoot(StorageRoot& root, std::string* error) const {
   return copied;
 }
 
-// Reads the events file the module will play, as the module will; false
-// with `error` naming the OS reason when it cannot be read at all.
-bool HostProgram::ScanEvents(const StorageRoot& root, ScanResult* scan, std::string* error) {
-  const std::string path = Storage::MapPath(ConfiguredEvents::PathIn(root.Path()));
+bool HostProgram::CopiesRecording() const {
+  return m_options.selection.Restricts() || m_options.loopGiven;
+}
+
+bool HostProgram::PlaysAgain(uint32_t finished, uint64_t records) const {
+  return m_options.loopGiven && records > 0 &&
+         (m_options.passes == 0 || finished < m_options.passes);
+}
+
+// Reads the events file the module will play (the recording, when the host
+// knows it), as the module will; false with `error` naming the OS reason
+// when it cannot be read at all.
+bool HostProgram::ScanEvents(const StorageRoot& root, const std::string& recording,
+                             ScanResult* scan, std::string* error) {
+  const std::string path =
+      recording.empty() ? Storage::MapPath(ConfiguredEvents::PathIn(root.Path())) : recording;
   m_eventsName = m_options.eventsFile == "-" ? "standard input"
                  : m_options.eventsFile.empty() ? path
                                                 : m_options.eventsFile;
   std::string reason;
-  if (EventsScan::ScanFile(path, scan, &reason)) return true;
-  *error = TerminalText::Escaped(m_eventsName) + ": " + reason;
-  return false;
+  if (!EventsScan::ScanFile(path, scan, &reason)) {
+    *error = TerminalText::Escaped(m_eventsName) + ": " + reason;
+    return false;
+  }
+  // Playback of a part that ends before the stop reaches the end of its part.
+  if (!scan->complete && m_options.selection.EndsBefore(scan->stopLine)) scan->complete = true;
+  return true;
 }
 
 // What a finished playback tells on standard error besides the items.
@@ -163,10 +188,20 @@ int HostProgram::Run() {
   std::string error;
   StorageRoot root;
   ScanResult scan;
-  bool ready = PrepareRoot(root, &error);
+  std::string recording;
+  PrivateEvents privateEvents(m_options.selection, m_options.passes);
+  ItemOrigins origins(m_options.selection);
+  const bool interactive = m_options.runner == RunnerChoice::kInteractive;
+  bool ready = PrepareRoot(root, &recording, &error);
   if (ready) {
     Storage::SetStorageRoot(root.Path());
-    ready = ScanEvents(root, &scan, &error);
+    if (!recording.empty()) recording = Storage::MapPath(recording);
+    ready = ScanEvents(root, recording, &scan, &error) &&
+            (recording.empty() ||
+             ((!CopiesRecording() ||
+               privateEvents.Create(recording, root.Path() + "/quillan/" + PrivateEvents::kFileName,
+                                    !interactive, &error)) &&
+              origins.Open(recording, &error)));
   }
   RunEnd end;
   end.signal = g_signal.load();
@@ -182,6 +217,7 @@ int HostProgram::Run() {
   if (g_signal.load() != 0) output.RefuseLines();
   Reporter reporter(output, m_options.json);
   reporter.SetFileScan(scan);
+  if (!recording.empty()) reporter.SetOrigins(&origins, m_options.loopGiven);
   EndSignal endSignal;
   TraceFollower trace(reporter, endSignal, m_options.traceLevel);
   trace.Install();
@@ -208,7 +244,15 @@ int HostProgram::Run() {
       controls = std::make_unique<Controls>(*unit, endSignal, output, STDIN_FILENO, STDERR_FILENO);
       controls->Start();
     }
-    WaitForTheEnd(*unit, output, reporter, trace, endSignal, &end);
+    const Watched watched{*unit,
+                          output,
+                          reporter,
+                          trace,
+                          endSignal,
+                          recording.empty() ? nullptr : &origins,
+                          scan,
+                          interactive && !recording.empty() ? privateEvents.Records() : 0};
+    WaitForTheEnd(watched, &end);
     end.playedPart = trace.FinishedCount() > 0 && !scan.complete;
   }
 
@@ -227,11 +271,15 @@ int HostProgram::Run() {
   }
   if (controls) controls->Stop();
   unit.reset();
+  privateEvents.Stop();
   trace.Remove();
   loader.Unload();
   g_output.store(nullptr);
   if (end.writeError == 0) end.writeError = output.WriteError();
   TellTheEnd(end, error, trace.FinishedCount() > 0 ? &scan : nullptr);
+  if (!end.unusable && end.writeError == 0 && !m_options.quiet) {
+    TellSummary(reporter, trace.FinishedCount() > 0);
+  }
   return end.ExitStatus();
 }
 
@@ -247,24 +295,49 @@ void HostProgram::TellTheEnd(const RunEnd& end, const std::string& error,
   if (scan != nullptr && end.writeError == 0) TellPlayback(*scan);
 }
 
+// The summary of the run on standard error.
+void HostProgram::TellSummary(Reporter& reporter, bool finished) const {
+  const PlaybackSummary summary = reporter.Summary(!finished);
+  for (const std::string& line : summary.Lines()) {
+    Complain(line);
+  }
+}
+
+StatusInfo HostProgram::StatusNow(const Watched& watched) const {
+  int64_t clock = watched.reporter.RecordTime();
+  if (clock == 0 && watched.origins != nullptr) clock = watched.origins->Clock();
+  StatusInfo info = watched.unit.Status(watched.reporter.RecordsPlayed(), clock);
+  if (watched.origins != nullptr) info.line = watched.origins->Line();
+  info.lines = watched.scan.lines;
+  if (info.speedFactor > 0.0 && clock > 0 && watched.scan.lastTime >= static_cast<double>(clock)) {
+    info.leftMs = static_cast<int64_t>((watched.scan.lastTime - static_cast<double>(clock)) /
+                                       info.speedFactor * 1000.0);
+  }
+  return info;
+}
+
 // The main thread's watch: returns when the run is to end, with why in `end`.
-void HostProgram::WaitForTheEnd(HeadUnit& unit, Output& output, const Reporter& reporter,
-                                const TraceFollower& trace, EndSignal& endSignal,
-                                RunEnd* end) const {
-  const bool statusWanted = isatty(STDERR_FILENO) == 1;
-  StatusLine status(output, statusWanted);
+void HostProgram::WaitForTheEnd(const Watched& watched, RunEnd* end) const {
+  const bool terminal = isatty(STDERR_FILENO) == 1;
+  StatusLine status(watched.output, !m_options.quiet && (terminal || m_options.progress),
+                    !terminal);
+  const int statusEvery = terminal ? kStatusEveryLoops : kReaderCheckEveryLoops;
   const auto started = std::chrono::steady_clock::now();
   const auto limit = std::chrono::duration<double>(m_options.timeoutSeconds);
+  uint32_t finished = 0;
   for (int loop = 1;; ++loop) {
-    const uint32_t reasons = endSignal.WaitFor(kLoopPeriodMs);
-    output.Flush();
-    if (reasons & EndSignal::kFinished) unit.OnFinished();
+    const uint32_t reasons = watched.endSignal.WaitFor(kLoopPeriodMs);
+    watched.output.Flush();
+    if (reasons & EndSignal::kFinished) {
+      watched.unit.OnFinished();
+      ++finished;
+    }
     if (g_signal.load() != 0) {
       end->signal = g_signal.load();
       break;
     }
-    if (output.WriteError() != 0) break;
-    if (loop % kReaderCheckEveryLoops == 0 && output.ReaderGone()) {
+    if (watched.output.WriteError() != 0) break;
+    if (loop % kReaderCheckEveryLoops == 0 && watched.output.ReaderGone()) {
       end->writeError = EPIPE;
       break;
     }
@@ -273,10 +346,12 @@ void HostProgram::WaitForTheEnd(HeadUnit& unit, Output& output, const Reporter& 
       break;
     }
     if ((reasons & (EndSignal::kQuit | EndSignal::kInputEnded)) != 0) break;
-    if ((reasons & EndSignal::kFinished) != 0 && !m_options.control) break;
-    if (loop % kStatusEveryLoops == 0 && trace.Runner() != RunnerKind::kBatched) {
-      status.Update(unit.Status(reporter.RecordsPlayed(), reporter.RecordTime()));
+    if ((reasons & EndSignal::kFinished) != 0 && PlaysAgain(finished, watched.replayedRecords)) {
+      watched.unit.StartPlayback();
+      continue;
     }
+    if ((reasons & EndSignal::kFinished) != 0 && !m_options.control) break;
+    if (loop % statusEvery == 0) status.Update(StatusNow(watched));
   }
   status.Clear();
 }

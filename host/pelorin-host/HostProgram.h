@@ -5,19 +5,23 @@
 // the control input, --timeout, SIGINT/SIGTERM/SIGHUP/SIGQUIT, a failed
 // write or a reader gone), and shuts everything down in order: output
 // closed, playback halted, online traffic and controls stopped, module down
-// and destroyed, library closed, private storage root removed. It reads the
-// events file beforehand to tell where playback will stop (events that can
-// be read only once, standard input or a pipe, are played from a copy). RunEnd turns
-// how the run ended into the exit status.
+// and destroyed, private events file stopped, library closed, private
+// storage root removed. It reads the events file beforehand to tell where
+// playback will stop (events that can be read only once, standard input or
+// a pipe, are played from a copy). With --loop it restarts interactive
+// playback at its end. RunEnd turns how the run ended into the exit status.
 
+#include <cstdint>
 #include <string>
 
 #include "Options.h"
+#include "StatusLine.h"
 
 namespace PelorinHost {
 
 class EndSignal;
 class HeadUnit;
+class ItemOrigins;
 class Output;
 class Reporter;
 class StorageRoot;
@@ -37,12 +41,32 @@ class HostProgram {
   static std::string ExampleRoot(const std::string& programDir);
 
  private:
-  bool PrepareRoot(StorageRoot& root, std::string* error) const;
-  bool ScanEvents(const StorageRoot& root, ScanResult* scan, std::string* error);
+  // `recording` is set to the events file played, left empty when a folder
+  // is played as it stands.
+  bool PrepareRoot(StorageRoot& root, std::string* recording, std::string* error) const;
+  // Whether the module plays a private copy of part of the recording.
+  bool CopiesRecording() const;
+  // Whether interactive playback of `records` records a pass that has
+  // finished `finished` times plays the selection again (--loop).
+  bool PlaysAgain(uint32_t finished, uint64_t records) const;
+  bool ScanEvents(const StorageRoot& root, const std::string& recording, ScanResult* scan,
+                  std::string* error);
   void TellPlayback(const ScanResult& scan) const;
   void TellTheEnd(const RunEnd& end, const std::string& error, const ScanResult* scan) const;
-  void WaitForTheEnd(HeadUnit& unit, Output& output, const Reporter& reporter,
-                     const TraceFollower& trace, EndSignal& endSignal, RunEnd* end) const;
+  // What the main thread watches while the module plays.
+  struct Watched {
+    HeadUnit& unit;
+    Output& output;
+    const Reporter& reporter;
+    const TraceFollower& trace;
+    EndSignal& endSignal;
+    const ItemOrigins* origins;  // null when the host does not read the recording
+    const ScanResult& scan;
+    uint64_t replayedRecords;  // records of a pass played again (--loop), else 0
+  };
+  void WaitForTheEnd(const Watched& watched, RunEnd* end) const;
+  StatusInfo StatusNow(const Watched& watched) const;
+  void TellSummary(Reporter& reporter, bool finished) const;
 
   const Options& m_options;
   const std::string m_programDir;

@@ -53,6 +53,12 @@ class ArgumentCursor {
     return arg;
   }
   bool HasInlineValue() const { return m_hasInline; }
+  // The value of an option whose value may be left out: inline, or the next
+  // argument when it looks like one.
+  bool TakeOptionalValue(bool (*looksLikeValue)(const std::string&), std::string* value) {
+    if (!m_hasInline && (Done() || !looksLikeValue(m_argv[m_index]))) return false;
+    return TakeValue(value);
+  }
   bool TakeValue(std::string* value) {
     if (m_hasInline) {
       *value = m_inlineValue;
@@ -72,7 +78,7 @@ class ArgumentCursor {
   bool m_hasInline = false;
 };
 
-enum class Kind { kFlag, kValue };
+enum class Kind { kFlag, kValue, kOptionalValue };
 
 struct OptionSpec {
   const char* name;
@@ -85,8 +91,30 @@ const OptionSpec kOptions[] = {
     {"--tpegs-dir", Kind::kValue},   {"--control", Kind::kFlag},   {"--tpeg-latency", Kind::kValue},
     {"--tpeg-offline", Kind::kFlag}, {"--json", Kind::kFlag},      {"--trace", Kind::kValue},
     {"--timeout", Kind::kValue},     {"--module", Kind::kValue},   {"--root", Kind::kValue},
-    {"--help", Kind::kFlag},         {"--version", Kind::kFlag},
+    {"--help", Kind::kFlag},         {"--version", Kind::kFlag},   {"--from", Kind::kValue},
+    {"--until", Kind::kValue},       {"--only", Kind::kValue},     {"--skip", Kind::kValue},
+    {"--loop", Kind::kOptionalValue}, {"--quiet", Kind::kFlag},  {"--progress", Kind::kFlag},
 };
+
+// A pass count after --loop: digits, or a sign and digits (refused later).
+bool LooksLikeCount(const std::string& text) {
+  const size_t digit = !text.empty() && (text[0] == '-' || text[0] == '+') ? 1 : 0;
+  return text.size() > digit && text[digit] >= '0' && text[digit] <= '9';
+}
+
+bool ApplyLoop(Options* options, bool given, const std::string& value, std::string* error) {
+  options->loopGiven = true;
+  options->passes = 0;
+  if (!given) return true;
+  long passes = 0;
+  if (!ParseInt(value, 1, 1000000000, &passes)) {
+    *error = "--loop needs a number of passes from 1, or nothing to play until stopped, not '" +
+             value + "'";
+    return false;
+  }
+  options->passes = static_cast<uint32_t>(passes);
+  return true;
+}
 
 const OptionSpec* FindOption(std::string name) {
   if (name == "-h") name = "--help";
@@ -156,6 +184,14 @@ bool ApplyValue(Options* options, const std::string& name, const std::string& va
     options->modulePath = value;
   } else if (name == "--root") {
     options->rootDir = value;
+  } else if (name == "--from") {
+    return options->selection.SetFrom(value, error);
+  } else if (name == "--until") {
+    return options->selection.SetUntil(value, error);
+  } else if (name == "--only") {
+    return options->selection.SetOnly(value, error);
+  } else if (name == "--skip") {
+    return options->selection.SetSkip(value, error);
   }
   return true;
 }
@@ -168,6 +204,8 @@ bool ApplyFlag(Options* options, const std::string& name, std::string* error) {
   if (name == "--control") options->control = true;
   if (name == "--tpeg-offline") options->tpegOffline = true;
   if (name == "--json") options->json = true;
+  if (name == "--quiet") options->quiet = true;
+  if (name == "--progress") options->progress = true;
   if (name == "--help") options->help = true;
   if (name == "--version") options->version = true;
   return true;
@@ -194,6 +232,16 @@ bool CheckCombinations(const Options& options, std::string* error) {
   }
   if (options.eventsFile == "-" && options.control) {
     *error = "--control reads standard input, so the events cannot come from it ('-')";
+    return false;
+  }
+  if (!options.rootDir.empty() && (options.selection.Restricts() || options.loopGiven)) {
+    *error = "--root plays DIR/quillan/Pelorin.cfg as it stands; --from, --until, --only, "
+             "--skip and --loop need an events file";
+    return false;
+  }
+  if (!options.selection.Check(error)) return false;
+  if (options.quiet && options.progress) {
+    *error = "--quiet and --progress cannot be given together";
     return false;
   }
   if (!options.rootDir.empty() && options.SetsConfiguration()) {
@@ -246,6 +294,11 @@ bool ParseOptions(int argc, const char* const* argv, Options* options, std::stri
       continue;
     }
     std::string value;
+    if (option->kind == Kind::kOptionalValue) {
+      const bool given = cursor.TakeOptionalValue(&LooksLikeCount, &value);
+      if (!ApplyLoop(options, given, value, error)) return false;
+      continue;
+    }
     if (!cursor.TakeValue(&value)) {
       *error = arg + " needs a value (see --help)";
       return false;
@@ -290,6 +343,17 @@ Playback (written into the private Pelorin.cfg):
   a plain decimal number: 2 or 2x is twice as fast, 200% the same; the
   module plays whole percents.
 
+Part of a recording (EVENTS only; lines keep their numbers in the output):
+  --from T          play the records whose time is T or later
+  --until T         play the records whose time is T or earlier
+                    T is a record time as in the file (1416131460.5),
+                    +SECONDS after the first record's time, or @LINE
+  --only TAGS       play only these tags, separated by commas (TMC,TOT or
+                    $TMC,$TOT)
+  --skip TAGS       play all but these tags
+  --loop [N]        play the selection N times, or until stopped without N;
+                    items then carry the pass (1, 2, ...)
+
 The head unit:
   --control         steer playback from standard input, one command a line:
                       start | stop | speed SPEED | quit
@@ -310,14 +374,24 @@ The head unit:
 Output (standard output):
   --json            JSON Lines: one object per item, with "t" (milliseconds
                     since the host started) and "type" (tmc, serviceList,
-                    onlineTraffic, dataPool, event, trace, finished)
+                    onlineTraffic, dataPool, event, trace, finished); items
+                    that a record produced also carry "line" and
+                    "recordTime" of the record (not with --root)
   --trace LEVEL     also show the module's trace messages of LEVEL and above
                     (2 progress, 3 warnings, 4 failures)
   -h, --help        this text
   -V, --version     the version
 
-On a terminal, real-time and interactive playback keep a status line on
-standard error: the playback clock (UTC), records played and speed.
+Standard error:
+  --quiet           no status line and no summary at the end
+  --progress        the status line also when standard error is not a
+                    terminal: one plain line a second
+
+On a terminal, playback keeps a status line on standard error: the line
+of the events file reached, the playback clock (UTC), the speed and, for
+real-time and interactive playback, the time left at that speed. At the
+end a summary follows: records dispatched per tag, records dropped, where
+and why playback stopped short, wall time and mean speed.
 Once the run is to end (end of playback, quit, --timeout, a signal), nothing
 more from the module is shown.
 
@@ -344,6 +418,8 @@ Examples:
       wait for "start" on standard input, then play at twice the speed
   pelorin-host --root /media/usb/sda0 --timeout 60
       play a head unit's storage folder as it would, for at most a minute
+  pelorin-host --realtime 1 --from +60 --until +120 --only TMC --loop rec.txt
+      play the TMC messages of the recording's second minute over and over
   pelorin-host --tpeg-offline --trace 3 --timeout 20 recording.txt
       watch playback block on an online traffic service that never answers
 )";

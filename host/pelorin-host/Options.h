@@ -7,6 +7,8 @@
 #include <cstdint>
 #include <string>
 
+#include "Selection.h"
+
 namespace PelorinHost {
 
 enum class RunnerChoice { kInteractive, kBatched, kRealtime };
@@ -27,9 +29,16 @@ struct Options {
   bool tpegOffline = false;
   double timeoutSeconds = 0.0;  // 0: no time limit
 
+  // What of the recording it plays, and how often (0: until stopped).
+  Selection selection;
+  uint32_t passes = 1;
+  bool loopGiven = false;
+
   // What it shows.
   bool json = false;
   int traceLevel = -1;  // -1: no trace lines
+  bool quiet = false;     // no status line, no summary
+  bool progress = false;  // the status line also when not on a terminal
 
   // Where things are.
   std::string modulePath;

@@ -90,6 +90,12 @@ bool Output::StatusShown() {
   return m_statusShown;
 }
 
+void Output::WriteStatusLine(const std::string& text) {
+  std::lock_guard<std::mutex> guard(m_lock);
+  const std::string line = text + "\n";
+  WriteAll(m_statusFd, line.data(), line.size());
+}
+
 void Output::ClearStatus() {
   std::lock_guard<std::mutex> guard(m_lock);
   EraseStatusLocked();

@@ -45,6 +45,8 @@ class Output {
   // Replaces the status line on the status descriptor (a terminal).
   void ShowStatus(const std::string& status);
   void ClearStatus();
+  // A whole line on the status descriptor (not a terminal: no redraw).
+  void WriteStatusLine(const std::string& text);
 
   // False once an item line has erased the status line.
   bool StatusShown();

@@ -3,6 +3,7 @@
 #include "HostClock.h"
 #include "host/common/JsonWriter.h"
 #include "host/common/TerminalText.h"
+#include "host/common/TimeText.h"
 #include "Output.h"
 
 namespace PelorinHost {
@@ -10,8 +11,11 @@ namespace {
 
 using PelorinTools::JsonWriter;
 using PelorinTools::TerminalText;
+using PelorinTools::TimeText;
 
+constexpr uint32_t kSpeedValueId = 0x4c000001;
 constexpr uint32_t kTickValueId = 0x4d000000;
+constexpr uint32_t kNextEventValueId = 0x4d000001;
 
 // One formatting buffer per thread: no allocation per item once warm.
 JsonWriter& ThreadWriter() {
@@ -145,6 +149,31 @@ void ReadableEntry(std::string& line,
   line += '}';
 }
 
+// Seconds since 1970 beside their UTC date-time: "1416131458 (2014-11-16T09:50:58Z)".
+void AppendSeconds(std::string& line, int64_t seconds) {
+  JsonWriter::AppendSigned(line, seconds);
+  const std::string iso = TimeText::DateTime(static_cast<double>(seconds), TimeText::Style::kIso);
+  if (iso.empty()) return;
+  line += " (";
+  line += iso;
+  line += ')';
+}
+
+// What a data-pool value means, for a person: "speed 200 %", "clock ...".
+void AppendValue(std::string& line, uint32_t id, int32_t value) {
+  if (id == kSpeedValueId) {
+    line += " speed ";
+    JsonWriter::AppendSigned(line, value);
+    line += " %";
+  } else if (id == kTickValueId || id == kNextEventValueId) {
+    line += id == kTickValueId ? " clock " : " next event ";
+    AppendSeconds(line, value);
+  } else {
+    line += " = ";
+    JsonWriter::AppendSigned(line, value);
+  }
+}
+
 void AppendHex(std::string& line, uint32_t id) {
   static const char kDigits[] = "0123456789abcdef";
   line += "0x";
@@ -154,6 +183,26 @@ void AppendHex(std::string& line, uint32_t id) {
 }  // namespace
 
 void Reporter::Emit(const std::string& line) { m_output.WriteLine(line); }
+
+bool Reporter::Locate(ItemKind kind, ItemOrigin* origin) {
+  return m_origins != nullptr && m_origins->Find(kind, origin);
+}
+
+void Reporter::OriginFields(JsonWriter& json, const ItemOrigin& origin) const {
+  json.Key("line");
+  json.Uint(origin.line);
+  json.Key("recordTime");
+  json.Number(origin.recordTime);
+  if (m_showPass) {
+    json.Key("pass");
+    json.Uint(origin.pass);
+  }
+}
+
+void Reporter::OriginFields(std::string& line, const ItemOrigin& origin) const {
+  AppendField(line, "line", origin.line);
+  if (m_showPass) AppendField(line, "pass", origin.pass);
+}
 
 int64_t Reporter::RecordTime() const {
   const int32_t tick = m_tickTime.load(std::memory_order_relaxed);
@@ -166,11 +215,14 @@ void Reporter::SetFileScan(const ScanResult& scan) {
 }
 
 void Reporter::Tmc(const Quillan::TmcMessageData& message) {
+  ItemOrigin origin;
+  const bool known = Locate(ItemKind::kTmc, &origin);
   m_records.fetch_add(1, std::memory_order_relaxed);
   const CIUInt8Array* data = message.tmcData.get();
   if (m_json) {
     JsonWriter& json = ThreadWriter();
     BeginItem(json, "tmc");
+    if (known) OriginFields(json, origin);
     json.Key("timeStamp");
     json.Uint(message.timeStamp);
     json.Key("ltn");
@@ -191,7 +243,9 @@ void Reporter::Tmc(const Quillan::TmcMessageData& message) {
   }
   std::string& line = ThreadLine();
   BeginReadable(line, "tmc");
-  AppendField(line, "timeStamp", message.timeStamp);
+  if (known) OriginFields(line, origin);
+  line += " timeStamp=";
+  AppendSeconds(line, message.timeStamp);
   AppendField(line, "ltn", message.ltn);
   AppendField(line, "sid", message.sid);
   AppendField(line, "pid", message.pid);
@@ -208,12 +262,15 @@ void Reporter::Tmc(const Quillan::TmcMessageData& message) {
 }
 
 void Reporter::ServiceList(const Quillan::ServiceListEntries* entries) {
+  ItemOrigin origin;
+  const bool known = Locate(ItemKind::kServiceList, &origin);
   m_records.fetch_add(1, std::memory_order_relaxed);
   static const Quillan::ServiceListEntries kEmpty;
   const Quillan::ServiceListEntries& list = entries ? *entries : kEmpty;
   if (m_json) {
     JsonWriter& json = ThreadWriter();
     BeginItem(json, "serviceList");
+    if (known) OriginFields(json, origin);
     json.Key("entries");
     json.BeginArray();
     for (const auto& entry : list) {
@@ -230,6 +287,7 @@ void Reporter::ServiceList(const Quillan::ServiceListEntries* entries) {
   }
   std::string& line = ThreadLine();
   BeginReadable(line, "serviceList");
+  if (known) OriginFields(line, origin);
   line += ' ';
   JsonWriter::AppendUnsigned(line, list.size());
   line += list.size() == 1 ? " entry" : " entries";
@@ -240,10 +298,13 @@ void Reporter::ServiceList(const Quillan::ServiceListEntries* entries) {
 }
 
 void Reporter::OnlineTrafficCall(const char* call, const std::vector<CallArgument>& args) {
+  ItemOrigin origin;
+  const bool known = Locate(ItemKind::kOnlineTraffic, &origin);
   m_records.fetch_add(1, std::memory_order_relaxed);
   if (m_json) {
     JsonWriter& json = ThreadWriter();
     BeginItem(json, "onlineTraffic");
+    if (known) OriginFields(json, origin);
     json.Key("call");
     json.String(call, std::char_traits<char>::length(call));
     json.Key("args");
@@ -262,6 +323,7 @@ void Reporter::OnlineTrafficCall(const char* call, const std::vector<CallArgumen
   }
   std::string& line = ThreadLine();
   BeginReadable(line, "onlineTraffic");
+  if (known) OriginFields(line, origin);
   line += ' ';
   line += call;
   line += '(';
@@ -298,11 +360,10 @@ void Reporter::DataPoolValue(uint32_t id, bool known, int32_t value) {
   BeginReadable(line, "dataPool");
   line += ' ';
   AppendHex(line, id);
-  line += " = ";
   if (known) {
-    JsonWriter::AppendSigned(line, value);
+    AppendValue(line, id, value);
   } else {
-    line += '?';
+    line += " = ?";
   }
   Emit(line);
 }
@@ -350,7 +411,32 @@ void Reporter::Trace(const char* channel, int level, const char* text) {
   Emit(line);
 }
 
+PlaybackSummary Reporter::SummaryNow() const {
+  PlaybackSummary summary;
+  summary.scan = m_scan;
+  summary.scanKnown = m_scanKnown;
+  summary.tallyKnown = m_origins != nullptr;
+  if (m_origins != nullptr) summary.tally = m_origins->Tally();
+  summary.wallSeconds = static_cast<double>(HostClock::Micros()) / 1e6;
+  return summary;
+}
+
+PlaybackSummary Reporter::Summary(bool now) {
+  {
+    std::lock_guard<std::mutex> guard(m_summaryLock);
+    if (m_finishedKnown && !now) return m_finished;
+  }
+  return SummaryNow();
+}
+
 void Reporter::Finished() {
+  if (m_origins != nullptr) m_origins->EndOfPass();
+  const PlaybackSummary summary = SummaryNow();
+  {
+    std::lock_guard<std::mutex> guard(m_summaryLock);
+    m_finished = summary;
+    m_finishedKnown = true;
+  }
   if (m_json) {
     JsonWriter& json = ThreadWriter();
     BeginItem(json, "finished");
@@ -365,6 +451,7 @@ void Reporter::Finished() {
         json.Key("reason");
         json.String(m_scan.reason);
       }
+      summary.AppendJson(json);
     }
     json.EndObject();
     Emit(json.Text());
@@ -380,6 +467,7 @@ void Reporter::Finished() {
       line += " reason=";
       AppendQuoted(line, m_scan.reason);
     }
+    summary.AppendFields(line);
   }
   Emit(line);
 }

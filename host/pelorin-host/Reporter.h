@@ -3,18 +3,27 @@
 // line each: readable text by default, JSON Lines with --json. Every item
 // starts with "t" (milliseconds since the host started) and "type".
 // It also keeps the figures of the status line (records played, the latest
-// record time known). Called from the module's work-loop thread, the online
+// record time known). Items that a record produced carry the recording's
+// line and record time (and the pass, when looping) from ItemOrigins.
+// Called from the module's work-loop thread, the online
 // traffic service's thread, the trace sink and the host's threads; each call
 // formats into a buffer of its own thread and writes one line through Output.
 
 #include <atomic>
 #include <cstdint>
+#include <mutex>
 #include <string>
 #include <vector>
 
 #include "EventsScan.h"
+#include "ItemOrigins.h"
+#include "PlaybackSummary.h"
 #include "producers/ServiceList.h"
 #include "producers/TmcMessageData.h"
+
+namespace PelorinTools {
+class JsonWriter;
+}
 
 namespace PelorinHost {
 
@@ -46,7 +55,19 @@ class Reporter {
   // Tells, with every "finished" item, whether playback reached the end of
   // the file. Called by the main thread before the module starts.
   void SetFileScan(const ScanResult& scan);
+  // The module reported the end of playback: the "finished" item with the
+  // run's figures so far.
   void Finished();
+  // The figures of the run: those of the last "finished" item, or of now
+  // when `now` or none was written.
+  PlaybackSummary Summary(bool now);
+
+  // Where record items come from; set before the module plays, not owned.
+  // `showPass`: items also carry the pass.
+  void SetOrigins(ItemOrigins* origins, bool showPass) {
+    m_origins = origins;
+    m_showPass = showPass;
+  }
 
   // Items that carried traffic data: TMC messages, service lists and online
   // traffic calls.
@@ -57,14 +78,24 @@ class Reporter {
 
  private:
   void Emit(const std::string& line);
+  // False when the item's record is not known.
+  bool Locate(ItemKind kind, ItemOrigin* origin);
+  void OriginFields(PelorinTools::JsonWriter& json, const ItemOrigin& origin) const;
+  void OriginFields(std::string& line, const ItemOrigin& origin) const;
+  PlaybackSummary SummaryNow() const;
 
   Output& m_output;
   const bool m_json;
+  ItemOrigins* m_origins = nullptr;
+  bool m_showPass = false;
   // 32-bit atomics: lock-free on the 32-bit ARM head unit too.
   std::atomic<uint32_t> m_records{0};
   std::atomic<int32_t> m_tickTime{0};
   ScanResult m_scan;
   bool m_scanKnown = false;
+  std::mutex m_summaryLock;
+  PlaybackSummary m_finished;  // guarded by m_summaryLock
+  bool m_finishedKnown = false;  // guarded by m_summaryLock
 };
 
 }  // namespace PelorinHost

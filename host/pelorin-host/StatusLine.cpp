@@ -1,9 +1,11 @@
 #include "StatusLine.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <ctime>
 
 #include "Output.h"
+#include "host/common/TimeText.h"
 
 namespace PelorinHost {
 
@@ -26,10 +28,16 @@ std::string StatusLine::FormatSpeed(double factor) {
 }
 
 std::string StatusLine::Format(const StatusInfo& info) {
-  std::string text = FormatUtc(info.recordTime);
-  text += "  records ";
-  text += std::to_string(info.records);
+  std::string text;
+  if (info.line > 0 && info.lines > 0) {
+    text = "line " + std::to_string(info.line) + " of " + std::to_string(info.lines) + " (" +
+           std::to_string(info.line * 100 / std::max(info.lines, info.line)) + " %)  ";
+  } else {
+    text = "records " + std::to_string(info.records) + "  ";
+  }
+  text += FormatUtc(info.recordTime);
   if (!info.speed.empty()) text += "  speed " + info.speed;
+  if (info.leftMs >= 0) text += "  left " + PelorinTools::TimeText::Duration(info.leftMs);
   if (!info.state.empty()) text += "  " + info.state;
   return text;
 }
@@ -37,13 +45,17 @@ std::string StatusLine::Format(const StatusInfo& info) {
 void StatusLine::Update(const StatusInfo& info) {
   if (!m_enabled) return;
   const std::string text = Format(info);
+  if (m_plain) {
+    m_output.WriteStatusLine(text);
+    return;
+  }
   if (text == m_shown && m_output.StatusShown()) return;
   m_shown = text;
   m_output.ShowStatus(text);
 }
 
 void StatusLine::Clear() {
-  if (!m_enabled) return;
+  if (!m_enabled || m_plain) return;
   m_output.ClearStatus();
   m_shown.clear();
 }

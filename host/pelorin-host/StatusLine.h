@@ -1,8 +1,10 @@
 #pragma once
-// StatusLine: the one line on a terminal that tells a person where playback
-// stands: the record time as a UTC date-time, the records played, the speed
-// and whether playback runs. The main thread calls Update a few times a
-// second; the line is redrawn only when its text changes.
+// StatusLine: the one line on standard error that tells a person where
+// playback stands: the line of the events file reached (of how many), the
+// playback clock as a UTC date-time, the speed, the time left at that speed
+// and whether playback runs. On a terminal it is redrawn in place, only when
+// its text changes; elsewhere (--progress) it is a plain line each Update.
+// Only the main thread calls it.
 
 #include <cstdint>
 #include <string>
@@ -13,15 +15,21 @@ class Output;
 
 struct StatusInfo {
   int64_t recordTime = 0;  // seconds since 1970, 0 when not known yet
-  uint32_t records = 0;
+  uint32_t records = 0;    // shown when the line is not known
+  uint64_t line = 0;       // the line reached, 0 when not known
+  uint64_t lines = 0;      // lines of the events file, 0 when not known
+  int64_t leftMs = -1;     // time left at the current speed, -1 when not known
   std::string speed;  // e.g. "1.5x"
+  double speedFactor = 0.0;  // of real-time and interactive playback, else 0
   std::string state;  // e.g. "playing", "stopped", "finished"
 };
 
 class StatusLine {
  public:
-  // `enabled` false: Update and Clear do nothing.
-  StatusLine(Output& output, bool enabled) : m_output(output), m_enabled(enabled) {}
+  // `enabled` false: Update and Clear do nothing. `plain`: whole lines, not
+  // redrawn in place.
+  StatusLine(Output& output, bool enabled, bool plain)
+      : m_output(output), m_enabled(enabled), m_plain(plain) {}
 
   void Update(const StatusInfo& info);
   void Clear();
@@ -35,6 +43,7 @@ class StatusLine {
  private:
   Output& m_output;
   const bool m_enabled;
+  const bool m_plain;
   std::string m_shown;
 };
 

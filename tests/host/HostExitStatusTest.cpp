@@ -42,7 +42,7 @@ TEST(HostExitStatus, PlaybackThatDidNotPlayTheFileIsTold) {
   for (const auto& test : cases) {
     const std::string path = folder.Write(test.name, test.bytes);
     ToolProcess host;
-    ASSERT_TRUE(host.Start(PELORIN_HOST_PROGRAM, {"--json", "--batched", path}));
+    ASSERT_TRUE(host.Start(PELORIN_HOST_PROGRAM, {"--json", "--batched", "--quiet", path}));
     host.CloseInput();
     EXPECT_EQ(host.Wait(ScaledMs(20000)), test.status) << test.name;
     EXPECT_EQ(host.Stderr(), test.message.empty() ? "" : "pelorin-host: " + folder.Path() + "/" +

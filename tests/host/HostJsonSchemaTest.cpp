@@ -35,7 +35,7 @@ KeySchema ReadTypes(const std::string& cell) {
   static const std::map<std::string, JsonValue::Type> kTypes = {
       {"number", JsonValue::Type::kNumber}, {"string", JsonValue::Type::kString},
       {"boolean", JsonValue::Type::kBool},  {"array", JsonValue::Type::kArray},
-      {"null", JsonValue::Type::kNull}};
+      {"null", JsonValue::Type::kNull},     {"object", JsonValue::Type::kObject}};
   KeySchema schema;
   std::istringstream words(cell);
   for (std::string word; words >> word;) {
@@ -93,6 +93,7 @@ TEST(HostJsonSchema, RealOutputMatchesTheDocumentation) {
       {"--batched", "--json"},
       {"--json", "--trace", "2", "--speed", "100", every},
       {"--json", "--batched", shortFile},
+      {"--json", "--batched", "--loop", "2", every},
   };
   std::set<std::string> seen;
   for (const auto& args : runs) {

@@ -110,6 +110,18 @@ TEST(HostOptions, RejectsWhatCannotBeUsed) {
       {"--root", "/r", "--batched"},
       {"--control", "-"},
       {"--timeout", "0x10"},
+      {"--from", "@0"},
+      {"--until", "soon"},
+      {"--from", "+-1"},
+      {"--only", "TMC TOT"},
+      {"--skip", "TMC,,TOT"},
+      {"--only", "$"},
+      {"--from", "200", "--until", "100"},
+      {"--from", "@5", "--until", "@4"},
+      {"--loop", "0"},
+      {"--loop=-1"},
+      {"--root", "/r", "--loop"},
+      {"--quiet", "--progress"},
   };
   for (const auto& args : bad) {
     const Parsed parsed = Parse(args);
@@ -118,12 +130,35 @@ TEST(HostOptions, RejectsWhatCannotBeUsed) {
   }
 }
 
+TEST(HostOptions, LoopTakesAnOptionalCount) {
+  const struct {
+    std::vector<std::string> args;
+    uint32_t passes;
+    const char* eventsFile;
+  } cases[] = {
+      {{"rec.txt"}, 1, "rec.txt"},
+      {{"--loop", "rec.txt"}, 0, "rec.txt"},
+      {{"--loop", "3", "rec.txt"}, 3, "rec.txt"},
+      {{"--loop=2", "rec.txt"}, 2, "rec.txt"},
+      {{"rec.txt", "--loop"}, 0, "rec.txt"},
+  };
+  for (const auto& test : cases) {
+    const Parsed parsed = Parse(test.args);
+    ASSERT_TRUE(parsed.ok) << parsed.error;
+    EXPECT_EQ(parsed.options.passes, test.passes) << test.args.front();
+    EXPECT_EQ(parsed.options.eventsFile, test.eventsFile);
+  }
+  EXPECT_NE(Parse({"--loop", "0"}).error.find("--loop needs a number of passes from 1"),
+            std::string::npos);
+}
+
 TEST(HostOptions, HelpNamesEveryOption) {
   const std::string help = HelpText();
   for (const char* option :
        {"--batched", "--realtime", "--interactive", "--speed", "--autostart", "--paused",
         "--tpegs-dir", "--control", "--tpeg-latency", "--tpeg-offline", "--json", "--trace",
-        "--timeout", "--module", "--root", "--help", "--version", "-h,", "-V,", "Examples:",
+        "--timeout", "--module", "--root", "--help", "--version", "-h,", "-V,", "--from",
+        "--until", "--only", "--skip", "--loop", "--quiet", "--progress", "Examples:",
         // Every exit status.
         "\n  0 ", "\n  1 ", "\n  2 ", "\n  3 ", "\n  4 ", "\n  141 ", "130 SIGINT", "129 SIGHUP",
         "131 SIGQUIT", "143 SIGTERM"}) {

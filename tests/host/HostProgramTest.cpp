@@ -60,7 +60,7 @@ TEST(HostEndToEnd, BatchedPlaysEverythingThatLeavesTheModule) {
   TestFolder folder;
   const std::string events = folder.Write("rec/events.txt", kEvents);
   ToolProcess host;
-  ASSERT_EQ(RunHost({"--batched", "--json", events}, &host), kDone) << host.Stderr();
+  ASSERT_EQ(RunHost({"--batched", "--json", "--quiet", events}, &host), kDone) << host.Stderr();
   EXPECT_EQ(host.Stderr(), "");
   ExpectWellFormed(host);
   std::vector<std::string> types;
@@ -200,6 +200,8 @@ TEST(HostEndToEnd, UnusableInputExitsWithOneLine) {
       {{"--batched", missing}, missing},
       {{"--root", folder.Path() + "/no-root"}, "no-root"},
       {{"--batched", "--tpegs-dir", folder.Path() + "/no-tpeg/", events}, "--tpegs-dir"},
+      {{"--loop", "0", events}, "--loop needs a number of passes from 1"},
+      {{"--from", "@0", events}, "@LINE"},
   };
   for (const auto& test : cases) {
     ToolProcess host;
@@ -215,7 +217,7 @@ TEST(HostEndToEnd, TimeoutAndTerminationShutDownCleanly) {
   const std::string events = folder.Write("events", kEvents);
   // Paused interactive playback never ends by itself.
   ToolProcess timed;
-  ASSERT_EQ(RunHost({"--json", "--paused", "--timeout", "0.5", events}, &timed), kTimeout);
+  ASSERT_EQ(RunHost({"--json", "--quiet", "--paused", "--timeout", "0.5", events}, &timed), kTimeout);
   EXPECT_EQ(timed.Stderr(), "");
   EXPECT_TRUE(timed.ItemsOfType("tmc").empty());
   EXPECT_TRUE(timed.TempDirEmpty());
@@ -238,6 +240,83 @@ TEST(HostEndToEnd, EventsFileTheModuleCannotNameIsReachedThroughALink) {
   EXPECT_TRUE(host.TempDirEmpty());
 }
 
+// Line ends of every kind. Line 3 yields nothing, line 4 has no producer,
+// and line 5 calls with the value of the host's marker before line 4.
+const char kMixedEvents[] =
+    "1416131460 $TSL serviceType=1\r\n"
+    "1416131460.01 $TMC SID=1\r"
+    "1416131460.02 $TMC \"x\n"
+    "1416131460.03 $FOO\n"
+    "1416131460.04 $TOT setTimeoutForFallback:4\r\n"
+    "1416131460,05 $TMC SID=2\n";
+
+// "type line pass recordTime" of every item that names its record; the
+// others must name none.
+std::vector<std::string> Origins(const ToolProcess& host) {
+  std::vector<std::string> origins;
+  for (const Item& item : host.Items()) {
+    const bool fromRecord =
+        item.type == "tmc" || item.type == "serviceList" || item.type == "onlineTraffic";
+    EXPECT_EQ(!item.json["line"].IsNull(), fromRecord) << item.line;
+    if (!fromRecord) continue;
+    const size_t time = item.line.find("\"recordTime\":");
+    std::string origin = item.type + " " + std::to_string(int(item.json["line"].number));
+    if (!item.json["pass"].IsNull()) origin += " " + std::to_string(int(item.json["pass"].number));
+    if (time != std::string::npos) {
+      const size_t begin = time + 13;
+      origin += " " + item.line.substr(begin, item.line.find_first_of(",}", begin) - begin);
+    }
+    origins.push_back(origin);
+  }
+  return origins;
+}
+
+TEST(HostEndToEnd, ItemsTellTheLineAndTimeOfTheirRecordInEveryRunner) {
+  TestFolder folder;
+  const std::string events = folder.Write("events", kMixedEvents);
+  const std::vector<std::string> expected = {
+      "serviceList 1 1416131460", "tmc 2 1416131460.01", "onlineTraffic 5 1416131460.04",
+      "tmc 6 1416131460.05"};
+  for (const auto& runner : std::vector<std::vector<std::string>>{
+           {"--batched"}, {"--realtime", "100"}, {"--speed", "100"}}) {
+    std::vector<std::string> args = runner;
+    args.insert(args.end(), {"--json", events});
+    ToolProcess host;
+    ASSERT_EQ(RunHost(args, &host), kDone) << host.Stderr();
+    EXPECT_EQ(Origins(host), expected) << runner.front();
+    EXPECT_EQ(host.ItemsOfType("onlineTraffic").at(0).json["args"].array.at(0).number, 4);
+  }
+}
+
+TEST(HostEndToEnd, PlaysPartOfARecordingRepeatedly) {
+  TestFolder folder;
+  const std::string events = folder.Write("events", kMixedEvents);
+  const std::vector<std::string> twice = {
+      "tmc 2 1 1416131460.01", "onlineTraffic 5 1 1416131460.04", "tmc 2 2 1416131460.01",
+      "onlineTraffic 5 2 1416131460.04"};
+  for (const auto& runner : std::vector<std::vector<std::string>>{
+           {"--batched"}, {"--realtime", "100"}, {"--speed", "100"}}) {
+    std::vector<std::string> args = runner;
+    args.insert(args.end(),
+                {"--json", "--from", "@2", "--until", "+0.045", "--skip", "TSL,FOO", "--loop", "2",
+                 events});
+    ToolProcess host;
+    ASSERT_EQ(RunHost(args, &host), kDone) << host.Stderr();
+    EXPECT_EQ(Origins(host), twice) << runner.front();
+    EXPECT_TRUE(host.TempDirEmpty());
+  }
+
+  // Without a count it plays until stopped.
+  ToolProcess endless;
+  const std::string seconds = std::to_string(ScaledMs(1000) / 1000.0);
+  ASSERT_EQ(RunHost({"--batched", "--json", "--only", "TMC", "--loop", "--timeout", seconds, events},
+                    &endless),
+            kTimeout);
+  const auto tmc = endless.ItemsOfType("tmc");
+  ASSERT_FALSE(tmc.empty());
+  EXPECT_GT(tmc.back().json["pass"].number, 1);
+}
+
 // Ten TMC records a quarter of a second apart.
 std::string QuarterSecondRecords() {
   std::string text;
@@ -245,6 +324,41 @@ std::string QuarterSecondRecords() {
     text += std::to_string(1416131460 + i * 0.25) + " $TMC SID=" + std::to_string(i) + "\n";
   }
   return text;
+}
+
+// A dropped record of each kind and a malformed line: the summary on
+// standard error, the "finished" item and the readable names and times.
+TEST(HostEndToEnd, SummaryTellsWhatWasPlayedAndDropped) {
+  TestFolder folder;
+  const std::string events = folder.Write(
+      "events", "1416131460 $TMC timeStamp=1416131460 SID=1\n1416131461 $XYZ a\n"
+                "1416131462 $TMC bogus=1\n1416131464 $TSL serviceType=1\n\n1416131465 $TMC\n");
+  ToolProcess json;
+  ASSERT_EQ(RunHost({"--batched", "--json", events}, &json), 1);
+  ASSERT_EQ(json.ItemsOfType("finished").size(), 1u);
+  const JsonValue finished = json.ItemsOfType("finished")[0].json;
+  EXPECT_EQ(finished["recordsByTag"]["$TMC"].number, 2);
+  EXPECT_EQ(finished["recordsByTag"]["$XYZ"].number, 1);
+  EXPECT_EQ(finished["recordsByTag"]["$TSL"].number, 1);
+  EXPECT_EQ(finished["dropped"].number, 2);
+  EXPECT_EQ(finished["droppedUnknownTag"].number, 1);
+  EXPECT_GT(finished["meanSpeed"].number, 0.0);
+  for (const char* text : {"events:5: playback ended before the end of the file: empty line\n",
+                           "records dispatched: $TMC 2 $XYZ 1 $TSL 1\n",
+                           "records dropped: 2 (1 unknown tag, 1 unusable payload)\n",
+                           "recorded time played 4s, mean speed "}) {
+    EXPECT_NE(json.Stderr().find(text), std::string::npos) << text << json.Stderr();
+  }
+
+  ToolProcess readable;
+  ASSERT_EQ(RunHost({"--speed", "100", events}, &readable), 1);
+  std::string lines;
+  for (const std::string& line : readable.BadLines()) lines += line + "\n";
+  for (const char* text : {"timeStamp=1416131460 (2014-11-16T09:51:00Z)", "speed 10000 %",
+                           "clock 1416131460 (2014-11-16T09:51:00Z)",
+                           "next event 1416131461 (2014-11-16T09:51:01Z)"}) {
+    EXPECT_NE(lines.find(text), std::string::npos) << text << lines;
+  }
 }
 
 TEST(HostWallClock, RealTimeKeepsTheRecordedSpacingDividedBySpeed) {
@@ -267,6 +381,12 @@ TEST(HostWallClock, RealTimeKeepsTheRecordedSpacingDividedBySpeed) {
     }
     EXPECT_EQ(host.ItemsOfType("finished").size(), 1u);
   }
+  // --progress: plain status lines on a standard error that is no terminal.
+  ToolProcess progress;
+  ASSERT_EQ(RunHost({"--json", "--realtime", "0.5", "--progress", events}, &progress), kDone);
+  EXPECT_NE(progress.Stderr().find("line 2 of 3 (66 %)  2014-11-16 09:51:00 UTC  speed 0.5x"),
+            std::string::npos)
+      << progress.Stderr();
 }
 
 TEST(HostWallClock, ControlsStopStartSpeedAndReplayAfterTheEnd) {

@@ -1,0 +1,59 @@
+#include "ItemOrigins.h"
+
+namespace PelorinHost {
+
+bool ItemOrigins::Open(const std::string& recording, std::string* error) {
+  return m_records.Start(recording, error);
+}
+
+bool ItemOrigins::Pass() {
+  if (!m_records.Next(&m_record)) {
+    if (m_passStarted) m_tally.spanSeconds += m_passLast - m_passFirst;
+    m_passStarted = false;
+    return false;
+  }
+  if (!m_passStarted) {
+    m_passStarted = true;
+    m_passFirst = m_record.time;
+  }
+  m_passLast = m_record.time;
+  m_tally.Count(m_record.tag, m_record.yield.kind != ItemKind::kNone, m_record.yield.yields);
+  m_line.store(static_cast<uint32_t>(m_record.line), std::memory_order_relaxed);
+  m_clock.store(static_cast<int32_t>(m_record.time), std::memory_order_relaxed);
+  return true;
+}
+
+bool ItemOrigins::Find(ItemKind kind, ItemOrigin* origin) {
+  std::lock_guard<std::mutex> guard(m_lock);
+  bool wrapped = false;
+  for (;;) {
+    if (!Pass()) {
+      // Past the last record: the module plays the selection again.
+      if (wrapped) return false;
+      wrapped = true;
+      ++m_pass;
+      continue;
+    }
+    if (m_record.yield.yields && m_record.yield.kind == kind) break;
+  }
+  origin->line = m_record.line;
+  origin->recordTime = m_record.timeText;
+  origin->pass = m_pass;
+  return true;
+}
+
+void ItemOrigins::EndOfPass() {
+  std::lock_guard<std::mutex> guard(m_lock);
+  while (Pass()) {
+  }
+  ++m_pass;
+}
+
+RecordTally ItemOrigins::Tally() {
+  std::lock_guard<std::mutex> guard(m_lock);
+  RecordTally tally = m_tally;
+  if (m_passStarted) tally.spanSeconds += m_passLast - m_passFirst;
+  return tally;
+}
+
+}  // namespace PelorinHost

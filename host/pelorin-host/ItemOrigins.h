@@ -1,0 +1,69 @@
+#pragma once
+// ItemOrigins: tells for each item that a record produced (TMC message,
+// service list, online traffic call) the recording's line and record time it
+// came from, and the pass. The module plays the selected records in order
+// and makes at most one item of each, which RecordYield tells from the
+// record; so the item goes to the next record, in the same walk of the
+// recording that the module plays, that yields an item of its kind. A new
+// pass begins when the walk has passed the last record. Every record passed
+// is counted in a RecordTally (per tag, dropped, recorded time played).
+// Constant memory; the recording is read ahead on the thread of RecordsAhead.
+// Find and EndOfPass are called on the module's work-loop thread (Find also
+// on the answering thread of the online traffic service while it drains);
+// serialised by a lock. Line and Clock may be read from any thread.
+
+#include <atomic>
+#include <cstdint>
+#include <mutex>
+#include <string>
+
+#include "PlaybackSummary.h"
+#include "RecordYield.h"
+#include "RecordsAhead.h"
+#include "SelectedRecords.h"
+#include "Selection.h"
+
+namespace PelorinHost {
+
+struct ItemOrigin {
+  uint64_t line = 0;
+  std::string recordTime;  // a JSON number
+  uint32_t pass = 1;
+};
+
+class ItemOrigins {
+ public:
+  explicit ItemOrigins(const Selection& selection) : m_records(selection) {}
+
+  bool Open(const std::string& recording, std::string* error);
+
+  // False when no record is left to have made an item of `kind`.
+  bool Find(ItemKind kind, ItemOrigin* origin);
+  // Playback reached the end of a pass: the records left in it were read
+  // and dropped by the module.
+  void EndOfPass();
+  RecordTally Tally();
+
+  // The line of the record last passed, 0 before the first.
+  uint32_t Line() const { return m_line.load(std::memory_order_relaxed); }
+  // Its record time in whole seconds, 0 before the first.
+  int64_t Clock() const { return m_clock.load(std::memory_order_relaxed); }
+
+ private:
+  // The next record of the walk, counted; false at the end of a pass.
+  bool Pass();
+
+  std::mutex m_lock;
+  RecordsAhead m_records;
+  SelectedRecord m_record;
+  uint32_t m_pass = 1;
+  bool m_passStarted = false;
+  double m_passFirst = 0.0;
+  double m_passLast = 0.0;
+  RecordTally m_tally;
+  // 32-bit atomics: lock-free on the 32-bit ARM head unit too.
+  std::atomic<uint32_t> m_line{0};
+  std::atomic<int32_t> m_clock{0};
+};
+
+}  // namespace PelorinHost

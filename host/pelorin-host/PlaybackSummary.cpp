@@ -1,0 +1,98 @@
+#include "PlaybackSummary.h"
+
+#include <cstdio>
+
+#include "host/common/JsonWriter.h"
+#include "host/common/TerminalText.h"
+#include "host/common/TimeText.h"
+
+namespace PelorinHost {
+namespace {
+
+using PelorinTools::JsonWriter;
+using PelorinTools::TerminalText;
+using PelorinTools::TimeText;
+
+// A recording full of made-up tags keeps the tally small.
+constexpr size_t kMostTags = 32;
+constexpr char kOtherTags[] = "(other tags)";
+
+std::string Decimal(double value, int decimals) {
+  char text[48];
+  std::snprintf(text, sizeof(text), "%.*f", decimals, value);
+  return text;
+}
+
+}  // namespace
+
+void RecordTally::Count(const std::string& tag, bool known, bool yields) {
+  if (!known) ++unknownTag;
+  if (known && !yields) ++badPayload;
+  for (auto& entry : byTag) {
+    if (entry.first == tag) {
+      ++entry.second;
+      return;
+    }
+  }
+  if (byTag.size() + 1 < kMostTags) {
+    byTag.emplace_back(tag, 1);
+    return;
+  }
+  if (byTag.size() + 1 == kMostTags) byTag.emplace_back(kOtherTags, 0);
+  ++byTag.back().second;
+}
+
+void PlaybackSummary::AppendJson(JsonWriter& json) const {
+  if (tallyKnown) {
+    json.Key("recordsByTag");
+    json.BeginObject();
+    for (const auto& entry : tally.byTag) {
+      json.TextKey(entry.first);
+      json.Uint(entry.second);
+    }
+    json.EndObject();
+    json.Key("dropped");
+    json.Uint(tally.unknownTag + tally.badPayload);
+    json.Key("droppedUnknownTag");
+    json.Uint(tally.unknownTag);
+    json.Key("droppedBadPayload");
+    json.Uint(tally.badPayload);
+    json.Key("meanSpeed");
+    json.Number(Decimal(MeanSpeed(), 3));
+  }
+  json.Key("wallSeconds");
+  json.Number(Decimal(wallSeconds, 3));
+}
+
+void PlaybackSummary::AppendFields(std::string& line) const {
+  if (tallyKnown) {
+    line += " dropped=" + std::to_string(tally.unknownTag + tally.badPayload);
+    line += " meanSpeed=" + Decimal(MeanSpeed(), 3);
+  }
+  line += " wallSeconds=" + Decimal(wallSeconds, 3);
+}
+
+std::vector<std::string> PlaybackSummary::Lines() const {
+  std::vector<std::string> lines;
+  if (tallyKnown) {
+    std::string byTag = "records dispatched:";
+    for (const auto& entry : tally.byTag) {
+      byTag += ' ' + TerminalText::Escaped(entry.first) + ' ' + std::to_string(entry.second);
+    }
+    if (tally.byTag.empty()) byTag += " none";
+    lines.push_back(byTag);
+    lines.push_back("records dropped: " + std::to_string(tally.unknownTag + tally.badPayload) +
+                    " (" + std::to_string(tally.unknownTag) + " unknown tag, " +
+                    std::to_string(tally.badPayload) + " unusable payload)");
+  }
+  std::string time = "wall time " + TimeText::Duration(static_cast<int64_t>(wallSeconds * 1000.0));
+  if (tallyKnown) {
+    time += ", recorded time played " +
+            TimeText::Duration(TimeText::RoundedMs(tally.spanSeconds)) + ", mean speed " +
+            Decimal(MeanSpeed(), 2) + "x";
+  }
+  lines.push_back(time);
+  return lines;
+}
+
+}  // namespace PelorinHost

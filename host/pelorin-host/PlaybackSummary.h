@@ -1,0 +1,49 @@
+#pragma once
+// PlaybackSummary: the figures of a run that tell how playback went: the
+// records the module read per tag, those it dropped (an unknown tag, a
+// payload it cannot use), whether and where playback stopped short of the
+// end of the file, the wall time and the mean speed (recorded time played per
+// wall time). The "finished" JSON item and the summary on standard error
+// are written from it, so both tell the same. A value.
+
+#include <cstdint>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "EventsScan.h"
+
+namespace PelorinTools {
+class JsonWriter;
+}
+
+namespace PelorinHost {
+
+// Records as the module read them, counted while their items are followed.
+struct RecordTally {
+  std::vector<std::pair<std::string, uint64_t>> byTag;  // in order of first sight
+  uint64_t unknownTag = 0;
+  uint64_t badPayload = 0;
+  double spanSeconds = 0.0;  // recorded time played, summed over passes
+
+  void Count(const std::string& tag, bool known, bool yields);
+};
+
+struct PlaybackSummary {
+  ScanResult scan;
+  bool scanKnown = false;
+  bool tallyKnown = false;  // false when the host does not read the recording
+  RecordTally tally;
+  double wallSeconds = 0.0;
+
+  double MeanSpeed() const { return wallSeconds > 0.0 ? tally.spanSeconds / wallSeconds : 0.0; }
+  // The figures as members of the "finished" item.
+  void AppendJson(PelorinTools::JsonWriter& json) const;
+  // The figures as fields of the readable "finished" item.
+  void AppendFields(std::string& line) const;
+  // The summary for standard error, lines without the program name (where
+  // and why playback stopped short is told before it, by the host).
+  std::vector<std::string> Lines() const;
+};
+
+}  // namespace PelorinHost

@@ -1,0 +1,64 @@
+#pragma once
+// PrivateEvents: the events file that the module plays when only part of a
+// recording is played or it is played repeatedly, written by the host into
+// its private storage root: only the selected records, each keeping its
+// bytes (line ends become LF, or a lone CR before a line that starts with a
+// CR).
+// - A regular file holding one pass, for the interactive runner, which
+//   rewinds it for every replay.
+// - A named pipe for the batched and real-time runners, which play a file
+//   once: a thread of this class feeds it pass after pass (--loop), reading
+//   the recording again for each, in constant memory.
+// Create and Stop run on the main thread; the feeding thread writes only the
+// pipe. The destructor stops the thread and removes the file.
+
+#include <atomic>
+#include <cstdint>
+#include <string>
+#include <thread>
+
+#include "SelectedRecords.h"
+#include "Selection.h"
+
+namespace PelorinHost {
+
+class PrivateEvents {
+ public:
+  // Where the module finds it, and its name in the storage root's folder.
+  static const char kModulePath[];
+  static const char kFileName[];
+
+  // `passes` 0: until stopped.
+  PrivateEvents(const Selection& selection, uint32_t passes)
+      : m_selection(selection), m_passes(passes) {}
+  ~PrivateEvents();
+  PrivateEvents(const PrivateEvents&) = delete;
+  PrivateEvents& operator=(const PrivateEvents&) = delete;
+
+  // False with `error` when the recording cannot be read or the file not
+  // written.
+  bool Create(const std::string& recording, const std::string& path, bool piped,
+              std::string* error);
+  void Stop();
+  // Records in one pass of a regular file.
+  uint64_t Records() const { return m_records; }
+
+  // The private file's bytes for `passes` passes of the recording (tests).
+  static bool Text(const Selection& selection, const std::string& recording, uint32_t passes,
+                   std::string* text);
+
+ private:
+  class Writer;
+
+  void Feed();
+
+  const Selection& m_selection;
+  const uint32_t m_passes;
+  std::string m_recording;
+  std::string m_path;
+  uint64_t m_records = 0;
+  std::atomic<bool> m_stop{false};
+  std::thread m_feeder;
+};
+
+}  // namespace PelorinHost

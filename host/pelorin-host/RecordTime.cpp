@@ -1,0 +1,104 @@
+#include "RecordTime.h"
+
+#include <cctype>
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+
+namespace PelorinHost {
+namespace {
+
+constexpr size_t kMaxNumberText = 256;
+
+bool IsSpace(char c) {
+  return c == ' ' || c == '\t' || c == '\r' || c == '\n' || c == '\v' || c == '\f';
+}
+
+std::string Trimmed(const std::string& text) {
+  size_t begin = 0;
+  size_t end = text.size();
+  while (begin < end && IsSpace(text[begin])) ++begin;
+  while (end > begin && IsSpace(text[end - 1])) --end;
+  return text.substr(begin, end - begin);
+}
+
+// Decimal digits, one decimal point and an exponent only: no hex, inf or nan.
+bool Convert(const std::string& text, double* value) {
+  if (text.empty() || text.size() > kMaxNumberText) return false;
+  for (char c : text) {
+    if (!std::isdigit(static_cast<unsigned char>(c)) && c != '.' && c != 'e' && c != 'E' &&
+        c != '+' && c != '-') {
+      return false;
+    }
+  }
+  char* end = nullptr;
+  const double parsed = std::strtod(text.c_str(), &end);
+  if (end != text.c_str() + text.size() || !std::isfinite(parsed)) return false;
+  *value = parsed;
+  return true;
+}
+
+// The number text as written when JSON accepts it as it stands.
+bool IsJsonNumber(const std::string& text) {
+  size_t i = 0;
+  const size_t n = text.size();
+  auto digits = [&]() {
+    const size_t from = i;
+    while (i < n && std::isdigit(static_cast<unsigned char>(text[i]))) ++i;
+    return i > from;
+  };
+  if (i < n && text[i] == '-') ++i;
+  if (i < n && text[i] == '0') {
+    ++i;
+  } else if (!digits()) {
+    return false;
+  }
+  if (i < n && text[i] == '.') {
+    ++i;
+    if (!digits()) return false;
+  }
+  if (i < n && (text[i] == 'e' || text[i] == 'E')) {
+    ++i;
+    if (i < n && (text[i] == '+' || text[i] == '-')) ++i;
+    if (!digits()) return false;
+  }
+  return i == n;
+}
+
+// The shortest text that reads back as `value`.
+std::string ShortestText(double value) {
+  char text[40];
+  for (int precision = 15; precision <= 17; ++precision) {
+    std::snprintf(text, sizeof(text), "%.*g", precision, value);
+    if (std::strtod(text, nullptr) == value) break;
+  }
+  return text;
+}
+
+}  // namespace
+
+bool RecordTime::Parse(const std::string& text, double* seconds) {
+  *seconds = 0.0;
+  std::string trimmed = Trimmed(text);
+  if (Convert(trimmed, seconds)) return true;
+  // A decimal comma: the module's retry reads every "." as a "," too.
+  for (char& c : trimmed) {
+    if (c == ',') c = '.';
+  }
+  return Convert(trimmed, seconds);
+}
+
+std::string RecordTime::JsonNumber(const std::string& text) {
+  // Most recordings write plain numbers: keep them without converting.
+  if (text.find_first_of("eE") == std::string::npos && IsJsonNumber(text)) return text;
+  double seconds = 0.0;
+  if (!Parse(text, &seconds)) return "0";
+  std::string written = Trimmed(text);
+  for (char& c : written) {
+    if (c == ',') c = '.';
+  }
+  if (!written.empty() && written[0] == '+') written.erase(0, 1);
+  return IsJsonNumber(written) ? written : ShortestText(seconds);
+}
+
+}  // namespace PelorinHost

@@ -1,0 +1,112 @@
+#include "RecordYield.h"
+
+#include <algorithm>
+
+
+namespace PelorinHost {
+namespace {
+
+constexpr std::string_view kTmcKeys[] = {"timeStamp", "LTN", "SID", "PID", "tmcData"};
+constexpr std::string_view kServiceListKeys[] = {
+    "serviceType", "sd_SID", "sd_MGS", "sd_LTCC",       "sd_LTN", "sd_PID", "sd_ST",       "sd_SPN",
+    "sd_sendername", "sd_Q", "SID_A", "SID_B", "SID_C", "SS_ID",  "monitorState"};
+
+struct Call {
+  std::string_view method;
+  size_t arguments;
+};
+const Call kCalls[] = {{"setOnlineTrafficDataStatus", 1}, {"getInventory", 0},
+                       {"getNewData", 0},
+                       {"setNewData", 1},
+                       {"setNewSession", 0},
+                       {"setTimeoutForFallback", 1},
+                       {"dsiConnectionStateChanged", 1}};
+
+template <size_t N>
+bool IsKey(const std::string_view (&keys)[N], std::string_view key) {
+  for (std::string_view known : keys) {
+    if (key == known) return true;
+  }
+  return false;
+}
+
+// Whether the key=value payload makes a message: every key known, a quoted
+// value runs to the next quote, a plain one to the next blank or ";", one
+// byte separates pairs, and the last value is not empty.
+template <size_t N>
+bool PairsYield(const std::string_view (&keys)[N], std::string_view payload) {
+  size_t pos = 0;
+  while (pos < payload.size()) {
+    const size_t equals = payload.find('=', pos);
+    if (equals == std::string_view::npos || !IsKey(keys, payload.substr(pos, equals - pos))) {
+      return false;
+    }
+    pos = equals + 1;
+    size_t valueBegin = pos;
+    size_t valueEnd;
+    if (pos < payload.size() && payload[pos] == '"') {
+      valueBegin = ++pos;
+      if (pos == payload.size()) return false;
+      const size_t closing = payload.find('"', pos);
+      valueEnd = closing == std::string_view::npos ? payload.size() : closing;
+      pos = closing == std::string_view::npos ? valueEnd : closing + 1;
+    } else {
+      valueEnd = std::min(payload.find_first_of(" ;", pos), payload.size());
+      pos = valueEnd;
+    }
+    if (pos == payload.size()) return valueEnd > valueBegin;
+    ++pos;
+  }
+  return true;
+}
+
+}  // namespace
+
+size_t RecordYield::CallArguments(std::string_view payload, std::string_view* method) {
+  const size_t colon = payload.find(':');
+  *method = payload.substr(0, colon);
+  if (colon == std::string_view::npos) return 0;
+  size_t count = 0;
+  size_t pos = colon + 1;
+  while (pos < payload.size()) {
+    if (payload[pos] == ' ') {
+      ++pos;
+      continue;
+    }
+    size_t begin = pos;
+    size_t end;
+    if (payload[pos] == '"') {
+      begin = pos + 1;
+      const size_t closing = payload.find('"', begin);
+      end = closing == std::string_view::npos ? payload.size() : closing;
+      pos = closing == std::string_view::npos ? end : closing + 1;
+    } else {
+      end = payload.find(' ', pos);
+      if (end == std::string_view::npos) end = payload.size();
+      pos = end;
+    }
+    if (end > begin) ++count;
+  }
+  return count;
+}
+
+RecordYield RecordYield::Of(std::string_view tag, std::string_view payload) {
+  RecordYield yield;
+  if (tag == "$TMC") {
+    yield.kind = ItemKind::kTmc;
+    yield.yields = PairsYield(kTmcKeys, payload);
+  } else if (tag == "$TSL") {
+    yield.kind = ItemKind::kServiceList;
+    yield.yields = PairsYield(kServiceListKeys, payload);
+  } else if (tag == "$TOT") {
+    yield.kind = ItemKind::kOnlineTraffic;
+    std::string_view method;
+    const size_t arguments = CallArguments(payload, &method);
+    for (const Call& call : kCalls) {
+      if (method == call.method) yield.yields = arguments == call.arguments;
+    }
+  }
+  return yield;
+}
+
+}  // namespace PelorinHost

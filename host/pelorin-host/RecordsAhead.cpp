@@ -1,0 +1,75 @@
+#include "RecordsAhead.h"
+
+#include <utility>
+
+#include "RecordTime.h"
+
+namespace PelorinHost {
+
+bool RecordsAhead::Start(const std::string& recording, std::string* error) {
+  if (!m_records.Open(recording, error)) return false;
+  m_walker = std::thread(&RecordsAhead::Walk, this);
+  return true;
+}
+
+void RecordsAhead::Stop() {
+  {
+    std::lock_guard<std::mutex> guard(m_lock);
+    m_stop = true;
+  }
+  m_changed.notify_all();
+  if (m_walker.joinable()) m_walker.join();
+}
+
+// Moves a batch into the queue once there is room; false when stopped.
+bool RecordsAhead::Hand(std::vector<Slot>* batch) {
+  std::unique_lock<std::mutex> lock(m_lock);
+  m_changed.wait(lock, [this] { return m_stop || m_queue.size() < kAhead / kBatch; });
+  if (m_stop) return false;
+  m_queue.push_back(std::move(*batch));
+  batch->clear();
+  batch->reserve(kBatch);
+  m_changed.notify_all();
+  return true;
+}
+
+void RecordsAhead::Walk() {
+  std::vector<Slot> batch;
+  batch.reserve(kBatch);
+  bool going = true;
+  while (going) {
+    uint64_t records = 0;
+    Slot slot;
+    while (going && m_records.Next(&slot.record)) {
+      slot.record.text.clear();
+      slot.record.timeText = RecordTime::JsonNumber(slot.record.timeText);
+      batch.push_back(slot);
+      ++records;
+      if (batch.size() >= kBatch) going = Hand(&batch);
+    }
+    batch.push_back(Slot{true, {}});
+    // A pass without records, or a file that cannot be read again, ends it.
+    going = going && Hand(&batch) && records > 0 && m_records.Rewind();
+  }
+  std::lock_guard<std::mutex> guard(m_lock);
+  m_walkEnded = true;
+  m_changed.notify_all();
+}
+
+bool RecordsAhead::Next(SelectedRecord* record) {
+  if (m_takenAt == m_taken.size()) {
+    std::unique_lock<std::mutex> lock(m_lock);
+    m_changed.wait(lock, [this] { return m_stop || m_walkEnded || !m_queue.empty(); });
+    if (m_queue.empty()) return false;
+    m_taken = std::move(m_queue.front());
+    m_queue.pop_front();
+    m_takenAt = 0;
+    m_changed.notify_all();
+  }
+  Slot& slot = m_taken[m_takenAt++];
+  const bool found = !slot.endOfPass;
+  if (found) std::swap(*record, slot.record);
+  return found;
+}
+
+}  // namespace PelorinHost

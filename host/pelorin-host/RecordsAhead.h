@@ -1,0 +1,62 @@
+#pragma once
+// RecordsAhead: walks the selection of a recording on a thread of its own,
+// pass after pass, up to a fixed number of records ahead of its reader, so
+// that following what the module plays costs the module's work-loop thread
+// no reading or parsing. Next is called by one thread (ItemOrigins, under
+// its lock); the walking thread only fills the queue, handing over whole
+// batches, so that neither side takes the lock or allocates per record. Stop (also the
+// destructor) ends the thread.
+
+#include <condition_variable>
+#include <cstdint>
+#include <deque>
+#include <mutex>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "SelectedRecords.h"
+#include "Selection.h"
+
+namespace PelorinHost {
+
+class RecordsAhead {
+ public:
+  explicit RecordsAhead(const Selection& selection) : m_records(selection) {}
+  ~RecordsAhead() { Stop(); }
+  RecordsAhead(const RecordsAhead&) = delete;
+  RecordsAhead& operator=(const RecordsAhead&) = delete;
+
+  // Opens the recording and starts the walk; false with `error` when the
+  // recording cannot be read.
+  bool Start(const std::string& recording, std::string* error);
+  void Stop();
+
+  // The next record of the pass (its text left empty, its time text made a
+  // JSON number, RecordTime::JsonNumber); false at the end of
+  // the pass, after which the next pass follows, or when nothing follows.
+  bool Next(SelectedRecord* record);
+
+ private:
+  struct Slot {
+    bool endOfPass = false;
+    SelectedRecord record;
+  };
+  static constexpr size_t kAhead = 4096;
+  static constexpr size_t kBatch = 256;
+
+  void Walk();
+  bool Hand(std::vector<Slot>* batch);
+
+  SelectedRecords m_records;
+  std::thread m_walker;
+  std::mutex m_lock;
+  std::condition_variable m_changed;
+  std::deque<std::vector<Slot>> m_queue;  // batches, guarded by m_lock
+  bool m_walkEnded = false;  // guarded by m_lock
+  bool m_stop = false;       // guarded by m_lock
+  std::vector<Slot> m_taken;  // the reader's own batch
+  size_t m_takenAt = 0;
+};
+
+}  // namespace PelorinHost

@@ -1,0 +1,52 @@
+#pragma once
+// Selection: which records of a recording pelorin-host plays (--from,
+// --until, --only, --skip). A bound is a record time as written in the file,
+// "+S" (seconds after the first record's time) or "@N" (line N). Record
+// times are not changed. A value, filled while the command line is parsed
+// and read by the threads that write and follow the private events file.
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace PelorinHost {
+
+struct SelectionBound {
+  enum Kind { kNone, kTime, kOffset, kLine };
+  Kind kind = kNone;
+  double seconds = 0.0;  // kTime, kOffset
+  uint64_t line = 0;     // kLine
+};
+
+class Selection {
+ public:
+  // Each false with `error` (one line naming the option and the accepted
+  // form) when the text cannot be used.
+  bool SetFrom(const std::string& text, std::string* error);
+  bool SetUntil(const std::string& text, std::string* error);
+  bool SetOnly(const std::string& text, std::string* error);
+  bool SetSkip(const std::string& text, std::string* error);
+  // False when --from lies after --until (bounds of the same kind).
+  bool Check(std::string* error) const;
+
+  bool Restricts() const;
+  // Whether the record of `line` with `time` and `tag` is played; `first` is
+  // the time of the recording's first record.
+  bool Accepts(uint64_t line, double time, double first, std::string_view tag) const;
+  // No record after `line` can be played.
+  bool EndsBefore(uint64_t line) const;
+
+ private:
+  static bool ParseBound(const char* option, const std::string& text, SelectionBound* bound,
+                         std::string* error);
+  static bool ParseTags(const char* option, const std::string& text,
+                        std::vector<std::string>* tags, std::string* error);
+
+  SelectionBound m_from;
+  SelectionBound m_until;
+  std::vector<std::string> m_only;  // with the "$"
+  std::vector<std::string> m_skip;
+};
+
+}  // namespace PelorinHost
