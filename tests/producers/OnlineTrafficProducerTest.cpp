@@ -183,7 +183,7 @@ TEST_F(OnlineTrafficProducerWaits, LimitedWaitsGiveUpAfter100PollsWithoutWarning
   EXPECT_EQ(producer.OnRecord(43, "$TOT", "setOnlineTrafficDataStatus:5"), 0);
   EXPECT_EQ(clock.polls, 300u);  // not ready; no value wait for a non-zero status
   EXPECT_EQ(silent.calls, (std::vector<std::string>{"setOnlineTrafficDataStatus 0",
-                                                      "setOnlineTrafficDataStatus 5"}));
+                                                    "setOnlineTrafficDataStatus 5"}));
   EXPECT_EQ(trace.Count("WaitFor"), 0u);
   producer.OnServiceStatus(0);
   producer.OnServiceValue(1);
