@@ -7,7 +7,6 @@
 // service and the data pool on the player's work-loop thread.
 
 #include <atomic>
-#include <chrono>
 #include <cstdint>
 #include <functional>
 #include <mutex>
@@ -83,16 +82,6 @@ inline bool SectionsStayWhole(int writers, int sections, const std::function<voi
   }
   for (auto& thread : threads) thread.join();
   return !torn.load();
-}
-
-// Polls until `condition` holds; false at the (scaled) deadline.
-inline bool WaitUntil(const std::function<bool()>& condition, uint32_t ms = 5000) {
-  const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(ScaledMs(ms));
-  while (!condition()) {
-    if (std::chrono::steady_clock::now() > deadline) return false;
-    std::this_thread::sleep_for(std::chrono::milliseconds(5));
-  }
-  return true;
 }
 
 // A thread-safe list of recorded calls.

@@ -250,35 +250,6 @@ TEST(ModuleLoadTest, PlaysUnderHmiControlAndGoesDownThroughTheRunLevel) {
   EXPECT_TRUE(module.Unload());
 }
 
-// Destroying the module while it plays ends playback, and a fresh load
-// starts from a fresh speed table (100 percent).
-TEST(ModuleLoadTest, DestroyInTheMiddleOfPlaybackAndLoadAgain) {
-  StorageFolder storage("autostart=0\n", kEvents);
-  TraceCapture trace(2);
-  for (int round = 0; round < 2; ++round) {
-    SCOPED_TRACE(round);
-    LoadedModule module;
-    ASSERT_TRUE(module.Loaded());
-    RunningHost unit(module);
-    ASSERT_NO_FATAL_FAILURE(unit.Start());
-    trace.Clear();
-    ASSERT_NO_FATAL_FAILURE(unit.PlayToTheFarRecord());
-    EXPECT_TRUE(trace.Contains("MirlApp::SetPlayerSpeedFromDP:playbackSpeed=100"));
-    if (round == 0) {
-      EXPECT_TRUE(SetSpeedPercent(300));
-    }
-    module.destroy();
-    EXPECT_EQ(DataPoolDirectory::FindProvider(77), nullptr);
-    EXPECT_EQ(DataPoolDirectory::FindClient(76), nullptr);
-    EXPECT_EQ(unit.registration.detached.All().size(), 1u);
-    EXPECT_EQ(unit.pool.unregistered.All(), (std::vector<uint32_t>{77}));
-    EXPECT_TRUE(module.Unload());
-  }
-  // The unloaded module's channel is gone: changing every "Pelorin"
-  // channel's threshold touches only live ones.
-  tracing::SetThreshold("Pelorin", 2);
-}
-
 TEST(ModuleLoadTest, BadUseDoesNotCrashOrLeak) {
   StorageFolder storage("autostart=0\n", kEvents);
   TraceCapture trace(2);

@@ -126,17 +126,26 @@ constexpr uint32_t kNow = 1614558600u;
 
 void FixedNow(DateTime& now) { DateTimeFromSeconds(now, kNow); }
 
-// An online traffic service that accepts every call at once.
-class AcceptingService : public OnlineTrafficService {
+// An online traffic service that takes every call and never answers.
+class SilentService : public OnlineTrafficService {
  public:
-  ~AcceptingService() override = default;
-  int setOnlineTrafficDataStatus(int32_t) override { return 0; }
-  int getInventory() override { return 0; }
-  int getNewData() override { return 0; }
-  int setNewData(std::shared_ptr<CIString>) override { return 0; }
-  int setNewSession() override { return 0; }
-  int setTimeoutForFallback(int64_t) override { return 0; }
-  int dsiConnectionStateChanged(int32_t) override { return 0; }
+  int setOnlineTrafficDataStatus(int32_t) override { return Called(); }
+  int getInventory() override { return Called(); }
+  int getNewData() override { return Called(); }
+  int setNewData(std::shared_ptr<CIString>) override { return Called(); }
+  int setNewSession() override { return Called(); }
+  int setTimeoutForFallback(int64_t) override { return Called(); }
+  int dsiConnectionStateChanged(int32_t) override { return Called(); }
+  int Calls() const { return m_calls.load(); }
+  Event called;
+
+ private:
+  int Called() {
+    m_calls.fetch_add(1);
+    called.Set();
+    return 0;
+  }
+  std::atomic<int> m_calls{0};
 };
 
 struct Message {
@@ -196,7 +205,7 @@ TEST_F(DataPlayerTimeAdjusterTest, OnlineMessagesMoveByTheLastOnlineDataTime) {
   const Message online(1, {1, 25, 10, 0}, {2, 1, 8, 59});
   EXPECT_EQ(Adjust(online), online.Times());  // no data file announced yet
 
-  AcceptingService service;
+  SilentService service;
   OnlineTrafficReply* reply = m_player.GetOnlineTrafficReply();
   reply->SetService(&service);
   reply->OnServiceStatus(0);
@@ -248,34 +257,6 @@ INSTANTIATE_TEST_SUITE_P(
                       Midway{"RealTime", "interactive=false\nplaybackSpeed=1\n", 3, 1000.0},
                       Midway{"Batched", "interactive=false\n", 100000, 1.0}),
     [](const ::testing::TestParamInfo<Midway>& tp) { return tp.param.name; });
-
-}  // namespace
-}  // namespace Quillan
-
-namespace Quillan {
-namespace {
-
-// An online traffic service that takes every call and never answers.
-class SilentService : public OnlineTrafficService {
- public:
-  int setOnlineTrafficDataStatus(int32_t) override { return Called(); }
-  int getInventory() override { return Called(); }
-  int getNewData() override { return Called(); }
-  int setNewData(std::shared_ptr<CIString>) override { return Called(); }
-  int setNewSession() override { return Called(); }
-  int setTimeoutForFallback(int64_t) override { return Called(); }
-  int dsiConnectionStateChanged(int32_t) override { return Called(); }
-  int Calls() const { return m_calls.load(); }
-  Event called;
-
- private:
-  int Called() {
-    m_calls.fetch_add(1);
-    called.Set();
-    return 0;
-  }
-  std::atomic<int> m_calls{0};
-};
 
 // Destroyed while line 1 waits for an answer that never comes, the player
 // gives up the wait promptly and plays nothing after it: line 2 never

@@ -28,94 +28,84 @@ std::unique_ptr<InteractiveRunner> MakeRunner(bool autostart, double speed = 1.0
   return runner;
 }
 
-struct WorkedExample {
-  const char* name;
-  double speed;
-  Strings log;
-  std::vector<uint32_t> delays;
-};
-
-class InteractiveRunnerExampleTest : public ::testing::TestWithParam<WorkedExample> {};
-
-TEST_P(InteractiveRunnerExampleTest, TicksNextEventsAndDispatchesComeInOrderWithTheirDelays) {
-  const WorkedExample& example = GetParam();
-  PlaybackRig<InteractiveRunner> rig(kThreeRecords, MakeRunner(true, example.speed));
-  rig.Run();
-  rig.loop().RunAll();
-  EXPECT_EQ(rig.probe().Log(), example.log);
-  EXPECT_EQ(rig.loop().Delays(), example.delays);
-  const auto posts = rig.loop().Posts();
-  ASSERT_FALSE(posts.empty());
-  EXPECT_FALSE(posts[0].delayed);  // the first step comes from RunOn's Post
-  for (const auto& post : posts) EXPECT_EQ(post.priority, 16u);
-  EXPECT_EQ(rig.loop().Held(), 0u);
-}
-
 const Strings kLogAtSpeed1 = {"next 10",          "tick 10", "record 10 $TMC a", "next 11",
                               "record 11 $TMC b", "next 15", "tick 12",          "tick 14",
                               "record 15 $TMC c", "finished"};
-const Strings kLogAtSpeed2 = {"next 10", "tick 10",          "record 10 $TMC a",
-                              "next 11", "record 11 $TMC b", "next 15",
-                              "tick 14", "record 15 $TMC c", "finished"};
 
-INSTANTIATE_TEST_SUITE_P(
-    SpeedsAndLoops, InteractiveRunnerExampleTest,
-    ::testing::Values(
-        WorkedExample{"Speed1", 1.0, kLogAtSpeed1, {0, 1000, 1000, 2000, 1000}},
-        WorkedExample{"Speed2", 2.0, kLogAtSpeed2, {0, 500, 1500, 500}}),
-    [](const ::testing::TestParamInfo<WorkedExample>& tp) { return tp.param.name; });
-
-// After two steps over records at `first` and 20.0 the runner stands at 20.0
-// with the next tick at `first` + 2; then the speed doubles.
-struct Retiming {
-  const char* name;
-  const char* events;
-  Strings logAfterChange;
-  uint32_t delayAfterChange;
-};
-
-class InteractiveRunnerRetimingTest : public ::testing::TestWithParam<Retiming> {};
-
-TEST_P(InteractiveRunnerRetimingTest, SpeedChangeKeepsTheWallClockLengthBeyondThePendingRecord) {
-  PlaybackRig<InteractiveRunner> rig(GetParam().events, MakeRunner(true));
-  rig.Run();
-  rig.loop().RunNext();
-  rig.loop().RunNext();
-  rig.probe().Clear();
-  rig.runner().SetSpeed(2.0);
-  rig.loop().RunNext();  // the step queued before the change
-  rig.loop().RunNext();
-  EXPECT_EQ(rig.probe().Log(), GetParam().logAfterChange);
-  EXPECT_EQ(rig.loop().Delays().back(), GetParam().delayAfterChange);
-}
-
-INSTANTIATE_TEST_SUITE_P(TickBeyondOrBeforeRecord, InteractiveRunnerRetimingTest,
-                         ::testing::Values(
-                             // Next tick 21.0 lies beyond the record at 20.0: it moves to 22.0.
-                             Retiming{"TickBeyond",
-                                      "19 $TMC a\n20 $TMC b\n30 $TMC c\n",
-                                      {"record 20 $TMC b", "next 30", "tick 22"},
-                                      (26000 - 22000) / 2},
-                             // Next tick 19.0 comes before the record at 20.0: it stays.
-                             Retiming{"TickBefore",
-                                      "17 $TMC a\n20 $TMC b\n30 $TMC c\n",
-                                      {"tick 19", "record 20 $TMC b", "next 30"},
-                                      (23000 - 20000) / 2}),
-                         [](const ::testing::TestParamInfo<Retiming>& tp) {
-                           return tp.param.name;
-                         });
-
-TEST(InteractiveRunnerTest, NonPositiveSpeedMeansRecordedSpeed) {
+// Whole playbacks: the runner starts at speed 4, then gets `speed`; a
+// non-positive speed means recorded speed.
+TEST(InteractiveRunnerTest, WorkedExamples) {
   pelorin_test::TraceCapture capture(2);
-  for (double speed : {0.0, -3.0}) {
-    PlaybackRig<InteractiveRunner> rig(kThreeRecords, MakeRunner(true, 4.0));
-    rig.runner().SetSpeed(speed);
+  const struct {
+    const char* events;
+    double speed;
+    Strings log;
+    std::vector<uint32_t> delays;
+  } examples[] = {
+      {kThreeRecords, 1.0, kLogAtSpeed1, {0, 1000, 1000, 2000, 1000}},
+      {kThreeRecords, 0.0, kLogAtSpeed1, {0, 1000, 1000, 2000, 1000}},
+      {kThreeRecords, -3.0, kLogAtSpeed1, {0, 1000, 1000, 2000, 1000}},
+      {kThreeRecords,
+       2.0,
+       {"next 10", "tick 10", "record 10 $TMC a", "next 11", "record 11 $TMC b", "next 15",
+        "tick 14", "record 15 $TMC c", "finished"},
+       {0, 500, 1500, 500}},
+      // The clock starts at the first positive time and starts again after
+      // the record at -4; records without a positive time are not dispatched.
+      {"0 $TMC z\n10 $TMC a\n-4 $TMC y\n13 $TMC b\n",
+       1.0,
+       {"next 0", "next 10", "tick 10", "record 10 $TMC a", "next -4", "next 13", "tick 13",
+        "record 13 $TMC b", "finished"},
+       {0, 0, 0, 0}},
+  };
+  for (const auto& example : examples) {
+    SCOPED_TRACE(example.events + std::to_string(example.speed));
+    PlaybackRig<InteractiveRunner> rig(example.events, MakeRunner(true, 4.0));
+    rig.runner().SetSpeed(example.speed);
     rig.Run();
     rig.loop().RunAll();
-    EXPECT_EQ(rig.loop().Delays(), (std::vector<uint32_t>{0, 1000, 1000, 2000, 1000}));
+    EXPECT_EQ(rig.probe().Log(), example.log);
+    EXPECT_EQ(rig.loop().Delays(), example.delays);
+    const auto posts = rig.loop().Posts();
+    ASSERT_FALSE(posts.empty());
+    EXPECT_FALSE(posts[0].delayed);  // the first step comes from RunOn's Post
+    for (const auto& post : posts) EXPECT_EQ(post.priority, 16u);
+    EXPECT_EQ(rig.loop().Held(), 0u);
   }
   EXPECT_TRUE(capture.Contains("InteractiveRunner::SetSpeed: -3"));
   EXPECT_TRUE(capture.Contains("InteractiveRunner::InteractiveRunner, m_stopped=0"));
+}
+
+// After two steps over records at `first` and 20.0 the runner stands at 20.0
+// with the next tick at `first` + 2; then the speed doubles. The wall-clock
+// length beyond the pending record is kept.
+TEST(InteractiveRunnerTest, SpeedChangeRetimesTheNextTick) {
+  const struct {
+    const char* events;
+    Strings logAfterChange;
+    uint32_t delayAfterChange;
+  } cases[] = {
+      // Next tick 21.0 lies beyond the record at 20.0: it moves to 22.0.
+      {"19 $TMC a\n20 $TMC b\n30 $TMC c\n",
+       {"record 20 $TMC b", "next 30", "tick 22"},
+       (26000 - 22000) / 2},
+      // Next tick 19.0 comes before the record at 20.0: it stays.
+      {"17 $TMC a\n20 $TMC b\n30 $TMC c\n",
+       {"tick 19", "record 20 $TMC b", "next 30"},
+       (23000 - 20000) / 2},
+  };
+  for (const auto& c : cases) {
+    PlaybackRig<InteractiveRunner> rig(c.events, MakeRunner(true));
+    rig.Run();
+    rig.loop().RunNext();
+    rig.loop().RunNext();
+    rig.probe().Clear();
+    rig.runner().SetSpeed(2.0);
+    rig.loop().RunNext();  // the step queued before the change
+    rig.loop().RunNext();
+    EXPECT_EQ(rig.probe().Log(), c.logAfterChange) << c.events;
+    EXPECT_EQ(rig.loop().Delays().back(), c.delayAfterChange) << c.events;
+  }
 }
 
 TEST(InteractiveRunnerTest, WithoutAutostartNothingIsReadUntilAnAcceptedStart) {
@@ -238,18 +228,6 @@ TEST(InteractiveRunnerTest, CoarseRecordTimesStillTickAndPlay) {
     ASSERT_EQ(delays.size(), c.delays) << c.events;
     EXPECT_EQ(std::count(delays.begin() + 1, delays.end(), 0u), 0) << c.events;
   }
-}
-
-TEST(InteractiveRunnerTest, RecordsWithoutAPositiveTimeAreNeverDispatched) {
-  PlaybackRig<InteractiveRunner> rig("0 $TMC z\n10 $TMC a\n-4 $TMC y\n13 $TMC b\n",
-                                     MakeRunner(true));
-  rig.Run();
-  rig.loop().RunAll();
-  // The clock starts at the first positive time and starts again after the
-  // record at -4.
-  EXPECT_EQ(rig.probe().Log(),
-            (Strings{"next 0", "next 10", "tick 10", "record 10 $TMC a", "next -4", "next 13",
-                     "tick 13", "record 13 $TMC b", "finished"}));
 }
 
 }  // namespace

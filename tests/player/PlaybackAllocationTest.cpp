@@ -6,51 +6,16 @@
 
 #include <gtest/gtest.h>
 
-#include <atomic>
 #include <cstdio>
-#include <cstdlib>
 #include <memory>
-#include <new>
 #include <string>
 
 #include "player/Record.h"
 #include "player/RecordReader.h"
 #include "producers/RecordDispatcher.h"
 #include "producers/TrafficDataListener.h"
+#include "tests/support/AllocationCounter.h"
 #include "tests/support/MemoryInput.h"
-
-namespace {
-
-std::atomic<long> g_allocations{0};
-
-// Not inlined, so that the compiler does not pair malloc with operator new.
-[[gnu::noinline]] void FreeMemory(void* memory) { std::free(memory); }
-
-[[gnu::noinline]] void* CountedAllocation(std::size_t size) {
-  g_allocations += 1;
-  return std::malloc(size != 0 ? size : 1);
-}
-
-}  // namespace
-
-void* operator new(std::size_t size) {
-  void* memory = CountedAllocation(size);
-  if (memory == nullptr) throw std::bad_alloc();
-  return memory;
-}
-void* operator new[](std::size_t size) { return operator new(size); }
-void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
-  return CountedAllocation(size);
-}
-void* operator new[](std::size_t size, const std::nothrow_t&) noexcept {
-  return CountedAllocation(size);
-}
-void operator delete(void* memory) noexcept { FreeMemory(memory); }
-void operator delete[](void* memory) noexcept { FreeMemory(memory); }
-void operator delete(void* memory, std::size_t) noexcept { FreeMemory(memory); }
-void operator delete[](void* memory, std::size_t) noexcept { FreeMemory(memory); }
-void operator delete(void* memory, const std::nothrow_t&) noexcept { FreeMemory(memory); }
-void operator delete[](void* memory, const std::nothrow_t&) noexcept { FreeMemory(memory); }
 
 namespace Quillan {
 namespace {
@@ -90,12 +55,12 @@ TEST(PlaybackAllocation, SteadyTmcReplayDoesNotAllocate) {
     Record record;
     long steadyAllocations = 0;
     for (int i = 0; i < kWarmUp + records; ++i) {
-      if (i == kWarmUp) steadyAllocations = -g_allocations.load();
+      if (i == kWarmUp) steadyAllocations = -pelorin_test::AllocationCount();
       ASSERT_EQ(input.Reader()->ReadRecord(record), ReadStatus::kRecord);
       ASSERT_EQ(dispatcher.OnRecord(static_cast<uint32_t>(record.time), record.tag, record.payload),
                 0);
     }
-    steadyAllocations += g_allocations.load();
+    steadyAllocations += pelorin_test::AllocationCount();
     EXPECT_EQ(steadyAllocations, 0) << records << " records";
     EXPECT_EQ(listener.bytes, 5u * static_cast<uint32_t>(kWarmUp + records));
   }

@@ -7,11 +7,8 @@
 // whose held steps the test runs one by one. Tear-down follows the player's
 // order: runner shut down, loop stopped and deleted, then the runner.
 
-#include <chrono>
-#include <functional>
 #include <memory>
 #include <string>
-#include <thread>
 
 #include "player/Config.h"
 #include "player/Runner.h"
@@ -19,6 +16,7 @@
 #include "tests/support/PlaybackProbe.h"
 #include "tests/support/RecordingWorkLoop.h"
 #include "tests/support/TempFile.h"
+#include "tests/support/TestTime.h"
 
 namespace pelorin_test {
 
@@ -26,16 +24,6 @@ namespace pelorin_test {
 inline Quillan::Config MakeConfig(const std::string& text) {
   TempFile file(text);
   return Quillan::Config::FromFile(file.Path());
-}
-
-// Polls `condition` every millisecond; false when `timeoutMs` passed first.
-inline bool WaitUntil(const std::function<bool()>& condition, uint32_t timeoutMs) {
-  const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(timeoutMs);
-  while (!condition()) {
-    if (std::chrono::steady_clock::now() > deadline) return false;
-    std::this_thread::sleep_for(std::chrono::milliseconds(1));
-  }
-  return true;
 }
 
 template <typename RunnerType>

@@ -57,46 +57,29 @@ std::vector<Result> ReadAll(const std::string& bytes) {
 
 Result ReadOne(const std::string& line) { return ReadAll(line).front(); }
 
-TEST(RecordReaderLines, LineEndsGiveTheSameRecords) {
-  const std::vector<std::string> files = {
-      "1 $A a\n2.5 $B\n3 $C c c\n",        // LF
-      "1 $A a\r\n2.5 $B\r\n3 $C c c\r\n",  // CR LF
-      "1 $A a\r2.5 $B\r3 $C c c\r",        // CR
-      "1 $A a\r\n2.5 $B\r3 $C c c",        // mixed, last line without an end
+// Whole inputs: every line end gives the same records, an empty line is
+// malformed, and the end of input empties the tag even without a record.
+TEST(RecordReaderLines, LineEndsAndEmptyLines) {
+  const ReadStatus ok = ReadStatus::kRecord;
+  const Result end{ReadStatus::kEndOfInput, 0, "", ""};
+  const Result empty{ReadStatus::kMalformedLine, 0, "", ""};
+  const std::vector<Result> threeRecords = {
+      {ok, 1, "$A", "a"}, {ok, 2.5, "$B", ""}, {ok, 3, "$C", "c c"}, end};
+  const std::vector<Result> emptyLine = {{ok, 1, "$A", ""}, empty, {ok, 2, "$B", ""}, end};
+  const std::vector<std::pair<std::string, std::vector<Result>>> cases = {
+      {"1 $A a\n2.5 $B\n3 $C c c\n", threeRecords},
+      {"1 $A a\r\n2.5 $B\r\n3 $C c c\r\n", threeRecords},
+      {"1 $A a\r2.5 $B\r3 $C c c\r", threeRecords},
+      {"1 $A a\r\n2.5 $B\r3 $C c c", threeRecords},  // last line without an end
+      {"", {end}},
+      {"1 $A\n\n2 $B\n", emptyLine},
+      {"1 $A\r\n\r\n2 $B\r\n", emptyLine},
+      // The second CR of CR CR starts the next line; a CR right before the
+      // end of input ends the line.
+      {"1 $A\r\r2 $B x\n", {{ok, 1, "$A", ""}, {ok, 2, "$B", "x"}, end}},
+      {"1 $A\r", {{ok, 1, "$A", ""}, end}},
   };
-  for (const std::string& file : files) {
-    SCOPED_TRACE(file);
-    const std::vector<Result> results = ReadAll(file);
-    ASSERT_EQ(results.size(), 4u);
-    EXPECT_EQ(results[0].status, ReadStatus::kRecord);
-    EXPECT_EQ(results[0].time, 1.0);
-    EXPECT_EQ(results[0].payload, "a");
-    EXPECT_EQ(results[1].time, 2.5);
-    EXPECT_EQ(results[1].tag, "$B");
-    EXPECT_EQ(results[1].payload, "");
-    EXPECT_EQ(results[2].status, ReadStatus::kRecord);
-    EXPECT_EQ(results[2].payload, "c c");
-    EXPECT_EQ(results[3].status, ReadStatus::kEndOfInput);
-    EXPECT_EQ(results[3].tag, "");  // emptied even without a record
-  }
-}
-
-TEST(RecordReaderLines, EmptyInputEmptyLinesAndCrCr) {
-  EXPECT_EQ(ReadOne("").status, ReadStatus::kEndOfInput);
-  for (const char* twoEnds : {"1 $A\n\n2 $B\n", "1 $A\r\n\r\n2 $B\r\n"}) {
-    const std::vector<Result> results = ReadAll(twoEnds);
-    ASSERT_EQ(results.size(), 4u);
-    EXPECT_EQ(results[1].status, ReadStatus::kMalformedLine);
-    EXPECT_EQ(results[2].tag, "$B");
-  }
-  // The second CR of CR CR starts the next line; its time text begins with it.
-  const std::vector<Result> results = ReadAll("1 $A\r\r2 $B x\n");
-  ASSERT_EQ(results.size(), 3u);
-  EXPECT_EQ(results[1].status, ReadStatus::kRecord);
-  EXPECT_EQ(results[1].time, 2.0);
-  EXPECT_EQ(results[1].payload, "x");
-  // A CR right before the end of input ends the line.
-  EXPECT_EQ(ReadAll("1 $A\r").size(), 2u);
+  for (const auto& c : cases) EXPECT_TRUE(ReadAll(c.first) == c.second) << c.first;
 }
 
 // The end of input repeats until a reset, which also drops the byte held
@@ -151,7 +134,7 @@ TEST(RecordReaderFields, SplittingAtBlanks) {
       {"1.2.3 $T", ok, 0, "$T", ""},
       {"1e3 $T", ok, 1000, "$T", ""},
       {"1\t$T x", ok, 0, "x", ""},  // a tab does not separate
-      {"5  $T", bad, 5, "", ""},  // the time is converted before the tag is checked
+      {"5  $T", bad, 5, "", ""},    // the time is converted before the tag is checked
       {" 5 $T", bad, 0, "", ""},
       {"5", bad, 0, "", ""},
       {"5 ", bad, 5, "", ""},

@@ -1,25 +1,17 @@
-// The online traffic producer against fake services: one that answers on a
-// thread of its own, and one that never answers. Waits are counted in polls
-// through the injected sleep, so no test depends on how fast the machine is.
+// The online traffic producer against a fake service that answers only when
+// told to. Waits are counted in polls through the injected sleep, which is
+// where the fake delivers its answers, so no test depends on how fast the
+// machine is and everything runs on the test's thread.
 
 #include <gtest/gtest.h>
 
-#include <atomic>
-#include <chrono>
-#include <condition_variable>
-#include <deque>
 #include <functional>
-#include <future>
-#include <mutex>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include "CIString.h"
 #include "OnlineTrafficService.h"
 #include "producers/OnlineTrafficProducer.h"
-#include "runtime/TimeBase.h"
-#include "tests/support/TestTime.h"
 #include "tests/support/TraceCapture.h"
 
 namespace Quillan {
@@ -28,18 +20,11 @@ namespace {
 const char kWarning[] =
     "OnlineTrafficProducer::WaitFor: playback blocked for more than 5seconds at event at ";
 
-// Records every call. When given a reply interface, it answers each call the
-// way the real service does, later, on its own thread; Post runs any answer
-// there too.
+// Records every call. When given a reply interface, it owes each call the
+// answer the real service gives, and pays what it owes at Answer().
 class FakeService : public OnlineTrafficService {
  public:
-  explicit FakeService(OnlineTrafficReply* answerTo = nullptr) : m_reply(answerTo) {
-    m_thread = std::thread([this] { Run(); });
-  }
-  ~FakeService() override {
-    Post(nullptr);
-    m_thread.join();
-  }
+  explicit FakeService(OnlineTrafficReply* answerTo = nullptr) : m_reply(answerTo) {}
 
   int setOnlineTrafficDataStatus(int32_t status) override {
     const auto answer = [](OnlineTrafficReply& reply) { reply.OnServiceValue(1); };
@@ -64,78 +49,42 @@ class FakeService : public OnlineTrafficService {
     return Call("dsiConnectionStateChanged " + std::to_string(state));
   }
 
-  // Runs `task` on the service's thread (null ends the thread).
-  void Post(std::function<void()> task) {
-    std::lock_guard<std::mutex> guard(m_lock);
-    m_tasks.push_back(std::move(task));
-    m_wake.notify_one();
+  // Delivers the answers owed so far.
+  void Answer() {
+    const std::vector<void (*)(OnlineTrafficReply&)> owed = std::move(m_owed);
+    m_owed.clear();
+    for (auto answer : owed) answer(*m_reply);
   }
-  std::vector<std::string> Calls() const {
-    std::lock_guard<std::mutex> guard(m_lock);
-    return m_calls;
-  }
+
+  std::vector<std::string> calls;
 
  private:
   int Call(const std::string& call, void (*answer)(OnlineTrafficReply&) = nullptr) {
-    {
-      std::lock_guard<std::mutex> guard(m_lock);
-      m_calls.push_back(call);
-    }
-    if (answer != nullptr && m_reply != nullptr) Post([this, answer] { answer(*m_reply); });
+    calls.push_back(call);
+    if (answer != nullptr && m_reply != nullptr) m_owed.push_back(answer);
     return 0;
-  }
-  void Run() {
-    for (;;) {
-      std::unique_lock<std::mutex> lock(m_lock);
-      m_wake.wait(lock, [this] { return !m_tasks.empty(); });
-      std::function<void()> task = std::move(m_tasks.front());
-      m_tasks.pop_front();
-      lock.unlock();
-      if (!task) return;
-      task();
-    }
   }
 
   OnlineTrafficReply* m_reply;
-  mutable std::mutex m_lock;
-  std::condition_variable m_wake;
-  std::deque<std::function<void()>> m_tasks;
-  std::vector<std::string> m_calls;
-  std::thread m_thread;
+  std::vector<void (*)(OnlineTrafficReply&)> m_owed;
 };
 
-// Wait timing whose sleep counts the polls and runs `onPoll` (given the
-// count) at each; it really sleeps only when `realSleep` is set.
+// Wait timing whose sleep only counts the polls and runs `onPoll` (given the
+// count) at each.
 struct CountingTiming {
-  explicit CountingTiming(uint32_t pollMs, uint32_t limitMs, uint32_t warningMs, bool realSleep) {
+  CountingTiming(uint32_t pollMs, uint32_t limitMs, uint32_t warningMs) {
     timing.pollMs = pollMs;
     timing.limitMs = limitMs;
     timing.warningMs = warningMs;
-    timing.sleep = [this, realSleep](uint32_t ms) {
-      const uint64_t count = ++polls;
-      if (onPoll) onPoll(count);
-      if (realSleep) {
-        SleepMs(ms);
-      } else {
-        std::this_thread::yield();
-      }
+    timing.sleep = [this](uint32_t) {
+      ++polls;
+      if (onPoll) onPoll(polls);
     };
   }
-  std::atomic<uint64_t> polls{0};
+  uint64_t polls = 0;
   std::function<void(uint64_t)> onPoll;
   OnlineTrafficTiming timing;
 };
-
-// True once `condition` holds; false after a generous wall-clock bound.
-bool Eventually(const std::function<bool()>& condition) {
-  const auto deadline =
-      std::chrono::steady_clock::now() + std::chrono::seconds(10) * pelorin_test::TimeScale();
-  while (!condition()) {
-    if (std::chrono::steady_clock::now() > deadline) return false;
-    std::this_thread::sleep_for(std::chrono::milliseconds(1));
-  }
-  return true;
-}
 
 TEST(OnlineTrafficProducerStatus, StatusesBeforeAnyWait) {
   OnlineTrafficProducer producer;
@@ -152,7 +101,7 @@ TEST(OnlineTrafficProducerStatus, StatusesBeforeAnyWait) {
   EXPECT_EQ(producer.OnRecord(1, "$TOT", "getInventory:x"), 4);
   EXPECT_EQ(producer.OnRecord(1, "$TOT", "setNewData"), 4);
   EXPECT_EQ(producer.OnRecord(1, "$TOT", "setNewData:a b"), 4);
-  EXPECT_TRUE(service.Calls().empty());
+  EXPECT_TRUE(service.calls.empty());
   EXPECT_EQ(producer.GetLastDataTime(), 0u);
 }
 
@@ -167,11 +116,21 @@ TEST(OnlineTrafficProducerStatus, DiagnosticsWithoutAService) {
   EXPECT_EQ(OnlineTrafficProducer::CheckPayload(":1"), 2);
 }
 
-TEST(OnlineTrafficProducerStatus, ArgumentsAndPathsReachTheService) {
-  OnlineTrafficProducer producer;
+class OnlineTrafficProducerWaits : public ::testing::Test {
+ protected:
+  // Shipped periods, but the sleep only counts: 100 polls are 5000 ms.
+  CountingTiming clock{50, 5000, 5000};
+  OnlineTrafficProducer producer{clock.timing};
+  pelorin_test::TraceCapture trace{2};
+};
+
+TEST_F(OnlineTrafficProducerWaits, ArgumentsAndPathsReachTheService) {
   FakeService service(&producer);
   producer.SetService(&service);
   producer.OnConnected();
+  producer.OnServiceStatus(0);
+  producer.OnServiceValue(7);
+  clock.onPoll = [&](uint64_t) { service.Answer(); };
   const std::vector<std::pair<std::string, std::string>> cases = {
       {"setTimeoutForFallback:-30", "setTimeoutForFallback -30"},
       {"setTimeoutForFallback:2147483648", "setTimeoutForFallback 2147483647"},
@@ -179,8 +138,6 @@ TEST(OnlineTrafficProducerStatus, ArgumentsAndPathsReachTheService) {
       {"dsiConnectionStateChanged:x", "dsiConnectionStateChanged 0"},
   };
   for (const auto& c : cases) EXPECT_EQ(producer.OnRecord(3, "$TOT", c.first), 0) << c.first;
-  service.Post([&] { producer.OnServiceStatus(0); });
-  service.Post([&] { producer.OnServiceValue(7); });
   const std::vector<std::pair<std::string, std::string>> files = {
       {"", "setNewData:a.bin  "},
       {"/fs/sda0/quillan/", "setNewData: a.bin"},
@@ -197,16 +154,26 @@ TEST(OnlineTrafficProducerStatus, ArgumentsAndPathsReachTheService) {
        {"a.bin", "/fs/sda0/quillan//a.bin", "/d/my file.bin", "/d/\xC3\xA4.bin"}) {
     expected.push_back(std::string("setNewData ") + path + " 3");
   }
-  EXPECT_EQ(service.Calls(), expected);
+  EXPECT_EQ(service.calls, expected);
 }
 
-class OnlineTrafficProducerWaits : public ::testing::Test {
- protected:
-  // Shipped periods, but the sleep only counts: 100 polls are 5000 ms.
-  CountingTiming clock{50, 5000, 5000, false};
-  OnlineTrafficProducer producer{clock.timing};
-  pelorin_test::TraceCapture trace{2};
-};
+// Each answer ends the one wait it was given for; a second "setNewData" waits
+// until the first is done. Every awaited answer costs one poll.
+TEST_F(OnlineTrafficProducerWaits, AnswersAreConsumedByTheCallThatWaitedForThem) {
+  FakeService service(&producer);
+  producer.SetService(&service);
+  producer.OnServiceStatus(0);
+  producer.OnServiceValue(3);
+  clock.onPoll = [&](uint64_t) { service.Answer(); };
+  const std::vector<std::string> payloads = {"getInventory", "getNewData", "getInventory",
+                                             "setNewData:a.bin", "setNewData:b.bin"};
+  for (size_t i = 0; i < payloads.size(); ++i) {
+    EXPECT_EQ(producer.OnRecord(100 + i, "$TOT", payloads[i]), 0) << payloads[i];
+  }
+  EXPECT_EQ(clock.polls, 4u);
+  EXPECT_EQ(producer.GetLastDataTime(), 104u);
+  EXPECT_EQ(service.calls.size(), payloads.size());
+}
 
 TEST_F(OnlineTrafficProducerWaits, LimitedWaitsGiveUpAfter100PollsWithoutWarning) {
   FakeService silent;
@@ -215,8 +182,8 @@ TEST_F(OnlineTrafficProducerWaits, LimitedWaitsGiveUpAfter100PollsWithoutWarning
   EXPECT_EQ(clock.polls, 200u);  // not ready, then no service value
   EXPECT_EQ(producer.OnRecord(43, "$TOT", "setOnlineTrafficDataStatus:5"), 0);
   EXPECT_EQ(clock.polls, 300u);  // not ready; no value wait for a non-zero status
-  EXPECT_EQ(silent.Calls(), (std::vector<std::string>{"setOnlineTrafficDataStatus 0",
-                                                      "setOnlineTrafficDataStatus 5"}));
+  EXPECT_EQ(silent.calls, (std::vector<std::string>{"setOnlineTrafficDataStatus 0",
+                                                    "setOnlineTrafficDataStatus 5"}));
   EXPECT_EQ(trace.Count("WaitFor"), 0u);
   producer.OnServiceStatus(0);
   producer.OnServiceValue(1);
@@ -229,16 +196,16 @@ TEST_F(OnlineTrafficProducerWaits, UnlimitedWaitWarnsEveryFiveSecondsUntilTheSer
   producer.SetService(&silent);
   producer.OnServiceStatus(0);
   producer.OnServiceStatus(1);  // not ready again
-  std::atomic<bool> calledEarly{false};
+  bool calledEarly = false;
   clock.onPoll = [&](uint64_t polls) {
-    if (polls <= 351 && !silent.Calls().empty()) calledEarly = true;
+    if (polls <= 351 && !silent.calls.empty()) calledEarly = true;
     if (polls == 350) producer.OnServiceStatus(0);  // 17.5 s of waiting
     if (polls == 351) producer.OnServiceValue(1);
     if (polls == 460) producer.OnNewDataAnswer();  // 5.45 s after the call
   };
   EXPECT_EQ(producer.OnRecord(1234, "$TOT", "getNewData"), 0);
   EXPECT_FALSE(calledEarly);
-  EXPECT_EQ(silent.Calls(), std::vector<std::string>{"getNewData"});
+  EXPECT_EQ(silent.calls, std::vector<std::string>{"getNewData"});
   const std::string expected = kWarning + std::to_string(1234);
   // 5, 10 and 15 s on the first wait; the wait after the call starts afresh.
   EXPECT_EQ(trace.Texts(3), std::vector<std::string>(4, expected));
@@ -256,7 +223,7 @@ TEST_F(OnlineTrafficProducerWaits, AbandonedWaitsEndAtOnceAndCallNothingMore) {
   producer.OnServiceValue(1);
   EXPECT_EQ(producer.OnRecord(8, "$TOT", "setNewData:a.bin"), 1);
   EXPECT_EQ(producer.OnRecord(9, "$TOT", "setTimeoutForFallback:30"), 1);
-  EXPECT_TRUE(silent.Calls().empty());
+  EXPECT_TRUE(silent.calls.empty());
   EXPECT_EQ(producer.GetLastDataTime(), 0u);
 }
 
@@ -281,13 +248,13 @@ TEST_F(OnlineTrafficProducerWaits, EachCallWaitsForTheStateItNeeds) {
     clock.polls = 0;
     bool calledEarly = false;
     clock.onPoll = [&](uint64_t polls) {
-      if (!silent.Calls().empty()) calledEarly = true;
+      if (!silent.calls.empty()) calledEarly = true;
       if (polls == 7) c.answer(fresh);
     };
     EXPECT_EQ(fresh.OnRecord(9, "$TOT", c.payload), 0);
     EXPECT_FALSE(calledEarly);
     EXPECT_EQ(clock.polls, 7u);
-    EXPECT_EQ(silent.Calls().size(), 1u);
+    EXPECT_EQ(silent.calls.size(), 1u);
   }
 }
 
@@ -304,74 +271,16 @@ TEST_F(OnlineTrafficProducerWaits, ServiceIsReadAgainAfterTheWait) {
       fresh.OnServiceValue(1);
     };
     EXPECT_EQ(fresh.OnRecord(7, "$TOT", "setNewData:a.bin"), detach ? 1 : 0);
-    EXPECT_TRUE(old.Calls().empty());
-    EXPECT_EQ(replacement.Calls().size(), detach ? 0u : 1u);
+    EXPECT_TRUE(old.calls.empty());
+    EXPECT_EQ(replacement.calls.size(), detach ? 0u : 1u);
     EXPECT_EQ(fresh.GetLastDataTime(), detach ? 0u : 7u);
     if (!detach) continue;
     // The call not made left no data pending: the next one does not wait.
     clock.onPoll = [&](uint64_t) { fresh.AbandonWaits(); };
     fresh.SetService(&replacement);
     EXPECT_EQ(fresh.OnRecord(8, "$TOT", "setNewData:b.bin"), 0);
-    EXPECT_EQ(replacement.Calls().size(), 1u);
+    EXPECT_EQ(replacement.calls.size(), 1u);
   }
-}
-
-// Real threads and short real polls: 1 ms polls, 40 ms limits, warnings far
-// apart. A check that fails never leaves a call blocked: each test answers.
-class OnlineTrafficProducerWithService : public ::testing::Test {
- protected:
-  OnlineTrafficProducerWithService() {
-    producer.SetService(&service);
-    service.Post([this] { producer.OnServiceStatus(0); });
-    service.Post([this] { producer.OnServiceValue(3); });
-  }
-  // Runs OnRecord on a thread of its own, as the work loop would.
-  std::future<int> Play(uint32_t time, const std::string& payload) {
-    return std::async(std::launch::async,
-                      [this, time, payload] { return producer.OnRecord(time, "$TOT", payload); });
-  }
-  // True when `result` is still waiting after 30 more polls.
-  bool StillBlocked(std::future<int>& result) {
-    const uint64_t start = clock.polls;
-    return Eventually([&] { return clock.polls >= start + 30; }) &&
-           result.wait_for(std::chrono::seconds(0)) == std::future_status::timeout;
-  }
-
-  CountingTiming clock{1, 40, 1000000, true};
-  OnlineTrafficProducer producer{clock.timing};
-  FakeService service{&producer};
-};
-
-TEST_F(OnlineTrafficProducerWithService, AnswersAreConsumedByTheCallThatWaitedForThem) {
-  EXPECT_EQ(Play(1, "getInventory").get(), 0);
-  EXPECT_EQ(Play(2, "getNewData").get(), 0);
-  EXPECT_EQ(Play(3, "getInventory").get(), 0);
-  EXPECT_EQ(service.Calls(),
-            (std::vector<std::string>{"getInventory", "getNewData", "getInventory"}));
-
-  // An answer is used once: without a new one the next call waits.
-  FakeService silent;
-  producer.SetService(&silent);
-  auto inventory = Play(4, "getInventory");
-  EXPECT_TRUE(StillBlocked(inventory));
-  silent.Post([this] { producer.OnInventoryAnswer(); });
-  EXPECT_EQ(inventory.get(), 0);
-  EXPECT_EQ(silent.Calls(), std::vector<std::string>{"getInventory"});
-}
-
-TEST_F(OnlineTrafficProducerWithService, SecondSetNewDataWaitsForTheFirstToBeDone) {
-  FakeService slow;  // acknowledges only when told to
-  producer.SetService(&slow);
-  EXPECT_EQ(Play(100, "setNewData:a.bin").get(), 0);
-  EXPECT_EQ(producer.GetLastDataTime(), 100u);
-  auto second = Play(200, "setNewData:b.bin");
-  EXPECT_TRUE(StillBlocked(second));
-  EXPECT_EQ(producer.GetLastDataTime(), 100u);
-  EXPECT_EQ(slow.Calls().size(), 1u);
-  slow.Post([this] { producer.OnSetNewDataDone(); });
-  EXPECT_EQ(second.get(), 0);
-  EXPECT_EQ(producer.GetLastDataTime(), 200u);
-  EXPECT_EQ(slow.Calls().size(), 2u);
 }
 
 }  // namespace

@@ -11,40 +11,8 @@
 #include "runtime/Event.h"
 #include "runtime/WorkHandler.h"
 #include "runtime/WorkLoop.h"
+#include "tests/support/AllocationCounter.h"
 #include "tests/support/TestTime.h"
-
-namespace {
-
-std::atomic<long> g_allocations{0};
-
-// Not inlined, so that the compiler does not pair malloc with operator new.
-[[gnu::noinline]] void FreeMemory(void* memory) { std::free(memory); }
-
-[[gnu::noinline]] void* CountedAllocation(std::size_t size) {
-  g_allocations += 1;
-  return std::malloc(size != 0 ? size : 1);
-}
-
-}  // namespace
-
-void* operator new(std::size_t size) {
-  void* memory = CountedAllocation(size);
-  if (memory == nullptr) throw std::bad_alloc();
-  return memory;
-}
-void* operator new[](std::size_t size) { return operator new(size); }
-void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
-  return CountedAllocation(size);
-}
-void* operator new[](std::size_t size, const std::nothrow_t&) noexcept {
-  return CountedAllocation(size);
-}
-void operator delete(void* memory) noexcept { FreeMemory(memory); }
-void operator delete[](void* memory) noexcept { FreeMemory(memory); }
-void operator delete(void* memory, std::size_t) noexcept { FreeMemory(memory); }
-void operator delete[](void* memory, std::size_t) noexcept { FreeMemory(memory); }
-void operator delete(void* memory, const std::nothrow_t&) noexcept { FreeMemory(memory); }
-void operator delete[](void* memory, const std::nothrow_t&) noexcept { FreeMemory(memory); }
 
 namespace Quillan {
 namespace {
@@ -105,12 +73,12 @@ TEST(WorkLoopAllocationTest, SteadyPostingDoesNotAllocate) {
   WorkLoop loop;
   loop.Start();
   ASSERT_TRUE(PostRound(loop, blocker, handler, 300));  // grows the pool and the delayed list
-  const long before = g_allocations.load();
+  const long before = pelorin_test::AllocationCount();
   bool allRan = true;
   for (int round = 0; round < 20; ++round) {
     allRan = PostRound(loop, blocker, handler, 300) && allRan;
   }
-  const long allocated = g_allocations.load() - before;
+  const long allocated = pelorin_test::AllocationCount() - before;
   EXPECT_TRUE(allRan);
   EXPECT_EQ(allocated, 0);
 }

@@ -4,8 +4,11 @@
 // presets set PELORIN_TIME_SCALE, and such tests widen their bounds by it.
 // Their test suite names contain "WallClock".
 
+#include <chrono>
 #include <cstdint>
 #include <cstdlib>
+#include <functional>
+#include <thread>
 
 namespace pelorin_test {
 
@@ -17,5 +20,15 @@ inline double TimeScale() {
 
 // `ms` scaled for the current configuration.
 inline uint32_t ScaledMs(uint32_t ms) { return static_cast<uint32_t>(ms * TimeScale()); }
+
+// Polls `condition` every millisecond; false when `timeoutMs` passed first.
+inline bool WaitUntil(const std::function<bool()>& condition, uint32_t timeoutMs = ScaledMs(5000)) {
+  const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(timeoutMs);
+  while (!condition()) {
+    if (std::chrono::steady_clock::now() > deadline) return false;
+    std::this_thread::sleep_for(std::chrono::milliseconds(1));
+  }
+  return true;
+}
 
 }  // namespace pelorin_test
