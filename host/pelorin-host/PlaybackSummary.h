@@ -30,8 +30,6 @@ struct RecordTally {
 };
 
 struct PlaybackSummary {
-  ScanResult scan;
-  bool scanKnown = false;
   bool tallyKnown = false;  // false when the host does not read the recording
   RecordTally tally;
   double wallSeconds = 0.0;
