@@ -30,8 +30,12 @@ bool IsPlayableTag(const std::string& tag) {
 void EventsScan::Take(const char* bytes, size_t size, uint64_t offset) {
   if (!m_lineStarted) {
     m_lineStarted = true;
-    m_line = LineShape();
+    // Reset in place: the head keeps its capacity from line to line.
     m_line.start = offset;
+    m_line.length = 0;
+    m_line.head.clear();
+    m_line.firstBlank = LineShape::kNoBlank;
+    m_line.afterBlank = -1;
     m_tag.clear();
     m_inTag = false;
     m_binaryAt = UINT64_MAX;
@@ -43,9 +47,6 @@ void EventsScan::Take(const char* bytes, size_t size, uint64_t offset) {
   }
   const size_t head = m_line.head.size();
   if (head < LineShape::kHeadBytes) m_line.head.append(bytes, std::min(size, LineShape::kHeadBytes - head));
-  for (size_t i = 0; m_binaryAt == UINT64_MAX && i < size; ++i) {
-    if (IsBinary(static_cast<unsigned char>(bytes[i]))) m_binaryAt = offset + i;
-  }
   size_t i = 0;
   if (m_line.firstBlank == LineShape::kNoBlank) {
     const void* blank = std::memchr(bytes, ' ', size);
@@ -70,9 +71,14 @@ void EventsScan::Take(const char* bytes, size_t size, uint64_t offset) {
   }
   m_line.length += size;
   // A line with a time, a tag and its tag bytes read is a record whatever
-  // follows: the rest of it (binary bytes included) needs no look.
+  // follows: the rest of it (binary bytes included) needs no look. Only a
+  // line that may still be malformed looks for binary bytes.
   m_shapeKnown = m_line.firstBlank != LineShape::kNoBlank && m_line.firstBlank > 0 &&
                  m_line.afterBlank >= 0 && m_line.afterBlank != ' ' && !m_inTag;
+  if (m_shapeKnown) return;
+  for (size_t at = 0; m_binaryAt == UINT64_MAX && at < size; ++at) {
+    if (IsBinary(static_cast<unsigned char>(bytes[at]))) m_binaryAt = offset + at;
+  }
 }
 
 void EventsScan::Stop(const std::string& reason) {
@@ -100,20 +106,15 @@ void EventsScan::EndLine() {
   if (m_line.TimeTextKnown()) m_lastTimeText.assign(m_line.head, 0, m_line.firstBlank);
 }
 
-bool EventsScan::ScanFile(const std::string& path, ScanResult* result, std::string* error) {
-  EventLines lines;
-  if (!lines.Open(path, error)) return false;
+void EventsScan::Scan(EventLines& lines, const std::atomic<bool>& cancel, ScanResult* result) {
   EventsScan scan;
   const char* bytes = nullptr;
   size_t size = 0;
   bool lineEnds = false;
-  while (!scan.Stopped() && lines.NextPiece(&bytes, &size, &lineEnds)) {
+  while (!scan.Stopped() && !cancel.load(std::memory_order_relaxed) &&
+         lines.NextPiece(&bytes, &size, &lineEnds)) {
     scan.Take(bytes, size, lines.PieceOffset());
     if (lineEnds) scan.EndLine();
-  }
-  if (lines.ReadError() == EISDIR) {
-    *error = std::strerror(EISDIR);
-    return false;
   }
   if (!scan.Stopped() && lines.ReadError() != 0) {
     ++scan.m_lines;
@@ -122,6 +123,17 @@ bool EventsScan::ScanFile(const std::string& path, ScanResult* result, std::stri
   scan.m_result.lines = scan.m_lines;
   RecordTime::Parse(scan.m_lastTimeText, &scan.m_result.lastTime);
   *result = scan.m_result;
+}
+
+bool EventsScan::ScanFile(const std::string& path, ScanResult* result, std::string* error) {
+  EventLines lines;
+  if (!lines.Open(path, error)) return false;
+  const std::atomic<bool> never{false};
+  Scan(lines, never, result);
+  if (lines.ReadError() == EISDIR) {
+    *error = std::strerror(EISDIR);
+    return false;
+  }
   return true;
 }
 

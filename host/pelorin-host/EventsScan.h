@@ -8,6 +8,7 @@
 // Lines come from EventLines, the host's one line splitter. A value used
 // by one thread.
 
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -15,6 +16,8 @@
 #include "host/common/LineShape.h"
 
 namespace PelorinHost {
+
+class EventLines;
 
 struct ScanResult {
   bool complete = true;    // playback reaches the end of the file
@@ -31,6 +34,9 @@ class EventsScan {
   // Scans the file at `path`; false with `error` (strerror) when it cannot
   // be opened or is a directory.
   static bool ScanFile(const std::string& path, ScanResult* result, std::string* error);
+  // Scans the lines of an open file up to the stop or the end, or until
+  // `cancel` is set (the result then tells of the lines seen).
+  static void Scan(EventLines& lines, const std::atomic<bool>& cancel, ScanResult* result);
 
  private:
   void Take(const char* bytes, size_t size, uint64_t offset);

@@ -13,6 +13,7 @@
 #include <cstring>
 #include <memory>
 
+#include "BackgroundScan.h"
 #include "ConfiguredEvents.h"
 #include "Controls.h"
 #include "EndSignal.h"
@@ -150,23 +151,21 @@ bool HostProgram::PlaysAgain(uint32_t finished, uint64_t records) const {
          (m_options.passes == 0 || finished < m_options.passes);
 }
 
-// Reads the events file the module will play (the recording, when the host
-// knows it), as the module will; false with `error` naming the OS reason
-// when it cannot be read at all.
+// Starts reading the events file the module will play (the recording, when
+// the host knows it), as the module will; false with `error` naming the OS
+// reason when it cannot be read at all.
 bool HostProgram::ScanEvents(const StorageRoot& root, const std::string& recording,
-                             ScanResult* scan, std::string* error) {
+                             BackgroundScan* scan, std::string* error) {
   const std::string path =
       recording.empty() ? Storage::MapPath(ConfiguredEvents::PathIn(root.Path())) : recording;
   m_eventsName = m_options.eventsFile == "-" ? "standard input"
                  : m_options.eventsFile.empty() ? path
                                                 : m_options.eventsFile;
   std::string reason;
-  if (!EventsScan::ScanFile(path, scan, &reason)) {
+  if (!scan->Start(path, &reason)) {
     *error = TerminalText::Escaped(m_eventsName) + ": " + reason;
     return false;
   }
-  // Playback of a part that ends before the stop reaches the end of its part.
-  if (!scan->complete && m_options.selection.EndsBefore(scan->stopLine)) scan->complete = true;
   return true;
 }
 
@@ -187,7 +186,7 @@ int HostProgram::Run() {
   CatchSignals();
   std::string error;
   StorageRoot root;
-  ScanResult scan;
+  BackgroundScan scan(m_options.selection);
   std::string recording;
   PrivateEvents privateEvents(m_options.selection, m_options.passes);
   ItemOrigins origins(m_options.selection);
@@ -216,7 +215,7 @@ int HostProgram::Run() {
   g_output.store(&output);
   if (g_signal.load() != 0) output.RefuseLines();
   Reporter reporter(output, m_options.json);
-  reporter.SetFileScan(scan);
+  reporter.AwaitFileScan(&scan);
   if (!recording.empty()) reporter.SetOrigins(&origins, m_options.loopGiven);
   EndSignal endSignal;
   TraceFollower trace(reporter, endSignal, m_options.traceLevel);
@@ -253,7 +252,7 @@ int HostProgram::Run() {
                           scan,
                           interactive && !recording.empty() ? privateEvents.Records() : 0};
     WaitForTheEnd(watched, &end);
-    end.playedPart = trace.FinishedCount() > 0 && !scan.complete;
+    end.playedPart = trace.FinishedCount() > 0 && !scan.Result().complete;
   }
 
   // The end is decided: first nothing more from the module reaches the
@@ -276,7 +275,7 @@ int HostProgram::Run() {
   loader.Unload();
   g_output.store(nullptr);
   if (end.writeError == 0) end.writeError = output.WriteError();
-  TellTheEnd(end, error, trace.FinishedCount() > 0 ? &scan : nullptr);
+  TellTheEnd(end, error, trace.FinishedCount() > 0 ? &scan.Result() : nullptr);
   if (!end.unusable && end.writeError == 0 && !m_options.quiet) {
     TellSummary(reporter, trace.FinishedCount() > 0);
   }
@@ -308,9 +307,12 @@ StatusInfo HostProgram::StatusNow(const Watched& watched) const {
   if (clock == 0 && watched.origins != nullptr) clock = watched.origins->Clock();
   StatusInfo info = watched.unit.Status(watched.reporter.RecordsPlayed(), clock);
   if (watched.origins != nullptr) info.line = watched.origins->Line();
-  info.lines = watched.scan.lines;
-  if (info.speedFactor > 0.0 && clock > 0 && watched.scan.lastTime >= static_cast<double>(clock)) {
-    info.leftMs = static_cast<int64_t>((watched.scan.lastTime - static_cast<double>(clock)) /
+  // Until the scan has read the whole file the line count is not known.
+  if (!watched.scan.Done()) return info;
+  const ScanResult& scan = watched.scan.Result();
+  info.lines = scan.lines;
+  if (info.speedFactor > 0.0 && clock > 0 && scan.lastTime >= static_cast<double>(clock)) {
+    info.leftMs = static_cast<int64_t>((scan.lastTime - static_cast<double>(clock)) /
                                        info.speedFactor * 1000.0);
   }
   return info;

@@ -6,10 +6,11 @@
 // write or a reader gone), and shuts everything down in order: output
 // closed, playback halted, online traffic and controls stopped, module down
 // and destroyed, private events file stopped, library closed, private
-// storage root removed. It reads the events file beforehand to tell where
-// playback will stop (events that can be read only once, standard input or
-// a pipe, are played from a copy). With --loop it restarts interactive
-// playback at its end. RunEnd turns how the run ended into the exit status.
+// storage root removed. It reads the events file, on a thread of its own
+// while the module plays, to tell where playback will stop (events that can
+// be read only once, standard input or a pipe, are played from a copy).
+// With --loop it restarts interactive playback at its end. RunEnd turns how
+// the run ended into the exit status.
 
 #include <cstdint>
 #include <string>
@@ -19,6 +20,7 @@
 
 namespace PelorinHost {
 
+class BackgroundScan;
 class EndSignal;
 class HeadUnit;
 class ItemOrigins;
@@ -49,7 +51,7 @@ class HostProgram {
   // Whether interactive playback of `records` records a pass that has
   // finished `finished` times plays the selection again (--loop).
   bool PlaysAgain(uint32_t finished, uint64_t records) const;
-  bool ScanEvents(const StorageRoot& root, const std::string& recording, ScanResult* scan,
+  bool ScanEvents(const StorageRoot& root, const std::string& recording, BackgroundScan* scan,
                   std::string* error);
   void TellPlayback(const ScanResult& scan) const;
   void TellTheEnd(const RunEnd& end, const std::string& error, const ScanResult* scan) const;
@@ -61,7 +63,7 @@ class HostProgram {
     const TraceFollower& trace;
     EndSignal& endSignal;
     const ItemOrigins* origins;  // null when the host does not read the recording
-    const ScanResult& scan;
+    BackgroundScan& scan;
     uint64_t replayedRecords;  // records of a pass played again (--loop), else 0
   };
   void WaitForTheEnd(const Watched& watched, RunEnd* end) const;

@@ -7,19 +7,20 @@ bool ItemOrigins::Open(const std::string& recording, std::string* error) {
 }
 
 bool ItemOrigins::Pass() {
-  if (!m_records.Next(&m_record)) {
+  m_record = m_records.Next();
+  if (m_record == nullptr) {
     if (m_passStarted) m_tally.spanSeconds += m_passLast - m_passFirst;
     m_passStarted = false;
     return false;
   }
   if (!m_passStarted) {
     m_passStarted = true;
-    m_passFirst = m_record.time;
+    m_passFirst = m_record->time;
   }
-  m_passLast = m_record.time;
-  m_tally.Count(m_record.tag, m_record.yield.kind != ItemKind::kNone, m_record.yield.yields);
-  m_line.store(static_cast<uint32_t>(m_record.line), std::memory_order_relaxed);
-  m_clock.store(static_cast<int32_t>(m_record.time), std::memory_order_relaxed);
+  m_passLast = m_record->time;
+  m_tally.Count(m_record->tag, m_record->yield.kind != ItemKind::kNone, m_record->yield.yields);
+  m_line.store(static_cast<uint32_t>(m_record->line), std::memory_order_relaxed);
+  m_clock.store(static_cast<int32_t>(m_record->time), std::memory_order_relaxed);
   return true;
 }
 
@@ -34,10 +35,10 @@ bool ItemOrigins::Find(ItemKind kind, ItemOrigin* origin) {
       ++m_pass;
       continue;
     }
-    if (m_record.yield.yields && m_record.yield.kind == kind) break;
+    if (m_record->yield.yields && m_record->yield.kind == kind) break;
   }
-  origin->line = m_record.line;
-  origin->recordTime = m_record.timeText;
+  origin->line = m_record->line;
+  origin->recordTime = m_record->timeText;
   origin->pass = m_pass;
   return true;
 }

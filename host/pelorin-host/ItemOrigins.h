@@ -55,7 +55,7 @@ class ItemOrigins {
 
   std::mutex m_lock;
   RecordsAhead m_records;
-  SelectedRecord m_record;
+  const SelectedRecord* m_record = nullptr;  // the record last passed, held by m_records
   uint32_t m_pass = 1;
   bool m_passStarted = false;
   double m_passFirst = 0.0;

@@ -1,17 +1,15 @@
 #pragma once
 // PlaybackSummary: the figures of a run that tell how playback went: the
 // records the module read per tag, those it dropped (an unknown tag, a
-// payload it cannot use), whether and where playback stopped short of the
-// end of the file, the wall time and the mean speed (recorded time played per
-// wall time). The "finished" JSON item and the summary on standard error
-// are written from it, so both tell the same. A value.
+// payload it cannot use), the wall time and the mean speed (recorded time
+// played per wall time); where playback stopped short of the end of the file
+// comes from the events scan. The "finished" JSON item and the summary on
+// standard error are written from it, so both tell the same. A value.
 
 #include <cstdint>
 #include <string>
 #include <utility>
 #include <vector>
-
-#include "EventsScan.h"
 
 namespace PelorinTools {
 class JsonWriter;
@@ -30,8 +28,6 @@ struct RecordTally {
 };
 
 struct PlaybackSummary {
-  ScanResult scan;
-  bool scanKnown = false;
   bool tallyKnown = false;  // false when the host does not read the recording
   RecordTally tally;
   double wallSeconds = 0.0;

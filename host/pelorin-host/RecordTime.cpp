@@ -2,6 +2,7 @@
 
 #include <cctype>
 #include <cmath>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 
@@ -75,10 +76,39 @@ std::string ShortestText(double value) {
   return text;
 }
 
+// Digits with at most one decimal point, as most recordings write their
+// times: read exactly as strtod reads them. With at most 15 digits the
+// digits as an integer and the power of ten are exact doubles, so their
+// quotient is the correctly rounded value. False for any other text.
+bool PlainDecimal(const std::string& text, double* value) {
+  constexpr size_t kExactDigits = 15;
+  static const double kPowers[] = {1e0, 1e1, 1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
+                                   1e8, 1e9, 1e10, 1e11, 1e12, 1e13, 1e14, 1e15};
+  uint64_t digits = 0;
+  size_t count = 0;
+  size_t decimals = 0;
+  bool point = false;
+  for (char c : text) {
+    if (c == '.' && !point) {
+      point = true;
+    } else if (c >= '0' && c <= '9') {
+      digits = digits * 10 + static_cast<uint64_t>(c - '0');
+      if (++count > kExactDigits) return false;
+      if (point) ++decimals;
+    } else {
+      return false;
+    }
+  }
+  if (count == 0) return false;
+  *value = static_cast<double>(digits) / kPowers[decimals];
+  return true;
+}
+
 }  // namespace
 
 bool RecordTime::Parse(const std::string& text, double* seconds) {
   *seconds = 0.0;
+  if (PlainDecimal(text, seconds)) return true;
   std::string trimmed = Trimmed(text);
   if (Convert(trimmed, seconds)) return true;
   // A decimal comma: the module's retry reads every "." as a "," too.
@@ -90,7 +120,8 @@ bool RecordTime::Parse(const std::string& text, double* seconds) {
 
 std::string RecordTime::JsonNumber(const std::string& text) {
   // Most recordings write plain numbers: keep them without converting.
-  if (text.find_first_of("eE") == std::string::npos && IsJsonNumber(text)) return text;
+  double plain = 0.0;
+  if (PlainDecimal(text, &plain) && IsJsonNumber(text)) return text;
   double seconds = 0.0;
   if (!Parse(text, &seconds)) return "0";
   std::string written = Trimmed(text);

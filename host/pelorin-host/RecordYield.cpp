@@ -25,36 +25,39 @@ const Call kCalls[] = {{"setOnlineTrafficDataStatus", 1}, {"getInventory", 0},
 template <size_t N>
 bool IsKey(const std::string_view (&keys)[N], std::string_view key) {
   for (std::string_view known : keys) {
-    if (key == known) return true;
+    // Length and first byte tell most keys apart without a compare call.
+    if (key.size() == known.size() && key[0] == known[0] && key == known) return true;
   }
   return false;
 }
 
 // Whether the key=value payload makes a message: every key known, a quoted
 // value runs to the next quote, a plain one to the next blank or ";", one
-// byte separates pairs, and the last value is not empty.
+// byte separates pairs, and the last value is not empty. Keys and values are
+// short: plain loops find their ends sooner than memchr.
 template <size_t N>
 bool PairsYield(const std::string_view (&keys)[N], std::string_view payload) {
+  const char* text = payload.data();
+  const size_t size = payload.size();
   size_t pos = 0;
-  while (pos < payload.size()) {
-    const size_t equals = payload.find('=', pos);
-    if (equals == std::string_view::npos || !IsKey(keys, payload.substr(pos, equals - pos))) {
-      return false;
-    }
+  while (pos < size) {
+    size_t equals = pos;
+    while (equals < size && text[equals] != '=') ++equals;
+    if (equals == size || !IsKey(keys, payload.substr(pos, equals - pos))) return false;
     pos = equals + 1;
     size_t valueBegin = pos;
-    size_t valueEnd;
-    if (pos < payload.size() && payload[pos] == '"') {
+    size_t valueEnd = pos;
+    if (pos < size && text[pos] == '"') {
       valueBegin = ++pos;
-      if (pos == payload.size()) return false;
-      const size_t closing = payload.find('"', pos);
-      valueEnd = closing == std::string_view::npos ? payload.size() : closing;
-      pos = closing == std::string_view::npos ? valueEnd : closing + 1;
+      if (pos == size) return false;
+      valueEnd = pos;
+      while (valueEnd < size && text[valueEnd] != '"') ++valueEnd;
+      pos = valueEnd == size ? size : valueEnd + 1;
     } else {
-      valueEnd = std::min(payload.find_first_of(" ;", pos), payload.size());
+      while (valueEnd < size && text[valueEnd] != ' ' && text[valueEnd] != ';') ++valueEnd;
       pos = valueEnd;
     }
-    if (pos == payload.size()) return valueEnd > valueBegin;
+    if (pos == size) return valueEnd > valueBegin;
     ++pos;
   }
   return true;

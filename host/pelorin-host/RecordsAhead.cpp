@@ -56,20 +56,18 @@ void RecordsAhead::Walk() {
   m_changed.notify_all();
 }
 
-bool RecordsAhead::Next(SelectedRecord* record) {
+const SelectedRecord* RecordsAhead::Next() {
   if (m_takenAt == m_taken.size()) {
     std::unique_lock<std::mutex> lock(m_lock);
     m_changed.wait(lock, [this] { return m_stop || m_walkEnded || !m_queue.empty(); });
-    if (m_queue.empty()) return false;
+    if (m_queue.empty()) return nullptr;
     m_taken = std::move(m_queue.front());
     m_queue.pop_front();
     m_takenAt = 0;
     m_changed.notify_all();
   }
-  Slot& slot = m_taken[m_takenAt++];
-  const bool found = !slot.endOfPass;
-  if (found) std::swap(*record, slot.record);
-  return found;
+  const Slot& slot = m_taken[m_takenAt++];
+  return slot.endOfPass ? nullptr : &slot.record;
 }
 
 }  // namespace PelorinHost

@@ -1,5 +1,9 @@
 #include "Reporter.h"
 
+#include <cstring>
+#include <vector>
+
+#include "BackgroundScan.h"
 #include "HostClock.h"
 #include "host/common/JsonWriter.h"
 #include "host/common/TerminalText.h"
@@ -36,6 +40,67 @@ void BeginItem(JsonWriter& json, const char* type) {
   json.Milliseconds(HostClock::Micros());
   json.Key("type");
   json.String(type, std::char_traits<char>::length(type));
+}
+
+// The JSON tmc item is formatted straight into a char buffer: one is
+// written per record, and keys placed one by one cost more than the record.
+char* Put(char* out, const char* text, size_t size) {
+  std::memcpy(out, text, size);
+  return out + size;
+}
+
+template <size_t N>
+char* Put(char* out, const char (&text)[N]) {
+  return Put(out, text, N - 1);
+}
+
+char* PutUnsigned(char* out, uint64_t value) {
+  char digits[20];
+  char* start = digits + sizeof(digits);
+  if (value <= 0xffffffffu) {
+    // 32-bit division is much cheaper on the 32-bit targets.
+    uint32_t small = static_cast<uint32_t>(value);
+    do {
+      *--start = static_cast<char>('0' + small % 10);
+      small /= 10;
+    } while (small != 0);
+  } else {
+    do {
+      *--start = static_cast<char>('0' + value % 10);
+      value /= 10;
+    } while (value != 0);
+  }
+  return Put(out, start, static_cast<size_t>(digits + sizeof(digits) - start));
+}
+
+// As JsonWriter::Milliseconds: up to three decimals, trailing zeros dropped.
+char* PutMilliseconds(char* out, uint64_t micros) {
+  out = PutUnsigned(out, micros / 1000);
+  const uint32_t fraction = static_cast<uint32_t>(micros % 1000);
+  if (fraction == 0) return out;
+  *out++ = '.';
+  *out++ = static_cast<char>('0' + fraction / 100);
+  if (fraction % 100 == 0) return out;
+  *out++ = static_cast<char>('0' + fraction / 10 % 10);
+  if (fraction % 10 == 0) return out;
+  *out++ = static_cast<char>('0' + fraction % 10);
+  return out;
+}
+
+char* PutHex(char* out, const uint8_t* bytes, size_t size) {
+  static const char kDigits[] = "0123456789abcdef";
+  for (size_t i = 0; i < size; ++i) {
+    *out++ = kDigits[bytes[i] >> 4];
+    *out++ = kDigits[bytes[i] & 0x0f];
+  }
+  return out;
+}
+
+// The buffer of this thread's JSON tmc items, at least `size` bytes.
+char* TmcBuffer(size_t size) {
+  thread_local std::vector<char> buffer(256);
+  if (buffer.size() < size) buffer.resize(size);
+  return buffer.data();
 }
 
 // Readable lines start with the time in seconds and the item type.
@@ -220,25 +285,7 @@ void Reporter::Tmc(const Quillan::TmcMessageData& message) {
   m_records.fetch_add(1, std::memory_order_relaxed);
   const CIUInt8Array* data = message.tmcData.get();
   if (m_json) {
-    JsonWriter& json = ThreadWriter();
-    BeginItem(json, "tmc");
-    if (known) OriginFields(json, origin);
-    json.Key("timeStamp");
-    json.Uint(message.timeStamp);
-    json.Key("ltn");
-    json.Uint(message.ltn);
-    json.Key("sid");
-    json.Uint(message.sid);
-    json.Key("pid");
-    json.Uint(message.pid);
-    json.Key("tmcData");
-    if (data != nullptr) {
-      json.HexString(data->data(), data->size());
-    } else {
-      json.Null();
-    }
-    json.EndObject();
-    Emit(json.Text());
+    TmcJson(message, known ? &origin : nullptr);
     return;
   }
   std::string& line = ThreadLine();
@@ -259,6 +306,43 @@ void Reporter::Tmc(const Quillan::TmcMessageData& message) {
     line.append(hex.Text(), 1, hex.Text().size() - 2);
   }
   Emit(line);
+}
+
+void Reporter::TmcJson(const Quillan::TmcMessageData& message, const ItemOrigin* origin) {
+  const CIUInt8Array* data = message.tmcData.get();
+  const size_t dataSize = data != nullptr ? data->size() : 0;
+  const size_t timeSize = origin != nullptr ? origin->recordTime.size() : 0;
+  // Every field but the record time and the data is at most 20 digits.
+  char* const begin = TmcBuffer(256 + timeSize + 2 * dataSize);
+  char* out = Put(begin, "{\"t\":");
+  out = PutMilliseconds(out, HostClock::Micros());
+  out = Put(out, ",\"type\":\"tmc\"");
+  if (origin != nullptr) {
+    out = Put(out, ",\"line\":");
+    out = PutUnsigned(out, origin->line);
+    out = Put(out, ",\"recordTime\":");
+    out = Put(out, origin->recordTime.data(), timeSize);
+    if (m_showPass) {
+      out = Put(out, ",\"pass\":");
+      out = PutUnsigned(out, origin->pass);
+    }
+  }
+  out = Put(out, ",\"timeStamp\":");
+  out = PutUnsigned(out, message.timeStamp);
+  out = Put(out, ",\"ltn\":");
+  out = PutUnsigned(out, message.ltn);
+  out = Put(out, ",\"sid\":");
+  out = PutUnsigned(out, message.sid);
+  out = Put(out, ",\"pid\":");
+  out = PutUnsigned(out, message.pid);
+  if (data != nullptr) {
+    out = Put(out, ",\"tmcData\":\"");
+    out = PutHex(out, data->data(), dataSize);
+    out = Put(out, "\"}");
+  } else {
+    out = Put(out, ",\"tmcData\":null}");
+  }
+  m_output.WriteLine(begin, static_cast<size_t>(out - begin));
 }
 
 void Reporter::ServiceList(const Quillan::ServiceListEntries* entries) {
@@ -413,8 +497,6 @@ void Reporter::Trace(const char* channel, int level, const char* text) {
 
 PlaybackSummary Reporter::SummaryNow() const {
   PlaybackSummary summary;
-  summary.scan = m_scan;
-  summary.scanKnown = m_scanKnown;
   summary.tallyKnown = m_origins != nullptr;
   if (m_origins != nullptr) summary.tally = m_origins->Tally();
   summary.wallSeconds = static_cast<double>(HostClock::Micros()) / 1e6;
@@ -429,6 +511,10 @@ PlaybackSummary Reporter::Summary(bool now) {
   return SummaryNow();
 }
 
+const ScanResult& Reporter::FileScan() {
+  return m_pendingScan != nullptr ? m_pendingScan->Result() : m_scan;
+}
+
 void Reporter::Finished() {
   if (m_origins != nullptr) m_origins->EndOfPass();
   const PlaybackSummary summary = SummaryNow();
@@ -437,19 +523,20 @@ void Reporter::Finished() {
     m_finished = summary;
     m_finishedKnown = true;
   }
+  const ScanResult& scan = FileScan();
   if (m_json) {
     JsonWriter& json = ThreadWriter();
     BeginItem(json, "finished");
     if (m_scanKnown) {
       json.Key("complete");
-      json.Bool(m_scan.complete);
+      json.Bool(scan.complete);
       json.Key("records");
-      json.Uint(m_scan.records);
-      if (!m_scan.complete) {
+      json.Uint(scan.records);
+      if (!scan.complete) {
         json.Key("stopLine");
-        json.Uint(m_scan.stopLine);
+        json.Uint(scan.stopLine);
         json.Key("reason");
-        json.String(m_scan.reason);
+        json.String(scan.reason);
       }
       summary.AppendJson(json);
     }
@@ -460,12 +547,12 @@ void Reporter::Finished() {
   std::string& line = ThreadLine();
   BeginReadable(line, "finished");
   if (m_scanKnown) {
-    line += m_scan.complete ? " complete=true" : " complete=false";
-    AppendField(line, "records", m_scan.records);
-    if (!m_scan.complete) {
-      AppendField(line, "stopLine", m_scan.stopLine);
+    line += scan.complete ? " complete=true" : " complete=false";
+    AppendField(line, "records", scan.records);
+    if (!scan.complete) {
+      AppendField(line, "stopLine", scan.stopLine);
       line += " reason=";
-      AppendQuoted(line, m_scan.reason);
+      AppendQuoted(line, scan.reason);
     }
     summary.AppendFields(line);
   }

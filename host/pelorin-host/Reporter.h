@@ -27,6 +27,7 @@ class JsonWriter;
 
 namespace PelorinHost {
 
+class BackgroundScan;
 class Output;
 
 // One argument of an online traffic service call.
@@ -55,6 +56,11 @@ class Reporter {
   // Tells, with every "finished" item, whether playback reached the end of
   // the file. Called by the main thread before the module starts.
   void SetFileScan(const ScanResult& scan);
+  // The same from a scan still under way: the "finished" item waits for it.
+  void AwaitFileScan(BackgroundScan* scan) {
+    m_pendingScan = scan;
+    m_scanKnown = true;
+  }
   // The module reported the end of playback: the "finished" item with the
   // run's figures so far.
   void Finished();
@@ -78,11 +84,14 @@ class Reporter {
 
  private:
   void Emit(const std::string& line);
+  // The JSON tmc item; `origin` null when the item's record is not known.
+  void TmcJson(const Quillan::TmcMessageData& message, const ItemOrigin* origin);
   // False when the item's record is not known.
   bool Locate(ItemKind kind, ItemOrigin* origin);
   void OriginFields(PelorinTools::JsonWriter& json, const ItemOrigin& origin) const;
   void OriginFields(std::string& line, const ItemOrigin& origin) const;
   PlaybackSummary SummaryNow() const;
+  const ScanResult& FileScan();
 
   Output& m_output;
   const bool m_json;
@@ -92,6 +101,7 @@ class Reporter {
   std::atomic<uint32_t> m_records{0};
   std::atomic<int32_t> m_tickTime{0};
   ScanResult m_scan;
+  BackgroundScan* m_pendingScan = nullptr;  // when set, the scan told instead of m_scan
   bool m_scanKnown = false;
   std::mutex m_summaryLock;
   PlaybackSummary m_finished;  // guarded by m_summaryLock
