@@ -46,20 +46,23 @@ void SetValue(std::string& value, const char* text, size_t length) {
 
 std::unique_ptr<ProducedMessage> PayloadProducer::Parse(const std::string& payload,
                                                         ParseError* error) {
+  return ParseFields(payload, error) ? CreateMessage() : nullptr;
+}
+
+bool PayloadProducer::ParseFields(const std::string& payload, ParseError* error) {
   if (error != nullptr) *error = ParseError();
   if (m_keys.empty()) {
     InitKeys(m_keys);
     IndexKeys();
   }
   Begin();
-  if (payload.empty()) return CreateMessage();
+  if (payload.empty()) return true;
   size_t pos = 0;
   bool newItem = true;
   for (;;) {
     if (newItem) NextItem();
-    if (!ReadPair(payload, pos, m_pair, error) || !StorePair(payload, m_pair, error))
-      return nullptr;
-    if (pos == payload.size()) return CreateMessage();
+    if (!ReadPair(payload, pos, m_pair, error) || !StorePair(payload, m_pair, error)) return false;
+    if (pos == payload.size()) return true;
     newItem = m_pair.startsItem;
   }
 }

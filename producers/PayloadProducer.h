@@ -58,6 +58,10 @@ class PayloadProducer {
   // Begin.
   virtual std::unique_ptr<ProducedMessage> Parse(const std::string& payload,
                                                  ParseError* error = nullptr);
+  // Parse without the message: Begin and every field stored, true when Parse
+  // would give a message (CreateMessage never refuses). For tools that only
+  // want the verdict.
+  bool ParseFields(const std::string& payload, ParseError* error = nullptr);
   // Starts fresh message data.
   virtual void Begin() = 0;
   // Fills the key table: key to field number.

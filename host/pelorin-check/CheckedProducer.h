@@ -1,11 +1,11 @@
 #pragma once
 // CheckedProducer: stands in front of one of the dispatcher's payload
-// producers ("$TMC" or "$TSL"), so that the very Parse that playback runs
-// also shows the checker every value it stores. Numbers that do not convert
-// (delivered as 0) and numbers that do not fit their field (delivered cut or
-// wrapped) become findings. The checker throws the message away, so numbers
-// are converted once, here, and not handed on; texts and unknown field
-// numbers still go to the real producer.
+// producers ("$TMC" or "$TSL"), so that the very payload reading that
+// playback runs also shows the checker every value it stores. Numbers that
+// do not convert (delivered as 0) and numbers that do not fit their field
+// (delivered cut or wrapped) become findings. The checker wants no message,
+// so numbers are converted once, here, and not handed on; texts and unknown
+// field numbers still go to the real producer.
 // Owned by RecordChecks, one per tag; one thread.
 
 #include <cstdint>

@@ -180,12 +180,13 @@ bool RecordChecks::CheckTag(uint64_t line, const Quillan::Record& record,
 }
 
 // `producer` is the one the dispatcher hands this tag's records to (or the
-// checked producer in front of it), so the verdict is playback's own.
+// checked producer in front of it), so the verdict is playback's own; the
+// message itself is not built, nothing here would look at it.
 bool RecordChecks::CheckPayload(uint64_t line, const Quillan::Record& record,
                                 Quillan::PayloadProducer& producer, CheckedProducer* checked,
                                 std::vector<Diagnostic>& out) {
   Quillan::ParseError error;
-  if (producer.Parse(record.payload, &error) != nullptr) {
+  if (producer.ParseFields(record.payload, &error)) {
     if (checked == nullptr) return true;
     for (const CheckedProducer::Finding& finding : checked->Findings()) {
       Diagnostic diagnostic = Make(line, finding.kind, finding.message);
