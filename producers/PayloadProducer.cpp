@@ -17,8 +17,10 @@ bool Fail(ParseError* error, ParseFailure kind, size_t offset, const std::string
 }
 
 // The first byte from `pos` on that is `a` or `b`, or `size`. Eight bytes
-// that hold neither are passed over at once (a zero byte in the word XOR the
-// wanted byte marks a hit); the hit itself is found byte by byte.
+// are looked at at once: a zero byte in the word XOR the wanted byte marks a
+// hit. The lowest marked byte is always a true hit (marks can be wrong only
+// above one), so on a little-endian machine the hit's place is the mask's
+// lowest set bit; elsewhere it is found byte by byte.
 size_t FindEither(const char* text, size_t pos, size_t size, char a, char b) {
   constexpr uint64_t kOnes = 0x0101010101010101u;
   constexpr uint64_t kHighs = 0x8080808080808080u;
@@ -29,7 +31,13 @@ size_t FindEither(const char* text, size_t pos, size_t size, char a, char b) {
     std::memcpy(&word, text + pos, sizeof word);
     const uint64_t xa = word ^ wordA;
     const uint64_t xb = word ^ wordB;
-    if ((((xa - kOnes) & ~xa) | ((xb - kOnes) & ~xb)) & kHighs) break;
+    const uint64_t hits = (((xa - kOnes) & ~xa) | ((xb - kOnes) & ~xb)) & kHighs;
+    if (hits == 0) continue;
+#if defined(__BYTE_ORDER__) && __BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__
+    return pos + static_cast<size_t>(__builtin_ctzll(hits) / 8);
+#else
+    break;
+#endif
   }
   while (pos < size && text[pos] != a && text[pos] != b) ++pos;
   return pos;
