@@ -131,15 +131,14 @@ bool PayloadProducer::StorePair(const std::string& payload, const Pair& pair, Pa
 // Open addressing over a table at least twice as large as the key table,
 // so that every probe sequence meets an empty slot.
 void PayloadProducer::IndexKeys() {
-  m_keyIndex.assign(m_keys.begin(), m_keys.end());
   size_t slots = 16;
-  while (slots < 2 * m_keyIndex.size()) slots *= 2;
-  m_keySlots.assign(slots, kEmptySlot);
-  for (size_t i = 0; i < m_keyIndex.size(); ++i) {
-    const std::string& key = m_keyIndex[i].first;
+  while (slots < 2 * m_keys.size()) slots *= 2;
+  m_keySlots.assign(slots, KeySlotEntry());
+  for (const auto& entry : m_keys) {
+    const std::string& key = entry.first;
     size_t slot = KeySlot(key.data(), key.size());
-    while (m_keySlots[slot] != kEmptySlot) slot = (slot + 1) & (slots - 1);
-    m_keySlots[slot] = static_cast<int>(i);
+    while (m_keySlots[slot].key != nullptr) slot = (slot + 1) & (slots - 1);
+    m_keySlots[slot] = KeySlotEntry{key.data(), key.size(), entry.second};
   }
 }
 
@@ -152,20 +151,27 @@ size_t PayloadProducer::KeySlot(const char* key, size_t length) const {
 
 bool PayloadProducer::FindField(const char* key, size_t length, int* field) const {
   if (m_keySlots.empty()) return false;
-  for (size_t slot = KeySlot(key, length); m_keySlots[slot] != kEmptySlot;
-       slot = (slot + 1) & (m_keySlots.size() - 1)) {
-    const auto& entry = m_keyIndex[static_cast<size_t>(m_keySlots[slot])];
-    if (entry.first.size() != length) continue;
-    // Keys are short: a plain loop compares them sooner than memcmp.
-    const char* candidate = entry.first.data();
+  const size_t mask = m_keySlots.size() - 1;
+  for (size_t slot = KeySlot(key, length);; slot = (slot + 1) & mask) {
+    const KeySlotEntry& entry = m_keySlots[slot];
+    if (entry.key == nullptr) return false;
+    if (entry.length != length) continue;
+    // Keys are short: four bytes at a time and then a plain loop compare
+    // them sooner than memcmp.
     size_t same = 0;
-    while (same < length && candidate[same] == key[same]) ++same;
+    for (; same + sizeof(uint32_t) <= length; same += sizeof(uint32_t)) {
+      uint32_t ours = 0;
+      uint32_t theirs = 0;
+      std::memcpy(&ours, entry.key + same, sizeof ours);
+      std::memcpy(&theirs, key + same, sizeof theirs);
+      if (ours != theirs) break;
+    }
+    while (same < length && entry.key[same] == key[same]) ++same;
     if (same == length) {
-      *field = entry.second;
+      *field = entry.field;
       return true;
     }
   }
-  return false;
 }
 
 std::string PayloadProducer::KeyOf(const std::string& payload, const Pair& pair) {
