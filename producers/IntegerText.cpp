@@ -12,16 +12,23 @@ constexpr size_t kSafeHexDigits = 15;
 
 bool IsBlank(char c) { return c == ' ' || c == '\t'; }
 
+// The value of every byte as a hexadecimal digit; 16 for a byte that is none.
+struct HexDigits {
+  uint8_t value[256];
+  constexpr HexDigits() : value() {
+    for (int c = 0; c < 256; ++c) {
+      value[c] = c >= '0' && c <= '9'   ? static_cast<uint8_t>(c - '0')
+                 : c >= 'a' && c <= 'f' ? static_cast<uint8_t>(c - 'a' + 10)
+                 : c >= 'A' && c <= 'F' ? static_cast<uint8_t>(c - 'A' + 10)
+                                        : uint8_t{16};
+    }
+  }
+};
+constexpr HexDigits kHexDigits;
+
 // Digit value of `c`, or -1 when it is not a digit of `base`.
 int DigitValue(char c, int base) {
-  int digit = -1;
-  if (c >= '0' && c <= '9') {
-    digit = c - '0';
-  } else if (c >= 'a' && c <= 'f') {
-    digit = c - 'a' + 10;
-  } else if (c >= 'A' && c <= 'F') {
-    digit = c - 'A' + 10;
-  }
+  const int digit = kHexDigits.value[static_cast<unsigned char>(c)];
   return digit < base ? digit : -1;
 }
 
@@ -43,9 +50,9 @@ bool ConvertPlainHex(const char* text, size_t length, int64_t* value) {
   if (length == 0 || length > kSafeHexDigits) return false;
   uint64_t result = 0;
   for (size_t i = 0; i < length; ++i) {
-    const int digit = DigitValue(text[i], 16);
-    if (digit < 0) return false;
-    result = (result << 4) | static_cast<uint64_t>(digit);
+    const unsigned digit = kHexDigits.value[static_cast<unsigned char>(text[i])];
+    if (digit > 15) return false;
+    result = (result << 4) | digit;
   }
   *value = static_cast<int64_t>(result);
   return true;

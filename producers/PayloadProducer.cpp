@@ -1,5 +1,6 @@
 #include "producers/PayloadProducer.h"
 
+#include <cstdint>
 #include <cstring>
 
 namespace Quillan {
@@ -15,6 +16,33 @@ bool Fail(ParseError* error, ParseFailure kind, size_t offset, const std::string
   return false;
 }
 
+// The first byte from `pos` on that is `a` or `b`, or `size`. Eight bytes
+// are looked at at once: a zero byte in the word XOR the wanted byte marks a
+// hit. The lowest marked byte is always a true hit (marks can be wrong only
+// above one), so on a little-endian machine the hit's place is the mask's
+// lowest set bit; elsewhere it is found byte by byte.
+size_t FindEither(const char* text, size_t pos, size_t size, char a, char b) {
+  constexpr uint64_t kOnes = 0x0101010101010101u;
+  constexpr uint64_t kHighs = 0x8080808080808080u;
+  const uint64_t wordA = kOnes * static_cast<unsigned char>(a);
+  const uint64_t wordB = kOnes * static_cast<unsigned char>(b);
+  for (; pos + sizeof(uint64_t) <= size; pos += sizeof(uint64_t)) {
+    uint64_t word = 0;
+    std::memcpy(&word, text + pos, sizeof word);
+    const uint64_t xa = word ^ wordA;
+    const uint64_t xb = word ^ wordB;
+    const uint64_t hits = (((xa - kOnes) & ~xa) | ((xb - kOnes) & ~xb)) & kHighs;
+    if (hits == 0) continue;
+#if defined(__BYTE_ORDER__) && __BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__
+    return pos + static_cast<size_t>(__builtin_ctzll(hits) / 8);
+#else
+    break;
+#endif
+  }
+  while (pos < size && text[pos] != a && text[pos] != b) ++pos;
+  return pos;
+}
+
 // Replaces `value` by `length` bytes; an append into the kept capacity is the
 // cheapest way the string offers.
 void SetValue(std::string& value, const char* text, size_t length) {
@@ -26,20 +54,23 @@ void SetValue(std::string& value, const char* text, size_t length) {
 
 std::unique_ptr<ProducedMessage> PayloadProducer::Parse(const std::string& payload,
                                                         ParseError* error) {
+  return ParseFields(payload, error) ? CreateMessage() : nullptr;
+}
+
+bool PayloadProducer::ParseFields(const std::string& payload, ParseError* error) {
   if (error != nullptr) *error = ParseError();
   if (m_keys.empty()) {
     InitKeys(m_keys);
     IndexKeys();
   }
   Begin();
-  if (payload.empty()) return CreateMessage();
+  if (payload.empty()) return true;
   size_t pos = 0;
   bool newItem = true;
   for (;;) {
     if (newItem) NextItem();
-    if (!ReadPair(payload, pos, m_pair, error) || !StorePair(payload, m_pair, error))
-      return nullptr;
-    if (pos == payload.size()) return CreateMessage();
+    if (!ReadPair(payload, pos, m_pair, error) || !StorePair(payload, m_pair, error)) return false;
+    if (pos == payload.size()) return true;
     newItem = m_pair.startsItem;
   }
 }
@@ -50,9 +81,7 @@ bool PayloadProducer::ReadPair(const std::string& payload, size_t& pos, Pair& pa
                                ParseError* error) const {
   const char* text = payload.data();
   const size_t size = payload.size();
-  // Keys are short: a plain loop finds their end sooner than memchr.
-  size_t equals = pos;
-  while (equals < size && text[equals] != '=') ++equals;
+  const size_t equals = FindEither(text, pos, size, '=', '=');
   if (equals == size) return Fail(error, ParseFailure::kMissingEquals, pos, "");
   if (equals == pos) return Fail(error, ParseFailure::kEmptyKey, pos, "");
   pair.keyOffset = pos;
@@ -71,8 +100,7 @@ bool PayloadProducer::ReadPair(const std::string& payload, size_t& pos, Pair& pa
     SetValue(pair.value, text + pos, end - pos);
     pos = closingAt != nullptr ? end + 1 : end;
   } else {
-    size_t end = pos;
-    while (end < size && text[end] != ' ' && text[end] != ';') ++end;
+    const size_t end = FindEither(text, pos, size, ' ', ';');
     SetValue(pair.value, text + pos, end - pos);
     pos = end;
   }
@@ -103,15 +131,14 @@ bool PayloadProducer::StorePair(const std::string& payload, const Pair& pair, Pa
 // Open addressing over a table at least twice as large as the key table,
 // so that every probe sequence meets an empty slot.
 void PayloadProducer::IndexKeys() {
-  m_keyIndex.assign(m_keys.begin(), m_keys.end());
   size_t slots = 16;
-  while (slots < 2 * m_keyIndex.size()) slots *= 2;
-  m_keySlots.assign(slots, kEmptySlot);
-  for (size_t i = 0; i < m_keyIndex.size(); ++i) {
-    const std::string& key = m_keyIndex[i].first;
+  while (slots < 2 * m_keys.size()) slots *= 2;
+  m_keySlots.assign(slots, KeySlotEntry());
+  for (const auto& entry : m_keys) {
+    const std::string& key = entry.first;
     size_t slot = KeySlot(key.data(), key.size());
-    while (m_keySlots[slot] != kEmptySlot) slot = (slot + 1) & (slots - 1);
-    m_keySlots[slot] = static_cast<int>(i);
+    while (m_keySlots[slot].key != nullptr) slot = (slot + 1) & (slots - 1);
+    m_keySlots[slot] = KeySlotEntry{key.data(), key.size(), entry.second};
   }
 }
 
@@ -124,20 +151,27 @@ size_t PayloadProducer::KeySlot(const char* key, size_t length) const {
 
 bool PayloadProducer::FindField(const char* key, size_t length, int* field) const {
   if (m_keySlots.empty()) return false;
-  for (size_t slot = KeySlot(key, length); m_keySlots[slot] != kEmptySlot;
-       slot = (slot + 1) & (m_keySlots.size() - 1)) {
-    const auto& entry = m_keyIndex[static_cast<size_t>(m_keySlots[slot])];
-    if (entry.first.size() != length) continue;
-    // Keys are short: a plain loop compares them sooner than memcmp.
-    const char* candidate = entry.first.data();
+  const size_t mask = m_keySlots.size() - 1;
+  for (size_t slot = KeySlot(key, length);; slot = (slot + 1) & mask) {
+    const KeySlotEntry& entry = m_keySlots[slot];
+    if (entry.key == nullptr) return false;
+    if (entry.length != length) continue;
+    // Keys are short: four bytes at a time and then a plain loop compare
+    // them sooner than memcmp.
     size_t same = 0;
-    while (same < length && candidate[same] == key[same]) ++same;
+    for (; same + sizeof(uint32_t) <= length; same += sizeof(uint32_t)) {
+      uint32_t ours = 0;
+      uint32_t theirs = 0;
+      std::memcpy(&ours, entry.key + same, sizeof ours);
+      std::memcpy(&theirs, key + same, sizeof theirs);
+      if (ours != theirs) break;
+    }
+    while (same < length && entry.key[same] == key[same]) ++same;
     if (same == length) {
-      *field = entry.second;
+      *field = entry.field;
       return true;
     }
   }
-  return false;
 }
 
 std::string PayloadProducer::KeyOf(const std::string& payload, const Pair& pair) {

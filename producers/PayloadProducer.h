@@ -58,6 +58,10 @@ class PayloadProducer {
   // Begin.
   virtual std::unique_ptr<ProducedMessage> Parse(const std::string& payload,
                                                  ParseError* error = nullptr);
+  // Parse without the message: Begin and every field stored, true when Parse
+  // would give a message (CreateMessage never refuses). For tools that only
+  // want the verdict.
+  bool ParseFields(const std::string& payload, ParseError* error = nullptr);
   // Starts fresh message data.
   virtual void Begin() = 0;
   // Fills the key table: key to field number.
@@ -84,19 +88,25 @@ class PayloadProducer {
 
   bool ReadPair(const std::string& payload, size_t& pos, Pair& pair, ParseError* error) const;
   bool StorePair(const std::string& payload, const Pair& pair, ParseError* error);
-  // Copies the key table into m_keyIndex and hashes it into m_keySlots.
+  // Hashes the key table into m_keySlots.
   void IndexKeys();
   size_t KeySlot(const char* key, size_t length) const;
   // The field number of a key; false when the key is not in the table.
   bool FindField(const char* key, size_t length, int* field) const;
   static std::string KeyOf(const std::string& payload, const Pair& pair);
 
+  // One slot of the key hash table; `key` points into m_keys, whose texts
+  // stay where they are once filled. Empty when `key` is null.
+  struct KeySlotEntry {
+    const char* key = nullptr;
+    size_t length = 0;
+    int field = 0;
+  };
+
   KeyTable m_keys;
-  // The key table as a list, and a hash table of indexes into it (a power
-  // of two long), which finds a key with one comparison in most cases.
-  static constexpr int kEmptySlot = -1;
-  std::vector<std::pair<std::string, int>> m_keyIndex;
-  std::vector<int> m_keySlots;
+  // A hash table of the keys (a power of two long), which finds a key with
+  // one comparison in most cases.
+  std::vector<KeySlotEntry> m_keySlots;
   Pair m_pair;
 };
 

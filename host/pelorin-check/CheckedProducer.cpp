@@ -62,20 +62,23 @@ void CheckedProducer::InitKeys(KeyTable& keys) {
 
 int CheckedProducer::SetField(int field, const std::string& value) {
   const size_t index = static_cast<size_t>(field - 1);
-  if (field >= 1 && index < m_fields.size()) {
-    const Field kind = m_fields[index];
-    if (kind == Field::kHexBytes) {
-      CheckBytes(m_keys[index], value);
-    } else if (kind != Field::kText) {
-      CheckNumber(m_keys[index], value, kind);
-    }
+  if (field < 1 || index >= m_fields.size() || m_fields[index] == Field::kText) {
+    return m_inner.SetField(field, value);
   }
-  return m_inner.SetField(field, value);
+  // The real producer stores every number of a field it knows, converted or
+  // not, and its message is thrown away here: the one conversion below gives
+  // both the verdict and the value it would store.
+  if (m_fields[index] == Field::kHexBytes) {
+    CheckBytes(m_keys[index], value);
+  } else {
+    CheckNumber(m_keys[index], value, m_fields[index]);
+  }
+  return 0;
 }
 
 void CheckedProducer::CheckNumber(const std::string& key, const std::string& value, Field field) {
   int64_t number = 0;
-  if (!Quillan::IntegerText::Convert(value, 10, &number)) {
+  if (!Quillan::IntegerText::Convert(value.data(), value.size(), 10, &number)) {
     Add(DiagnosticKind::kValueNotNumber, key,
         "value " + TerminalText::Quoted(value, 40) + " of " + TerminalText::Quoted(key) +
             " is not a decimal number; it is delivered as 0");
@@ -90,29 +93,37 @@ void CheckedProducer::CheckNumber(const std::string& key, const std::string& val
 }
 
 // The bytes of "tmcData": one per ":"-ended token and one for a non-empty
-// last token, as the producer splits them.
+// last token, as the producer splits them. Tokens are looked at where they
+// stand; only a finding copies one.
 void CheckedProducer::CheckBytes(const std::string& key, const std::string& value) {
+  const char* text = value.data();
+  const size_t size = value.size();
   size_t start = 0;
   uint64_t byte = 0;
-  while (start < value.size()) {
-    size_t end = value.find(':', start);
-    if (end == std::string::npos) end = value.size();
+  while (start < size) {
+    size_t end = start;
+    while (end < size && text[end] != ':') ++end;
     ++byte;
-    const std::string token(value, start, end - start);
     int64_t number = 0;
-    const auto where = [&] {
-      return "byte " + std::to_string(byte) + " " + TerminalText::Quoted(token, 40) + " of " +
-             TerminalText::Quoted(key);
-    };
-    if (!Quillan::IntegerText::Convert(token, 16, &number)) {
-      Add(DiagnosticKind::kValueNotNumber, key,
-          where() + " is not a hexadecimal number; it is delivered as 0");
-    } else if (number < 0 || number > 255) {
-      Add(DiagnosticKind::kValueOutOfRange, key,
-          where() + " does not fit a byte (00 to FF); it is delivered as " +
-              std::to_string(Stored(Field::kHexBytes, number)));
+    const bool converts = Quillan::IntegerText::Convert(text + start, end - start, 16, &number);
+    if (!converts || number < 0 || number > 255) {
+      ReportByte(key, byte, std::string(text + start, end - start), converts, number);
     }
     start = end + 1;
+  }
+}
+
+void CheckedProducer::ReportByte(const std::string& key, uint64_t byte, const std::string& token,
+                                 bool converts, int64_t number) {
+  const std::string where = "byte " + std::to_string(byte) + " " +
+                            TerminalText::Quoted(token, 40) + " of " + TerminalText::Quoted(key);
+  if (!converts) {
+    Add(DiagnosticKind::kValueNotNumber, key,
+        where + " is not a hexadecimal number; it is delivered as 0");
+  } else {
+    Add(DiagnosticKind::kValueOutOfRange, key,
+        where + " does not fit a byte (00 to FF); it is delivered as " +
+            std::to_string(Stored(Field::kHexBytes, number)));
   }
 }
 

@@ -1,9 +1,11 @@
 #pragma once
 // CheckedProducer: stands in front of one of the dispatcher's payload
-// producers ("$TMC" or "$TSL"), so that the very Parse that playback runs
-// also shows the checker every value it stores. Numbers that do not convert
-// (delivered as 0) and numbers that do not fit their field (delivered cut or
-// wrapped) become findings; storing is still the real producer's work.
+// producers ("$TMC" or "$TSL"), so that the very payload reading that
+// playback runs also shows the checker every value it stores. Numbers that
+// do not convert (delivered as 0) and numbers that do not fit their field
+// (delivered cut or wrapped) become findings. The checker wants no message,
+// so numbers are converted once, here, and not handed on; texts and unknown
+// field numbers still go to the real producer.
 // Owned by RecordChecks, one per tag; one thread.
 
 #include <cstdint>
@@ -45,6 +47,8 @@ class CheckedProducer : public Quillan::PayloadProducer {
  private:
   void CheckNumber(const std::string& key, const std::string& value, Field field);
   void CheckBytes(const std::string& key, const std::string& value);
+  void ReportByte(const std::string& key, uint64_t byte, const std::string& token, bool converts,
+                  int64_t number);
   void Add(DiagnosticKind kind, const std::string& key, std::string message);
 
   Quillan::PayloadProducer& m_inner;

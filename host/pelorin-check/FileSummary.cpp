@@ -25,7 +25,7 @@ void FileSummary::AddRecord(double time, const std::string& tag, bool delivered)
     ++m_droppedRecords;
   }
   m_recordedSpeed.AddRecord(time);
-  m_otherSpeed.AddRecord(time);
+  if (m_hasOtherSpeed) m_otherSpeed.AddRecord(time);
 }
 
 void FileSummary::AddMalformedLine(uint64_t line, const std::string& reason) {

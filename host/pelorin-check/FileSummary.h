@@ -52,6 +52,7 @@ class FileSummary {
   int64_t SpanMs() const;
   const PlayDuration& AtRecordedSpeed() const { return m_recordedSpeed; }
   bool HasOtherSpeed() const { return m_hasOtherSpeed; }
+  // Meaningful only when HasOtherSpeed.
   const PlayDuration& AtOtherSpeed() const { return m_otherSpeed; }
 
   // Where playback ends before the end of the file; 0 when it plays to the end.

@@ -9,16 +9,16 @@ constexpr uint8_t kLineFeed = 10;
 constexpr uint8_t kCarriageReturn = 13;
 constexpr uint8_t kBlank = ' ';
 
-// How many of `count` bytes come before the first LF or CR.
+// How many of `count` bytes taken in one run come before the line end. The
+// reader takes a run of ordinary bytes, or a whole line with its end: LF, CR
+// LF, or a lone CR and the byte after it. So a line end, when there is one,
+// is among the last two bytes and nothing before it needs a look.
 uint32_t ContentBytes(const uint8_t* bytes, uint32_t count) {
-  const void* lineFeed = std::memchr(bytes, kLineFeed, count);
-  const uint32_t before = lineFeed != nullptr
-                              ? static_cast<uint32_t>(static_cast<const uint8_t*>(lineFeed) - bytes)
-                              : count;
-  const void* carriageReturn = std::memchr(bytes, kCarriageReturn, before);
-  return carriageReturn != nullptr
-             ? static_cast<uint32_t>(static_cast<const uint8_t*>(carriageReturn) - bytes)
-             : before;
+  if (count >= 2 && bytes[count - 2] == kCarriageReturn) return count - 2;
+  if (count >= 1 && (bytes[count - 1] == kLineFeed || bytes[count - 1] == kCarriageReturn)) {
+    return count - 1;
+  }
+  return count;
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 #include "host/pelorin-check/RecordChecks.h"
 
 #include <cctype>
+#include <cstring>
 #include <utility>
 
 #include "host/common/TerminalText.h"
@@ -37,6 +38,12 @@ const std::vector<Field> kServiceListFields = {
     Field::kUnsigned8,  Field::kSigned32,  Field::kUnsigned32};
 // The tags that playback knows, for the letter-case hint of an unknown tag.
 const std::vector<const char*> kKnownTags = {kTmcTag, kServiceListTag, kOnlineTrafficTag};
+
+// Whether `tag` is `name`, without measuring `name` at run time.
+template <size_t N>
+bool IsTag(const std::string& tag, const char (&name)[N]) {
+  return tag.size() == N - 1 && std::memcmp(tag.data(), name, N - 1) == 0;
+}
 
 bool EqualsIgnoringCase(const std::string& a, const std::string& b) {
   if (a.size() != b.size()) return false;
@@ -155,8 +162,14 @@ void RecordChecks::CheckTime(uint64_t line, double time, const LineShape& shape,
 
 bool RecordChecks::CheckTag(uint64_t line, const Quillan::Record& record,
                             std::vector<Diagnostic>& out) {
-  if (m_dispatcher.FindProducer(record.tag) != nullptr) return CheckPayload(line, record, out);
-  if (record.tag == kOnlineTrafficTag) return CheckOnlineCall(line, record, out);
+  // "$TMC" and "$TSL" go to the checked producers without a look-up.
+  CheckedProducer* checked = IsTag(record.tag, kTmcTag)           ? &m_tmc
+                             : IsTag(record.tag, kServiceListTag) ? &m_tsl
+                                                                  : nullptr;
+  if (checked != nullptr) return CheckPayload(line, record, *checked, checked, out);
+  Quillan::PayloadProducer* producer = m_dispatcher.FindProducer(record.tag);
+  if (producer != nullptr) return CheckPayload(line, record, *producer, nullptr, out);
+  if (IsTag(record.tag, kOnlineTrafficTag)) return CheckOnlineCall(line, record, out);
   Diagnostic diagnostic =
       Make(line, DiagnosticKind::kUnknownTag,
            "unknown tag " + TerminalText::Quoted(record.tag, 40) +
@@ -166,17 +179,14 @@ bool RecordChecks::CheckTag(uint64_t line, const Quillan::Record& record,
   return false;
 }
 
+// `producer` is the one the dispatcher hands this tag's records to (or the
+// checked producer in front of it), so the verdict is playback's own; the
+// message itself is not built, nothing here would look at it.
 bool RecordChecks::CheckPayload(uint64_t line, const Quillan::Record& record,
+                                Quillan::PayloadProducer& producer, CheckedProducer* checked,
                                 std::vector<Diagnostic>& out) {
-  // The producer that the dispatcher hands this tag's records to, so the
-  // verdict is playback's own, seen through the value checks.
-  CheckedProducer* checked = record.tag == kTmcTag           ? &m_tmc
-                             : record.tag == kServiceListTag ? &m_tsl
-                                                             : nullptr;
-  Quillan::PayloadProducer* producer =
-      checked != nullptr ? checked : m_dispatcher.FindProducer(record.tag);
   Quillan::ParseError error;
-  if (producer->Parse(record.payload, &error) != nullptr) {
+  if (producer.ParseFields(record.payload, &error)) {
     if (checked == nullptr) return true;
     for (const CheckedProducer::Finding& finding : checked->Findings()) {
       Diagnostic diagnostic = Make(line, finding.kind, finding.message);

@@ -40,7 +40,9 @@ class RecordChecks {
  private:
   void CheckTime(uint64_t line, double time, const LineShape& shape, std::vector<Diagnostic>& out);
   bool CheckTag(uint64_t line, const Quillan::Record& record, std::vector<Diagnostic>& out);
-  bool CheckPayload(uint64_t line, const Quillan::Record& record, std::vector<Diagnostic>& out);
+  bool CheckPayload(uint64_t line, const Quillan::Record& record,
+                    Quillan::PayloadProducer& producer, CheckedProducer* checked,
+                    std::vector<Diagnostic>& out);
   bool CheckOnlineCall(uint64_t line, const Quillan::Record& record, std::vector<Diagnostic>& out);
   void CheckIntegerArguments(uint64_t line, const Quillan::TotCall& call,
                              std::vector<Diagnostic>& out);

@@ -26,7 +26,11 @@ class TagCounter {
   uint64_t OtherRecords() const { return m_otherRecords; }
 
  private:
+  // Whether `counted` is the first `length` bytes of `tag`.
+  static bool Is(const std::string& counted, const std::string& tag, size_t length);
+
   std::vector<std::pair<std::string, uint64_t>> m_counts;
+  size_t m_last = 0;  // the entry counted last
   uint64_t m_otherRecords = 0;
 };
 

@@ -80,6 +80,11 @@ TEST(PayloadGrammar, EveryPayloadOfTheGrammarTable) {
       {"a=1;;b=2", false, {{1, "1"}}, 2},
       {"b=2 a=reject b=3", false, {{2, "2"}}, 1},
       {"a=x=y", true, {{1, "x=y"}}, 1},
+      // Separators before, on and after an eight-byte boundary; bytes above 0x7F.
+      {"a=0123456789ABCDEF;b=0123456 a=01234567", true,
+       {{1, "0123456789ABCDEF"}, {2, "0123456"}, {1, "01234567"}}, 2},
+      {"a=\xE2\x82\xAC\xFF\x80\x80\xA0\xBB b=1", true,
+       {{1, "\xE2\x82\xAC\xFF\x80\x80\xA0\xBB"}, {2, "1"}}, 1},
   };
   RecordingProducer producer;
   for (const GrammarCase& c : cases) {
