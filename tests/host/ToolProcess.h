@@ -327,7 +327,6 @@ class TestFolder {
     std::ofstream(path, std::ios::binary) << bytes;
     return path;
   }
-  std::vector<std::string> List() const { return ListTree(m_path); }
 
  private:
   std::string m_path;
