@@ -9,7 +9,7 @@
 #include <set>
 #include <string>
 
-#include "tests/check/CheckTestSupport.h"
+#include "tests/host/ToolProcess.h"
 
 namespace {
 

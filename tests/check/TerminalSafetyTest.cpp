@@ -4,18 +4,14 @@
 
 #include <gtest/gtest.h>
 
-#include <sstream>
 #include <string>
 
 #include "host/common/Utf8.h"
-#include "host/pelorin-check/Checker.h"
-#include "host/pelorin-check/JsonReportWriter.h"
-#include "host/pelorin-check/TextReportWriter.h"
-#include "tests/check/CheckTestSupport.h"
+#include "tests/host/ToolProcess.h"
 
 namespace {
 
-using pelorin_check_test::TestFolder;
+using pelorin_tool_test::TestFolder;
 
 // The first byte that a terminal would obey or that is not UTF-8, or npos.
 size_t FirstUnsafeByte(const std::string& text) {
@@ -37,24 +33,20 @@ TEST(TerminalSafetyTest, NoRawControlByteReachesTheReport) {
                                "1 $TOT setNewData:@\n1 $TOT setTimeoutForFallback:@\n@ $TMC\n"};
   for (const std::string& bytes : hostile) {
     for (const char* line : lines) {
-      SCOPED_TRACE(::testing::PrintToString(bytes) + line);
       std::string events = line;
       for (size_t at = events.find('@'); at != std::string::npos; at = events.find('@', at)) {
         events.replace(at, 1, bytes);
       }
       TestFolder dir;
       const std::string path = dir.Write("ev" + bytes + "nts", events);
-      PelorinCheck::Options options;
-      options.maxErrors = 0;
-      const PelorinCheck::TpegDirectory tpegs;
-      std::ostringstream text;
-      std::ostringstream json;
-      PelorinCheck::TextReportWriter textWriter(text);
-      PelorinCheck::JsonReportWriter jsonWriter(json);
-      EXPECT_GT(PelorinCheck::Checker(options, tpegs, textWriter).CheckFile(path).Warnings(), 0u);
-      PelorinCheck::Checker(options, tpegs, jsonWriter).CheckFile(path);
-      EXPECT_EQ(FirstUnsafeByte(text.str()), std::string::npos) << text.str();
-      EXPECT_EQ(FirstUnsafeByte(json.str()), std::string::npos) << json.str();
+      for (const char* form : {"--strict", "--json"}) {
+        SCOPED_TRACE(::testing::PrintToString(bytes) + line + form);
+        pelorin_tool_test::ToolProcess check;
+        EXPECT_EQ(pelorin_tool_test::RunTool(PELORIN_CHECK_PROGRAM,
+                                             {"--max-errors", "0", "--strict", form, path}, &check),
+                  1);
+        EXPECT_EQ(FirstUnsafeByte(check.Output()), std::string::npos) << check.Output();
+      }
     }
   }
 }

@@ -15,11 +15,11 @@
 #include "host/common/Utf8.h"
 #include "host/pelorin-check/CheckProgram.h"
 #include "host/pelorin-check/TimeAxis.h"
-#include "tests/check/CheckTestSupport.h"
+#include "tests/host/ToolProcess.h"
 
 namespace {
 
-using pelorin_check_test::TestFolder;
+using pelorin_tool_test::TestFolder;
 using PelorinCheck::CheckProgram;
 using PelorinCheck::TimeAxis;
 

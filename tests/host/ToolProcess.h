@@ -40,12 +40,6 @@ inline double NowSeconds() {
   return static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) / 1e9;
 }
 
-inline std::string MakeTempDir(const char* name) {
-  const char* base = std::getenv("TMPDIR");
-  std::string pattern = std::string(base && *base ? base : "/tmp") + "/" + name + ".XXXXXX";
-  return mkdtemp(&pattern[0]) ? pattern : std::string();
-}
-
 inline void RemoveTree(const std::string& path) {
   if (DIR* dir = opendir(path.c_str())) {
     while (dirent* entry = readdir(dir)) {
@@ -57,6 +51,27 @@ inline void RemoveTree(const std::string& path) {
   } else {
     unlink(path.c_str());
   }
+}
+
+// A folder "<name>-<pid>.XXXXXX" under TMPDIR. Folders that a test process
+// left behind when it crashed or was killed before its destructors ran are
+// removed on the way: their pid no longer runs.
+inline std::string MakeTempDir(const char* name) {
+  const char* tmp = std::getenv("TMPDIR");
+  const std::string base = tmp && *tmp ? tmp : "/tmp";
+  const std::string prefix = std::string(name) + "-";
+  if (DIR* dir = opendir(base.c_str())) {
+    while (dirent* entry = readdir(dir)) {
+      if (std::strncmp(entry->d_name, prefix.c_str(), prefix.size()) != 0) continue;
+      const long pid = std::strtol(entry->d_name + prefix.size(), nullptr, 10);
+      if (pid > 0 && kill(static_cast<pid_t>(pid), 0) != 0 && errno == ESRCH) {
+        RemoveTree(base + "/" + entry->d_name);
+      }
+    }
+    closedir(dir);
+  }
+  std::string pattern = base + "/" + prefix + std::to_string(getpid()) + ".XXXXXX";
+  return mkdtemp(&pattern[0]) ? pattern : std::string();
 }
 
 // The names under root + prefix, recursively, sorted.
@@ -312,7 +327,6 @@ class TestFolder {
     std::ofstream(path, std::ios::binary) << bytes;
     return path;
   }
-  std::vector<std::string> List() const { return ListTree(m_path); }
 
  private:
   std::string m_path;
