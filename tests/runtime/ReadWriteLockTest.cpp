@@ -1,16 +1,14 @@
 // ReadWriteLock: writer preference, re-entrant reads and writes, reading
-// while writing, upgrading a read, and exclusion under load.
+// while writing, and upgrading a read.
 
 #include "runtime/ReadWriteLock.h"
 
 #include <gtest/gtest.h>
 
-#include <atomic>
 #include <condition_variable>
 #include <functional>
 #include <mutex>
 #include <thread>
-#include <vector>
 
 #include "runtime/ScopedLock.h"
 #include "runtime/TimeBase.h"
@@ -157,34 +155,6 @@ TEST(ReadWriteLockTest, OverlappingUpgradesGoInTheOrderBegun) {
     lock.UnlockWrite();
     lock.UnlockRead();
   });
-}
-
-// Threads read and write, some nested and some reading inside their write;
-// a writer must always be alone.
-TEST(ReadWriteLockTest, WritersExcludeEveryoneUnderLoad) {
-  ReadWriteLock lock;
-  std::atomic<int> inside{0}, violations{0};
-  std::vector<std::thread> threads;
-  for (int thread = 0; thread < 4; ++thread) {
-    threads.emplace_back([&, thread] {
-      for (int round = 0; round < 1500; ++round) {
-        const bool write = (round + thread) % 4 == 0, nested = round % 3 == 0;
-        write ? lock.LockWrite() : lock.LockRead();
-        if (nested) write ? lock.LockWrite() : lock.LockRead();
-        const int before = inside.fetch_add(write ? 1000 : 1);
-        if (before >= 1000 || (write && before != 0)) violations += 1;
-        inside -= write ? 1000 : 1;
-        if (write) {
-          lock.LockRead();
-          lock.UnlockRead();
-        }
-        if (nested) write ? lock.UnlockWrite() : lock.UnlockRead();
-        write ? lock.UnlockWrite() : lock.UnlockRead();
-      }
-    });
-  }
-  for (std::thread& thread : threads) thread.join();
-  EXPECT_EQ(violations, 0);
 }
 
 }  // namespace

@@ -1,14 +1,12 @@
-// The work loop: order, aging, delays across the tick wrap, stopping,
-// cancelling, removal and its thread checks, destruction, and load.
+// The work loop: order, delays, stopping, cancelling, removal and its
+// thread checks, and destruction.
 
 #include "runtime/WorkLoop.h"
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <atomic>
 #include <functional>
-#include <memory>
 #include <mutex>
 #include <thread>
 #include <vector>
@@ -130,27 +128,6 @@ TEST(WorkLoopOrderTest, IdsStartAtOneAndCountSuccessfulPostsOfEitherKind) {
   WorkLoop nearWrap(&GetTickMs, 0xFFFFFFFFu);
   EXPECT_EQ(nearWrap.Post(&handler, 1), 0xFFFFFFFFu);
   EXPECT_EQ(nearWrap.PostDelayed(&handler, 5000, 1), 1u);  // 0 would read as refused
-}
-
-TEST(WorkLoopDelayTest, DueOrderHoldsAcrossTheTickWrapAndTiesKeepPostingOrder) {
-  g_ticks = 0xFFFF0000u;
-  ExecutionLog log;
-  TestHandler beforeWrap(&log, "before wrap"), first(&log, "first"), second(&log, "second"),
-      marker(&log, "marker");
-  WorkLoop loop(&TestTicks);
-  loop.PostDelayed(&first, 0x18000, 5);      // due 0x00008000
-  loop.PostDelayed(&beforeWrap, 0x8000, 5);  // due 0xFFFF8000
-  loop.PostDelayed(&second, 0x18000, 5);     // due 0x00008000
-  // Past the wrap: one item is overdue, the others are 1 ms early. The
-  // first step takes the marker and moves what is due.
-  g_ticks = 0x00007FFFu;
-  loop.Post(&marker, 5);
-  loop.Start();
-  ASSERT_TRUE(beforeWrap.executedEvent.TimedWait(LongMs()));
-  EXPECT_EQ(first.executed, 0);
-  g_ticks = 0x00008000u;
-  ASSERT_TRUE(second.executedEvent.TimedWait(LongMs()));
-  EXPECT_EQ(log.Get(), (Names{"marker", "before wrap", "first", "second"}));
 }
 
 // Delays of 2^31 ms and more, up to the longest, wait their full length;
@@ -329,33 +306,6 @@ TEST(WorkLoopLifecycleTest, DestroyingALoopRunByAnotherThreadWaitsForItToDrain) 
   delete loop;
   runner.join();
   EXPECT_EQ(pending.executed + pending.released, 2);
-}
-
-TEST(WorkLoopLoadTest, SeveralPostersEachItemRunsOnceInPerPosterOrder) {
-  constexpr int kPosters = 4, kEach = 5000;
-  std::vector<std::vector<int>> seen(kPosters);
-  std::vector<std::unique_ptr<TestHandler>> handlers;
-  for (int index = 0; index < kPosters * kEach; ++index) {
-    handlers.push_back(std::make_unique<TestHandler>(
-        nullptr, "", [&seen, index] { seen[index / kEach].push_back(index % kEach); }));
-  }
-  {
-    WorkLoop loop;
-    loop.Start();
-    std::vector<std::thread> posters;
-    for (int poster = 0; poster < kPosters; ++poster) {
-      posters.emplace_back([&loop, &handlers, poster] {
-        for (int index = 0; index < kEach; ++index)
-          loop.Post(handlers[poster * kEach + index].get(), 16);
-      });
-    }
-    for (std::thread& poster : posters) poster.join();
-  }
-  for (const std::vector<int>& indices : seen) {
-    ASSERT_EQ(indices.size(), static_cast<size_t>(kEach));
-    EXPECT_TRUE(std::is_sorted(indices.begin(), indices.end()));
-  }
-  for (const auto& handler : handlers) EXPECT_EQ(handler->released, 1);
 }
 
 }  // namespace
