@@ -5,9 +5,7 @@
 
 #include <gtest/gtest.h>
 
-#include <atomic>
 #include <functional>
-#include <mutex>
 #include <string>
 #include <vector>
 
@@ -21,41 +19,31 @@ namespace {
 using Calls = std::vector<std::string>;
 uint32_t LongMs() { return pelorin_test::ScaledMs(10000); }
 
-// Records the hooks in order; Run runs `body`, which decides what follows.
+// Records the hooks in order (read once the thread is joined); Run runs
+// `body`, which decides what follows.
 class RecordingClient : public ThreadClient {
  public:
   void Run(Thread& thread) override {
-    Note("Run");
+    calls.push_back("Run");
     runs += 1;
     body(thread);
   }
-  void OnStop() override { Note("OnStop"); }
-  void OnSuspend() override { Note("OnSuspend"); }
-  void OnStart() override { Note("OnStart"); }
+  void OnStop() override { calls.push_back("OnStop"); }
+  void OnSuspend() override { calls.push_back("OnSuspend"); }
+  void OnStart() override { calls.push_back("OnStart"); }
   void OnSuspended() override {
-    Note("OnSuspended");
+    calls.push_back("OnSuspended");
     suspended.Set();
   }
   void OnStopped() override {
-    Note("OnStopped");
+    calls.push_back("OnStopped");
     stopped.Set();
-  }
-  Calls Get() {
-    std::lock_guard<std::mutex> guard(m_lock);
-    return m_calls;
   }
 
   std::function<void(Thread&)> body = [](Thread& thread) { thread.RequestStop(); };
-  std::atomic<int> runs{0};
+  int runs = 0;
+  Calls calls;
   Event suspended, stopped;
-
- private:
-  void Note(const char* call) {
-    std::lock_guard<std::mutex> guard(m_lock);
-    m_calls.push_back(call);
-  }
-  std::mutex m_lock;
-  Calls m_calls;
 };
 
 TEST(ThreadTest, NameStackPriorityCellAndThreadIdentity) {
@@ -118,7 +106,7 @@ TEST(ThreadTest, StartWakesASuspendedThreadAndRestartsOneThatEnded) {
   thread.Start();  // that thread has ended: a new one starts
   ASSERT_TRUE(client.stopped.TimedWait(LongMs()));
   thread.Stop();
-  EXPECT_EQ(client.Get(), (Calls{"OnStart", "Run", "OnSuspend", "OnSuspended", "Run", "OnStop",
+  EXPECT_EQ(client.calls, (Calls{"OnStart", "Run", "OnSuspend", "OnSuspended", "Run", "OnStop",
                                  "OnStopped", "OnStart", "Run", "OnStop", "OnStopped"}));
 }
 
