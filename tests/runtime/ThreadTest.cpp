@@ -1,5 +1,5 @@
-// Thread: names, stack, priority cell, the client's hooks, and the state
-// machine through stop, suspend and restart.
+// Thread: names, stack, the priority table behind its cell, the client's
+// hooks, and the state machine through stop, suspend and restart.
 
 #include "runtime/Thread.h"
 
@@ -9,7 +9,9 @@
 #include <string>
 #include <vector>
 
+#include "FerrixCfgFileReader.h"
 #include "runtime/ThreadClient.h"
+#include "runtime/ThreadPriorityTable.h"
 #include "runtime/TimeBase.h"
 #include "tests/support/TestTime.h"
 
@@ -46,17 +48,13 @@ class RecordingClient : public ThreadClient {
   Event suspended, stopped;
 };
 
-TEST(ThreadTest, NameStackPriorityCellAndThreadIdentity) {
+TEST(ThreadTest, NameStackAndThreadIdentity) {
   RecordingClient client;
   Thread thread(&client);
   EXPECT_EQ(thread.GetName(), "nameless_thread");
   thread.SetName(std::string(70, 'n').c_str());
   EXPECT_EQ(thread.GetName(), std::string(59, 'n'));
   thread.SetName("Quillan::DataPlayer");
-  uint32_t priority = 0;
-  EXPECT_TRUE(thread.GetTablePriority(&priority) && priority == 10u);
-  thread.SetPriority(0, 3);
-  EXPECT_TRUE(thread.GetTablePriority(&priority) && priority == 13u);
   thread.Stop();  // before Start: changes nothing
   EXPECT_EQ(thread.GetState(), Thread::kCreated);
   EXPECT_FALSE(thread.IsOtherThread());  // no id before Start
@@ -85,6 +83,36 @@ TEST(ThreadTest, NameStackPriorityCellAndThreadIdentity) {
 #else
   EXPECT_EQ(stackSize, Thread::kStackSize);
 #endif
+}
+
+// A thread's priority cell (level, class) is looked up in the built-in table
+// unless the configuration reader supplies one; cells outside have none.
+TEST(ThreadTest, PriorityCellFromTheBuiltInOrTheConfiguredTable) {
+  RecordingClient client;
+  Thread thread(&client);
+  const auto priorityOf = [&thread](int level, int priorityClass) {
+    uint32_t priority = 77;
+    thread.SetPriority(level, priorityClass);
+    return thread.GetTablePriority(&priority) ? priority : 0u;
+  };
+  ThreadPriorityTable::Load();
+  uint32_t priority = 0;
+  EXPECT_TRUE(thread.GetTablePriority(&priority) && priority == 10u);  // the default cell
+  EXPECT_EQ(priorityOf(0, 3), 13u);
+  EXPECT_EQ(priorityOf(7, 3), 6u);
+  EXPECT_EQ(priorityOf(7, 2), 13u);
+  uint32_t configured[32];
+  for (uint32_t index = 0; index < 32; ++index) configured[index] = 100 + index;
+  FerrixCfgFileReader_SetPriorityTableForTesting(configured);
+  ThreadPriorityTable::Load();
+  EXPECT_EQ(priorityOf(2, 1), 110u);  // level + class * 8, kept as supplied
+  EXPECT_EQ(priorityOf(7, 3), 131u);
+  FerrixCfgFileReader_SetPriorityTableForTesting(nullptr);
+  ThreadPriorityTable::Load();
+  EXPECT_EQ(priorityOf(2, 1), 13u);
+  for (uint32_t none : {priorityOf(0, 4), priorityOf(8, 0), priorityOf(0, -1), priorityOf(-1, 0)}) {
+    EXPECT_EQ(none, 0u);
+  }
 }
 
 TEST(ThreadTest, StartWakesASuspendedThreadAndRestartsOneThatEnded) {
