@@ -255,31 +255,24 @@ TEST_F(WorkLoopTest, DestroyingARunningLoopDrainsItFirst) {
   }
 }
 
-// Run on a thread of the caller's: the loop refuses RemoveAll there, and
-// returns to idle once stopped and drained.
-TEST_F(WorkLoopTest, ALoopRunOnACallersThreadReturnsToIdleOnceDrained) {
-  TestHandler pending, later;
-  WorkLoop loop;
-  int removeAll = -1;
-  TestHandler stopper("", [&] {
-    removeAll = loop.RemoveAll(&pending);
-    loop.Stop(nullptr);
-  });
-  loop.Post(&stopper, 2);
-  loop.Post(&pending, 1);
-  std::thread runner([&loop] { loop.Run(); });
-  runner.join();
-  EXPECT_EQ(removeAll, 3);
-  EXPECT_EQ(pending.executed, 1);
-  EXPECT_EQ(loop.Stop(nullptr), 0);
-  EXPECT_NE(loop.Post(&later, 1), 0u);  // idle again: accepted, released at destruction
-}
-
-// The runner thread's blocker holds on until the destructor has stopped the
-// loop (posts are refused then); the destructor must let the loop drain.
-TEST_F(WorkLoopTest, DestroyingALoopRunByACallersThreadWaitsForItToDrain) {
+// Run on a thread of the caller's, the loop refuses RemoveAll there and
+// returns to idle once stopped and drained. Destroyed while it runs there,
+// it lets the loop drain: the blocker holds on until the destructor has
+// stopped the loop (posts are refused then).
+TEST_F(WorkLoopTest, ALoopRunOnACallersThreadDrainsBeforeIdleOrDestruction) {
   TestHandler pending, probe;
   auto* loop = new WorkLoop;
+  int removeAll = -1;
+  TestHandler stopper("", [&] {
+    removeAll = loop->RemoveAll(&pending);
+    loop->Stop(nullptr);
+  });
+  loop->Post(&stopper, 2);
+  loop->Post(&pending, 1);
+  std::thread([loop] { loop->Run(); }).join();
+  EXPECT_EQ(removeAll, 3);
+  EXPECT_EQ(pending.executed, 1);
+  EXPECT_EQ(loop->Stop(nullptr), 0);  // idle again
   Event entered;
   TestHandler blocker("", [&] {
     entered.Set();
@@ -291,7 +284,7 @@ TEST_F(WorkLoopTest, DestroyingALoopRunByACallersThreadWaitsForItToDrain) {
   ASSERT_TRUE(entered.TimedWait(LongMs()));
   delete loop;
   runner.join();
-  EXPECT_EQ(pending.executed + pending.released, 2);
+  EXPECT_EQ(pending.executed + pending.released, 4);
 }
 
 }  // namespace
