@@ -1,10 +1,11 @@
-// The table-backed data-pool client: id-to-entry mapping, typed access,
-// change reports (sorted, one copy of each id, also when empty), and
-// registration.
+// The table-backed data-pool client and its typed entries: id-to-entry
+// mapping, typed access, change reports (sorted, one copy of each id, also
+// when empty), and registration.
 
 #include <gtest/gtest.h>
 
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "DataPoolDirectory.h"
@@ -40,10 +41,12 @@ class DataPoolReaderTest : public ::testing::Test {
   DataPoolReader reader{table.entries, 1, 6, kMask, &pool, kClientId};
 };
 
-TEST_F(DataPoolReaderTest, MaskedIdSelectsTheEntryWithinTheServedRange) {
+TEST_F(DataPoolReaderTest, MaskedIdSelectsTheEntryWithinTheServedRangeOfItsType) {
   int32_t value = -1;
+  std::string text = "unchanged";
   EXPECT_TRUE(reader.GetValue(0x7f000001, &value));  // the high byte is masked away
   EXPECT_EQ(value, 100);
+  EXPECT_TRUE(reader.GetText(kText, &text) && text.empty());  // a text made from 0
   EXPECT_EQ(reader.GetValueType(kText), PoolValue::kText);
   for (uint32_t outside : {0x4c000000u, 0x4c000007u, 0x4d000000u}) {
     EXPECT_FALSE(reader.GetValue(outside, &value)) << std::hex << outside;
@@ -52,42 +55,53 @@ TEST_F(DataPoolReaderTest, MaskedIdSelectsTheEntryWithinTheServedRange) {
   }
   reader.LockWrite();
   EXPECT_FALSE(reader.SetInt(0x4c000000, 7));  // index 0 holds an integer, but is not served
-  EXPECT_FALSE(reader.SetText(kInt, "x"));     // the wrong type: refused, marks nothing
+  EXPECT_FALSE(reader.SetText(kInt, "x") || reader.AppendInt(kInt, 1) || reader.ClearList(kInt));
+  EXPECT_FALSE(reader.SetInt(kText, 7) || reader.GetValue(kText, &value));
   reader.UnlockWrite();
   EXPECT_EQ(value, 100);
-  EXPECT_EQ(pool.reports.All(), (std::vector<Ids>{Ids{}}));
+  EXPECT_EQ(pool.reports.All(), (std::vector<Ids>{Ids{}}));  // refusals mark nothing
+  const uint8_t* bytes = reinterpret_cast<const uint8_t*>(&value);
+  uint32_t size = 9;
+  EXPECT_FALSE(reader.GetBuffer(kBuffer, &bytes, &size));  // no content: outputs cleared
+  EXPECT_TRUE(bytes == nullptr && size == 0u);
+  EXPECT_FALSE(PoolValue(7, 3).GetInt(&value) || PoolValue(7, 3).SetText("x"));
+  PoolValue from(PoolValue::kText, -42), moved(std::move(from));  // the text is freed once
+  EXPECT_TRUE(moved.GetText(&text) && text == "-42");
 }
 
 TEST_F(DataPoolReaderTest, WritesReachTheirEntryAndAreReportedSortedOnceEachSection) {
-  const uint8_t bytes[] = {1, 2, 3};
+  uint8_t data[] = {1, 2, 3};
   reader.LockWrite();
+  EXPECT_TRUE(reader.ClearList(kTextList));  // no list yet counts as empty
   EXPECT_TRUE(reader.SetText(kText, "A7"));
-  EXPECT_TRUE(reader.SetInt(kInt, 150));
-  EXPECT_TRUE(reader.SetInt(kInt, 151));
-  EXPECT_TRUE(reader.AppendInt(kIntList, 10));
-  EXPECT_TRUE(reader.AppendInt(kIntList, 11));
+  EXPECT_TRUE(reader.SetInt(kInt, 150) && reader.SetInt(kInt, 151));
+  EXPECT_TRUE(reader.AppendInt(kIntList, 10) && reader.AppendInt(kIntList, 11));
   EXPECT_TRUE(reader.AppendText(kTextList, "x"));
-  EXPECT_TRUE(reader.SetBuffer(kBuffer, bytes, 3));
-  EXPECT_TRUE(reader.AppendBuffer(kBufferList, bytes, 2));
+  EXPECT_TRUE(reader.SetBuffer(kBuffer, data, 3));
+  EXPECT_TRUE(reader.SetBuffer(kBuffer, data, 2));  // replaces (and frees) the first
+  EXPECT_TRUE(reader.AppendBuffer(kBufferList, data, 2) && reader.AppendBuffer(kBufferList, data, 1));
   EXPECT_TRUE(reader.ClearList(kTextList));
   reader.MarkChanged(0x80000000u);  // compared unsigned: last
   reader.UnlockWrite();
+  data[0] = 9;  // entries keep copies
   reader.LockWrite();  // a section that changes nothing still reports
   reader.UnlockWrite();
   EXPECT_EQ(pool.reports.All(),
-            (std::vector<Ids>{{kInt, kText, kIntList, kTextList, kBuffer, kBufferList, 0x80000000u},
-                              {}}));
+            (std::vector<Ids>{
+                {kInt, kText, kIntList, kTextList, kBuffer, kBufferList, 0x80000000u},
+                {}}));
   reader.LockRead();
   int32_t value = -1;
   std::string text;
-  const uint8_t* out = nullptr;
+  const uint8_t* bytes = nullptr;
   uint32_t size = 0;
   EXPECT_TRUE(reader.GetValue(kInt, &value) && value == 151);
   EXPECT_TRUE(reader.GetText(kText, &text) && text == "A7");
   EXPECT_TRUE(reader.GetIntAt(kIntList, 1, &value) && value == 11);
   EXPECT_FALSE(reader.GetTextAt(kTextList, 0, &text));
-  EXPECT_TRUE(reader.GetBuffer(kBuffer, &out, &size) && size == 3);
-  EXPECT_TRUE(reader.GetBufferAt(kBufferList, 0, &out, &size) && size == 2);
+  EXPECT_TRUE(reader.GetBuffer(kBuffer, &bytes, &size) && size == 2 && bytes[0] == 1);
+  EXPECT_TRUE(reader.GetBufferAt(kBufferList, 1, &bytes, &size) && size == 1);
+  EXPECT_FALSE(reader.GetBufferAt(kBufferList, 2, &bytes, &size));
   EXPECT_EQ(reader.GetCount(kIntList), 2u);
   reader.UnlockRead();
 }
@@ -99,7 +113,6 @@ TEST_F(DataPoolReaderTest, RegistersOnlyWhenAskedAndIsInTheDirectoryWhileItLives
   ASSERT_EQ(pool.registered.All().size(), 1u);
   EXPECT_EQ(pool.registered.All()[0].first, &reader);
   EXPECT_EQ(pool.registered.All()[0].second, kClientId);
-  EXPECT_EQ(pool.unregistered.All(), Ids{kClientId});
   EXPECT_EQ(DataPoolDirectory::FindClient(kClientId), &reader);
   {
     Table other;
@@ -107,7 +120,7 @@ TEST_F(DataPoolReaderTest, RegistersOnlyWhenAskedAndIsInTheDirectoryWhileItLives
     EXPECT_EQ(DataPoolDirectory::FindClient(kClientId), &successor);
   }
   EXPECT_EQ(DataPoolDirectory::FindClient(kClientId), nullptr);
-  EXPECT_EQ(pool.unregistered.All().size(), 1u) << "destruction does not unregister";
+  EXPECT_EQ(pool.unregistered.All(), Ids{kClientId}) << "destruction does not unregister";
 }
 
 }  // namespace

@@ -1,5 +1,5 @@
-// DateTime conversions: the invalid record, known dates and leap days,
-// normalisation of out-of-range fields, the whole unsigned 32-bit range.
+// DateTime conversions: the invalid record, normalisation of out-of-range
+// fields, the whole unsigned 32-bit range.
 
 #include "runtime/DateTime.h"
 
@@ -37,25 +37,6 @@ TEST(DateTime, InvalidRecord) {
   EXPECT_EQ(DateTimeToSeconds(dateTime), 0u);
 }
 
-TEST(DateTime, KnownDatesBothWays) {
-  const struct {
-    uint32_t seconds;
-    Fields fields;
-  } cases[] = {
-      {86400, {1970, 1, 2, 0, 0, 0, 5, 2}},
-      {951782400, {2000, 2, 29, 0, 0, 0, 2, 60}},  // divisible by 400: a leap year
-      {1709251199, {2024, 2, 29, 23, 59, 59, 4, 60}},
-      {4107542400u, {2100, 3, 1, 0, 0, 0, 1, 60}},  // 2100 is not a leap year
-      {4294967295u, {2106, 2, 7, 6, 28, 15, 0, 38}},  // beyond a 32-bit time_t
-  };
-  for (const auto& c : cases) {
-    DateTime d;
-    ASSERT_TRUE(DateTimeFromSeconds(d, c.seconds));
-    EXPECT_EQ(All(d), c.fields) << c.seconds;
-    EXPECT_EQ(DateTimeToSeconds(d), c.seconds);
-  }
-}
-
 TEST(DateTime, OutOfRangeFieldsNormalise) {
   const Fields pairs[][2] = {
       {{2014, 13, 1, 0, 0, 0}, {2015, 1, 1, 0, 0, 0}},
@@ -72,8 +53,14 @@ TEST(DateTime, OutOfRangeFieldsNormalise) {
   }
 }
 
+// A sample of the whole range, and 29 February 2000 (a leap year: divisible
+// by 400), 1 March 2100 (not one) and the last second.
 TEST(DateTime, AgreesWithTheCLibraryAndRoundTrips) {
+  std::vector<uint64_t> samples = {951782400u, 4107542400u, 0xffffffffu};
   for (uint64_t seconds = 1; seconds <= 0xffffffffu; seconds += 7919u * 3607u + 11u) {
+    samples.push_back(seconds);
+  }
+  for (uint64_t seconds : samples) {
     DateTime d;
     ASSERT_TRUE(DateTimeFromSeconds(d, static_cast<uint32_t>(seconds)));
     ASSERT_EQ(DateTimeToSeconds(d), seconds);

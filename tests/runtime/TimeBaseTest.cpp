@@ -1,10 +1,12 @@
 // The millisecond time base: signed tick differences across the wrap, the
-// deadline arithmetic, and the tick against the monotonic clock.
+// deadline arithmetic, the tick against the monotonic clock, and the timed
+// waits of an Event built on them.
 
 #include "runtime/TimeBase.h"
 
 #include <gtest/gtest.h>
 
+#include "runtime/Event.h"
 #include "tests/support/TestTime.h"
 
 namespace Quillan {
@@ -38,6 +40,20 @@ TEST(TimeBaseTest, TickIsTheMonotonicClockInMilliseconds) {
   EXPECT_LT(apart, static_cast<int32_t>(pelorin_test::ScaledMs(1000)));
   SleepMs(20);
   EXPECT_GE(TickDiff(GetTickMs(), expected), 20);
+}
+
+TEST(EventWallClockTest, TimedWaitEndsAfterItsTimeAndSetIsKeptUntilReset) {
+  Event event;
+  const uint32_t before = GetTickMs();
+  EXPECT_FALSE(event.TimedWait(30));
+  const int32_t waited = TickDiff(GetTickMs(), before);
+  EXPECT_GE(waited, 29);
+  EXPECT_LT(waited, static_cast<int32_t>(pelorin_test::ScaledMs(5000)));
+  event.Set();
+  EXPECT_TRUE(event.TimedWait(0));
+  EXPECT_TRUE(event.TimedWait(0));  // waiting does not lower the flag
+  event.Reset();
+  EXPECT_FALSE(event.TimedWait(0));
 }
 
 }  // namespace

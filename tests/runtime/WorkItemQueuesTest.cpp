@@ -138,21 +138,5 @@ TEST(DelayedListTest, HeadFollowsDueOrderWithTiesInPostingOrderThroughEveryChang
   }
 }
 
-TEST(DelayedListTest, OnlyDueItemsLeaveUnlessAllAreAsked) {
-  WorkItem items[3];
-  DelayedList list;
-  const uint32_t dues[] = {0xFFFFFFF0u, 0x00000010u, 0x00000010u};
-  for (int index = 0; index < 3; ++index) {
-    items[index].dueOrAge = dues[index];
-    ASSERT_TRUE(list.Reserve());
-    list.Insert(&items[index]);
-  }
-  EXPECT_EQ(list.PopDue(0xFFFFFFEFu, false), nullptr);
-  EXPECT_EQ(list.PopDue(0x00000000u, false), &items[0]);  // due 0x10 ms ago, across the wrap
-  EXPECT_EQ(list.PopDue(0x0000000Fu, false), nullptr);
-  EXPECT_EQ(list.PopDue(0x0000000Fu, true), &items[1]);
-  EXPECT_EQ(list.PopDue(0x00000010u, false), &items[2]);
-}
-
 }  // namespace
 }  // namespace Quillan

@@ -5,8 +5,6 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <cstdlib>
-#include <new>
 
 #include "runtime/Event.h"
 #include "runtime/WorkHandler.h"
@@ -17,70 +15,58 @@
 namespace Quillan {
 namespace {
 
-// Sets `done` when it has run `expected` times.
-class CountingHandler : public WorkHandler {
+// A blocker holds the loop busy until `go`; any other sets `done` once it
+// has run `remaining` times.
+class RoundHandler : public WorkHandler {
  public:
-  void Expect(int count) {
-    done.Reset();
-    m_remaining = count;
-  }
+  explicit RoundHandler(bool blocks) : m_blocks(blocks) {}
   void Execute() override {
-    if (--m_remaining == 0) done.Set();
+    if (m_blocks) {
+      entered.Set();
+      go.Wait();
+    } else if (--remaining == 0) {
+      done.Set();
+    }
   }
   void Release() override {}
 
-  Event done;
+  std::atomic<int> remaining{0};
+  Event entered, go, done;
 
  private:
-  std::atomic<int> m_remaining{0};
-};
-
-// Holds the loop busy until Go(), so that a round's items all wait at once.
-class BlockingHandler : public WorkHandler {
- public:
-  void Arm() {
-    entered.Reset();
-    go.Reset();
-  }
-  void Execute() override {
-    entered.Set();
-    go.Wait();
-  }
-  void Release() override {}
-
-  Event entered, go;
+  const bool m_blocks;
 };
 
 // Posts `count` items, a third of them delayed by 0 ms, while the loop is
 // held busy, then lets them run and waits for them.
-bool PostRound(WorkLoop& loop, BlockingHandler& blocker, CountingHandler& handler, int count) {
+bool PostRound(WorkLoop& loop, RoundHandler& blocker, RoundHandler& counted, int count) {
   const uint32_t longMs = pelorin_test::ScaledMs(10000);
-  blocker.Arm();
-  handler.Expect(count);
+  blocker.entered.Reset();
+  blocker.go.Reset();
+  counted.done.Reset();
+  counted.remaining = count;
   if (loop.Post(&blocker, 100) == 0 || !blocker.entered.TimedWait(longMs)) return false;
   for (int index = 0; index < count; ++index) {
     const uint32_t id =
-        index % 3 == 0 ? loop.PostDelayed(&handler, 0, index % 5) : loop.Post(&handler, index % 5);
+        index % 3 == 0 ? loop.PostDelayed(&counted, 0, index % 5) : loop.Post(&counted, index % 5);
     if (id == 0) return false;
   }
   blocker.go.Set();
-  return handler.done.TimedWait(longMs);
+  return counted.done.TimedWait(longMs);
 }
 
 TEST(WorkLoopAllocationTest, SteadyPostingDoesNotAllocate) {
-  BlockingHandler blocker;
-  CountingHandler handler;
+  RoundHandler blocker(true), counted(false);
   WorkLoop loop;
   loop.Start();
-  ASSERT_TRUE(PostRound(loop, blocker, handler, 300));  // grows the pool and the delayed list
+  ASSERT_TRUE(PostRound(loop, blocker, counted, 300));  // grows the pool and the delayed list
   const long before = pelorin_test::AllocationCount();
   bool allRan = true;
   for (int round = 0; round < 20; ++round) {
-    allRan = PostRound(loop, blocker, handler, 300) && allRan;
+    allRan = PostRound(loop, blocker, counted, 300) && allRan;
   }
-  const long allocated = pelorin_test::AllocationCount() - before;
+  EXPECT_EQ(pelorin_test::AllocationCount() - before, 0);
   EXPECT_TRUE(allRan);
-  EXPECT_EQ(allocated, 0);
 }
 
 }  // namespace
