@@ -10,7 +10,7 @@
 #include "DataPoolDirectory.h"
 #include "runtime/DataPoolReader.h"
 #include "runtime/PoolValue.h"
-#include "tests/module/FakeHmiHost.h"
+#include "tests/support/FakeDataPool.h"
 
 namespace {
 

@@ -14,7 +14,7 @@
 
 #include "DataPoolDirectory.h"
 #include "runtime/SDDataProvider.h"
-#include "tests/module/FakeHmiHost.h"
+#include "tests/support/FakeDataPool.h"
 #include "tests/support/TraceCapture.h"
 
 namespace {
