@@ -173,6 +173,7 @@ TEST(ModuleLoadTest, EntryPointsAndTheChoiceOfHost) {
   EXPECT_EQ(module.create(), 1);
   EXPECT_EQ(module.create(), 1);
   EXPECT_EQ(second.requests.All().size(), 2u);
+  EXPECT_TRUE(trace.Contains("HMI_CREATE_MODULE_SYMBOL: module already created, replacing it"));
   ASSERT_EQ(registration.attached.All().size(), 3u);
   EXPECT_EQ(registration.detached.All(), (std::vector<HmiModule*>{registration.attached.All()[0],
                                                                     registration.attached.All()[1]}));
