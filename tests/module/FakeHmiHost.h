@@ -42,6 +42,18 @@ inline int32_t ReadPlaybackValue(uint32_t id) {
   return value;
 }
 
+// The playback speed in the speed table as the data pool reads it; -999
+// without the table.
+inline int32_t ReadSpeedPercent() {
+  DataPoolClientInterface* table = DataPoolDirectory::FindClient(76);
+  int32_t percent = -999;
+  if (table == nullptr) return percent;
+  table->LockRead();
+  table->GetValue(kSpeedId, &percent);
+  table->UnlockRead();
+  return percent;
+}
+
 // Writes the playback speed into the speed table as the data pool does.
 inline bool SetSpeedPercent(int32_t percent) {
   DataPoolClientInterface* table = DataPoolDirectory::FindClient(76);

@@ -86,11 +86,7 @@ TEST_F(MirlAppTest, TheSpeedTableServesEntriesOneAndTwoOfClient76) {
   EXPECT_FALSE(table->SetInt(0x4c000003, 1));
   EXPECT_TRUE(table->SetInt(0x7f000001, 120));
   table->UnlockWrite();
-  int32_t percent = 0;
-  table->LockRead();
-  EXPECT_TRUE(table->GetValue(kSpeedId, &percent));
-  table->UnlockRead();
-  EXPECT_EQ(percent, 120);
+  EXPECT_EQ(ReadSpeedPercent(), 120);
 
   app.SetInterface(101, 0, 0, &otherPool);
   EXPECT_EQ(pool.unregistered.All(), (std::vector<uint32_t>{77}));

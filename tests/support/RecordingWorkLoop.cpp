@@ -4,19 +4,8 @@
 
 namespace pelorin_test {
 
-RecordingWorkLoop::RecordingWorkLoop() = default;
-
 RecordingWorkLoop::~RecordingWorkLoop() {
   for (const HeldItem& item : m_held) item.handler->Release();
-}
-
-uint32_t RecordingWorkLoop::Post(Quillan::WorkHandler* handler, uint32_t priority) {
-  return Accept(handler, false, 0, priority);
-}
-
-uint32_t RecordingWorkLoop::PostDelayed(Quillan::WorkHandler* handler, uint32_t delayMs,
-                                        uint32_t priority) {
-  return Accept(handler, true, delayMs, priority);
 }
 
 uint32_t RecordingWorkLoop::Accept(Quillan::WorkHandler* handler, bool delayed, uint32_t delayMs,
@@ -29,21 +18,10 @@ uint32_t RecordingWorkLoop::Accept(Quillan::WorkHandler* handler, bool delayed, 
   return id;
 }
 
-bool RecordingWorkLoop::SetPriority(int, int) { return true; }
-
 bool RecordingWorkLoop::SetName(const char* name) {
-  {
-    std::lock_guard<std::mutex> guard(m_lock);
-    m_name = name ? name : "";
-  }
-  return true;
-}
-
-bool RecordingWorkLoop::Start() {
   std::lock_guard<std::mutex> guard(m_lock);
-  const bool startedNow = !m_started;
-  m_started = true;
-  return startedNow;
+  m_name = name ? name : "";
+  return true;
 }
 
 int RecordingWorkLoop::Stop(Quillan::WorkHandler* finalHandler) {
@@ -61,12 +39,6 @@ void RecordingWorkLoop::Cancel(uint32_t id) {
     if (post.id == id) post.cancelled = true;
   }
 }
-
-int RecordingWorkLoop::Remove(uint32_t, Quillan::WorkHandler**) { return 2; }
-
-int RecordingWorkLoop::RemoveAll(Quillan::WorkHandler*) { return 2; }
-
-void RecordingWorkLoop::Run() {}
 
 bool RecordingWorkLoop::IsCancelled(uint32_t id) const {
   for (const PostRecord& post : m_posts) {
