@@ -105,17 +105,6 @@ TEST(OnlineTrafficProducerStatus, StatusesBeforeAnyWait) {
   EXPECT_EQ(producer.GetLastDataTime(), 0u);
 }
 
-TEST(OnlineTrafficProducerStatus, DiagnosticsWithoutAService) {
-  TotCall call;
-  EXPECT_EQ(OnlineTrafficProducer::CheckPayload("setNewData:\"my file.bin\"x  y", &call), 4);
-  EXPECT_EQ(call.method, "setNewData");
-  EXPECT_EQ(call.arguments, (std::vector<std::string>{"my file.bin", "x", "y"}));
-  EXPECT_EQ(OnlineTrafficProducer::CheckPayload("getInventory:"), 0);
-  EXPECT_EQ(OnlineTrafficProducer::CheckPayload("setNewData:\"\"  a.bin \"\""), 0);
-  EXPECT_EQ(OnlineTrafficProducer::CheckPayload("nope:1"), 3);
-  EXPECT_EQ(OnlineTrafficProducer::CheckPayload(":1"), 2);
-}
-
 class OnlineTrafficProducerWaits : public ::testing::Test {
  protected:
   // Shipped periods, but the sleep only counts: 100 polls are 5000 ms.
