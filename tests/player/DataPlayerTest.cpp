@@ -53,62 +53,52 @@ std::string TmcLines(int count, double start, double step) {
 }
 
 // The paths it reports (the TPEG directory defaults to the events file's)
-// and the runner it chooses.
-struct ConfigCase {
-  const char* config;
-  Strings paths;
-  const char* runner;
-};
-
-class DataPlayerConfigTest : public ::testing::TestWithParam<ConfigCase> {};
-
-TEST_P(DataPlayerConfigTest, TheConfigurationChoosesPathsAndRunner) {
-  pelorin_test::TraceCapture capture(2);
-  DataPlayer player(MakeConfig(GetParam().config));
-  Strings paths;
-  for (const std::string& text : capture.Texts()) {
-    if (text.rfind("DataPlayer::Get", 0) == 0) paths.push_back(text);
+// and the runner it chooses on first use.
+TEST(DataPlayerTest, TheConfigurationChoosesPathsAndRunner) {
+  const struct {
+    const char* config;
+    std::string paths;
+    std::string runner;
+  } cases[] = {
+      {"", "eventsFilePath=/fs/sda0/quillan/events tpegsDirPath=/fs/sda0/quillan/",
+       "InteractiveRunner autostart=0, speed=0"},
+      {"eventsFile=/data/rec/a.txt\nplaybackSpeed=-3\nautostart=on\n",
+       "eventsFilePath=/data/rec/a.txt tpegsDirPath=/data/rec/",
+       "InteractiveRunner autostart=1, speed=-3"},
+      {"eventsFile=a.txt\ninteractive=false\nplaybackSpeed=2\n",
+       "eventsFilePath=a.txt tpegsDirPath=", "RealTimeRunner speed=2"},
+      {"eventsFile=/data/a.txt\ntpegsDir=/tpeg\ninteractive=false\nplaybackSpeed=0\n",
+       "tpegsDirPath=/tpeg", "BatchedRunner"},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.config);
+    pelorin_test::TraceCapture capture(2);
+    DataPlayer player(MakeConfig(c.config));
+    std::string paths;
+    for (const std::string& text : capture.Texts()) {
+      if (text.rfind("DataPlayer::Get", 0) != 0) continue;
+      paths += (paths.empty() ? "" : " ") + text.substr(text.find(' ') + 1);
+    }
+    EXPECT_EQ(paths, c.paths);
+    EXPECT_FALSE(capture.Contains("DataPlayer: using "));
+    EXPECT_EQ(player.GetRunner(), player.GetRunner());
+    EXPECT_EQ(capture.Count("DataPlayer: using " + c.runner), 1u) << capture.Texts().back();
+    EXPECT_EQ(dynamic_cast<InteractiveRunner*>(player.GetRunner()) != nullptr,
+              c.runner.rfind("Interactive", 0) == 0);
   }
-  EXPECT_EQ(paths, GetParam().paths);
-  const std::string runner = GetParam().runner;
-  EXPECT_FALSE(capture.Contains("DataPlayer: using "));  // the runner comes on first use
-  EXPECT_EQ(player.GetRunner(), player.GetRunner());
-  EXPECT_EQ(capture.Count("DataPlayer: using " + runner), 1u) << capture.Texts().back();
-  EXPECT_EQ(dynamic_cast<InteractiveRunner*>(player.GetRunner()) != nullptr,
-            runner.rfind("Interactive", 0) == 0);
 }
 
-const char kEventsPath[] = "DataPlayer::GetEventsFilePath: eventsFilePath=";
-const char kTpegsPath[] = "DataPlayer::GetTpegsDirPath: tpegsDirPath=";
-
-INSTANTIATE_TEST_SUITE_P(
-    Configurations, DataPlayerConfigTest,
-    ::testing::Values(
-        ConfigCase{"",
-                   {std::string(kEventsPath) + "/fs/sda0/quillan/events",
-                    std::string(kTpegsPath) + "/fs/sda0/quillan/"},
-                   "InteractiveRunner autostart=0, speed=0"},
-        ConfigCase{
-            "eventsFile=/data/rec/a.txt\nplaybackSpeed=-3\nautostart=on\n",
-            {std::string(kEventsPath) + "/data/rec/a.txt", std::string(kTpegsPath) + "/data/rec/"},
-            "InteractiveRunner autostart=1, speed=-3"},
-        ConfigCase{"eventsFile=a.txt\ninteractive=false\nplaybackSpeed=2\n",
-                   {std::string(kEventsPath) + "a.txt", kTpegsPath},
-                   "RealTimeRunner speed=2"},
-        ConfigCase{"eventsFile=/data/a.txt\ntpegsDir=/tpeg\ninteractive=false\nplaybackSpeed=0\n",
-                   {std::string(kTpegsPath) + "/tpeg"},
-                   "BatchedRunner"}));
-
+// Larger than the events file's read buffer.
 TEST(DataPlayerTest, AFileOfTmcRecordsReachesTheTrafficListeners) {
-  TempFile events(TmcLines(50, 1416131460.0, 1.0));
+  TempFile events(TmcLines(5000, 1416131460.0, 1.0));
   DataPlayer player(MakeConfig("eventsFile=" + events.Path() + "\ninteractive=false\n"));
   CountingListener listener;
   player.GetRecordDispatcher()->AddListener(&listener);
   PlayerService* service = &player;
   ASSERT_EQ(service->Run(), 0);
   ASSERT_TRUE(WaitUntil([&] { return player.GetRunner()->IsFinished(); }, ScaledMs(5000)));
-  EXPECT_EQ(listener.Messages(), 50u);
-  EXPECT_EQ(player.GetRecordDispatcher()->GetLastTmcTime(), 1416131509u);
+  EXPECT_EQ(listener.Messages(), 5000u);
+  EXPECT_EQ(player.GetRecordDispatcher()->GetLastTmcTime(), 1416136459u);
   EXPECT_EQ(service->Run(), 2);
 }
 

@@ -1,17 +1,15 @@
 // RecordReader: line ends, field splitting, time conversion, read errors and
-// rewinding, over memory and over a real file.
+// rewinding, over memory read ahead in runs of several sizes (the data
+// player test reads a real file larger than the read buffer).
 
 #include "player/RecordReader.h"
 
-#include <fcntl.h>
 #include <gtest/gtest.h>
 
 #include <string>
 #include <vector>
 
-#include "player/InputFile.h"
 #include "tests/support/MemoryInput.h"
-#include "tests/support/TempFile.h"
 
 namespace Quillan {
 namespace {
@@ -155,24 +153,6 @@ TEST(RecordReaderFields, LongLinesAreNotCut) {
   ASSERT_EQ(results.size(), 3u);
   EXPECT_EQ(results[0].payload.size(), payload.size());
   EXPECT_EQ(results[1].tag, "$B");
-}
-
-TEST(RecordReaderFile, ReadsAFileLargerThanTheReadBuffer) {
-  std::string content;
-  for (int i = 0; i < 5000; ++i) {
-    content +=
-        std::to_string(1416131460 + i) + (i % 2 ? " $TMC LTN=1 SID=34\r\n" : " $TSL sd_SID=34\n");
-  }
-  pelorin_test::TempFile events(content);
-  InputFile file(events.Path(), O_RDONLY);
-  ASSERT_EQ(file.Open(), FileStatus::kSuccess);
-  const std::vector<Result> results = ReadAll(file);
-  ASSERT_EQ(results.size(), 5001u);
-  for (int i = 0; i < 5000; ++i) {
-    ASSERT_EQ(results[i].status, ReadStatus::kRecord) << i;
-    ASSERT_EQ(results[i].time, 1416131460.0 + i) << i;
-    ASSERT_EQ(results[i].tag, i % 2 ? "$TMC" : "$TSL") << i;
-  }
 }
 
 }  // namespace
