@@ -8,6 +8,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <memory>
 #include <string>
 #include <vector>
@@ -84,17 +85,13 @@ TEST(RunnerTest, WithoutInputTheFirstStepReportsTheEnd) {
   runner.AddListener(&probe);
   pelorin_test::RecordingWorkLoop loop;
   runner.RunOn(&loop);
-  ASSERT_EQ(loop.Posts().size(), 1u);
-  EXPECT_FALSE(loop.Posts()[0].delayed);
-  EXPECT_EQ(loop.Posts()[0].priority, 16u);
   loop.RunNext();
   EXPECT_EQ(probe.Log(), Strings{"finished"});
   EXPECT_EQ(loop.Held(), 0u);
-  int level = 0;
-  for (const auto& line : capture.Lines()) {
-    if (line.text == "Runner::ReadNextRecord: input not created") level = line.level;
-  }
-  EXPECT_EQ(level, 4);
+  const auto lines = capture.Lines();
+  EXPECT_TRUE(std::any_of(lines.begin(), lines.end(), [](const pelorin_test::TraceLine& line) {
+    return line.text == "Runner::ReadNextRecord: input not created" && line.level == 4;
+  }));
 }
 
 TEST(RunnerTest, ARefusedStepIsGivenUpAndAShutDownRunnerNeitherReadsNorPosts) {

@@ -46,26 +46,6 @@ void PlaybackProbe::Append(std::string entry, bool isFinish) {
   m_changed.notify_all();
 }
 
-std::vector<std::string> PlaybackProbe::Log() const {
-  std::lock_guard<std::mutex> guard(m_lock);
-  return m_log;
-}
-
-std::vector<std::string> PlaybackProbe::Payloads() const {
-  std::lock_guard<std::mutex> guard(m_lock);
-  return m_payloads;
-}
-
-size_t PlaybackProbe::Records() const {
-  std::lock_guard<std::mutex> guard(m_lock);
-  return m_records;
-}
-
-size_t PlaybackProbe::Finishes() const {
-  std::lock_guard<std::mutex> guard(m_lock);
-  return m_finishes;
-}
-
 bool PlaybackProbe::WaitForFinishes(size_t count, uint32_t timeoutMs) const {
   std::unique_lock<std::mutex> guard(m_lock);
   return m_changed.wait_for(guard, std::chrono::milliseconds(timeoutMs),

@@ -25,11 +25,11 @@ class PlaybackProbe : public Quillan::RecordConsumer, public Quillan::RunnerList
   void OnTick(Quillan::Runner* runner, double time) override;
   void OnNextEvent(Quillan::Runner* runner, double time) override;
 
-  std::vector<std::string> Log() const;
+  std::vector<std::string> Log() const { return Locked(m_log); }
   // Only the "record ..." entries' payloads, in order.
-  std::vector<std::string> Payloads() const;
-  size_t Records() const;
-  size_t Finishes() const;
+  std::vector<std::string> Payloads() const { return Locked(m_payloads); }
+  size_t Records() const { return Locked(m_records); }
+  size_t Finishes() const { return Locked(m_finishes); }
   // Waits until at least `count` end reports have come; false when
   // `timeoutMs` passed first.
   bool WaitForFinishes(size_t count, uint32_t timeoutMs) const;
@@ -41,6 +41,11 @@ class PlaybackProbe : public Quillan::RecordConsumer, public Quillan::RunnerList
 
  private:
   void Append(std::string entry, bool isFinish);
+  template <typename T>
+  T Locked(const T& member) const {
+    std::lock_guard<std::mutex> guard(m_lock);
+    return member;
+  }
 
   mutable std::mutex m_lock;
   mutable std::condition_variable m_changed;
