@@ -114,6 +114,17 @@ TEST(RunnerTest, ARefusedStepIsGivenUpAndAShutDownRunnerNeitherReadsNorPosts) {
     EXPECT_EQ(rig.probe().Log(), Strings{"record 1 $TMC a"});
     EXPECT_EQ(rig.loop().Posts().size(), posts);
   }
+  {
+    // Moved to another loop, the step still queued on the first is cancelled.
+    pelorin_test::RecordingWorkLoop other;
+    PlaybackRig<Runner> rig("1 $TMC a\n", MakeRunner(1.0));
+    rig.Run();
+    rig.runner().RunOn(&other);
+    EXPECT_TRUE(rig.loop().Posts()[0].cancelled);
+    EXPECT_EQ(other.LiveHeld(), 1u);
+    rig.runner().ShutDown();
+    other.RunAll();
+  }
   PlaybackRig<Runner> batch("1 $TMC a\n2 $TMC b\n", MakeRunner(0.0));
   batch.Run();
   batch.runner().ShutDown();

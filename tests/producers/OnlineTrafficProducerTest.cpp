@@ -178,6 +178,16 @@ TEST_F(OnlineTrafficProducerWaits, LimitedWaitsGiveUpAfter100PollsWithoutWarning
   producer.OnServiceValue(1);
   EXPECT_EQ(producer.OnRecord(44, "$TOT", "setOnlineTrafficDataStatus:0"), 0);
   EXPECT_EQ(clock.polls, 300u);
+
+  // A zero poll period still counts time: a 5 s limit is 5000 polls of 1 ms.
+  CountingTiming zero{0, 5000, 5000};
+  OnlineTrafficProducer spinning{zero.timing};
+  zero.onPoll = [&](uint64_t polls) {
+    if (polls > 6000) spinning.AbandonWaits();
+  };
+  spinning.SetService(&silent);
+  EXPECT_EQ(spinning.OnRecord(45, "$TOT", "setOnlineTrafficDataStatus:5"), 0);
+  EXPECT_EQ(zero.polls, 5000u);
 }
 
 TEST_F(OnlineTrafficProducerWaits, UnlimitedWaitWarnsEveryFiveSecondsUntilTheServiceIsReady) {

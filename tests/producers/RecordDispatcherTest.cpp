@@ -130,6 +130,7 @@ TEST_F(RecordDispatcherTest, TmcMessageFieldsFromTheirKeys) {
       {"PID=4294967296 timeStamp=-1", "4294967295 0 0 0"},
       {"timeStamp=\" +17 \"", "17 0 0 0"},
       {"timeStamp=99999999999999999999", "0 0 0 0"},
+      {"timeStamp=9223372036854775807", "4294967295 0 0 0"},
       {"tmcData=0A::1F", "0 0 0 0 data:0A:00:1F"},
       {"tmcData=0A:", "0 0 0 0 data:0A"},
       {"tmcData=1FF", "0 0 0 0 data:FF"},
