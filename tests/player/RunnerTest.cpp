@@ -133,42 +133,36 @@ TEST(RunnerTest, ARefusedStepIsGivenUpAndAShutDownRunnerNeitherReadsNorPosts) {
   EXPECT_FALSE(batch.runner().IsFinished());
 }
 
-struct Spacing {
-  const char* name;
-  const char* events;
-  double speed;
-  std::vector<uint32_t> delays;
-};
-
-class RealTimeRunnerDelayTest : public ::testing::TestWithParam<Spacing> {};
-
-TEST_P(RealTimeRunnerDelayTest, EachRecordFollowsItsPredecessorByTheRecordedDistanceOverSpeed) {
-  const Spacing& spacing = GetParam();
-  PlaybackRig<Runner> rig(spacing.events, MakeRunner(spacing.speed));
-  rig.Run();
-  rig.loop().RunAll();
-  EXPECT_EQ(rig.loop().Delays(), spacing.delays);
-  // Every record is dispatched once, in order, and the step that dispatches
-  // the last one reports the end.
-  const Strings log = rig.probe().Log();
-  ASSERT_EQ(log.size(), spacing.delays.size() + 1);
-  EXPECT_EQ(log.back(), "finished");
-  EXPECT_EQ(rig.loop().Held(), 0u);
+// Each record follows its predecessor by the recorded distance over speed,
+// to the nearest millisecond, saturated; every record is dispatched once, in
+// order, and the step that dispatches the last one reports the end.
+TEST(RealTimeRunnerTest, DelaysAreTheRecordedDistanceOverSpeed) {
+  const struct {
+    const char* events;
+    double speed;
+    std::vector<uint32_t> delays;
+  } spacings[] = {
+      {"100 $TMC a\n101 $TMC b\n103.5 $TMC c\n", 1.0, {0, 1000, 2500}},
+      {"100 $TMC a\n101 $TMC b\n103.5 $TMC c\n", 2.0, {0, 500, 1250}},
+      {"5 $TMC a\n4 $TMC b\n6 $TMC c\n", 1.0, {0, 0, 2000}},  // backwards goes at once
+      {"0 $TMC a\n3 $TMC b\n", 1.0, {0, 0}},                   // so does time zero
+      {"10 a\n10.0004 b\n10.0011 c\n11.5011 d\n", 1.0, {0, 0, 1, 1500}},
+      {"10 a\n10.0005 b\n", 1.0, {0, 1}},  // halves upward
+      {"1 a\n2 b\n3.5 c\n", 2000.0, {0, 1, 1}},
+      {"1 a\n5000001 b\n", 0.001, {0, 4294967295u}},
+  };
+  for (const auto& spacing : spacings) {
+    SCOPED_TRACE(spacing.events);
+    PlaybackRig<Runner> rig(spacing.events, MakeRunner(spacing.speed));
+    rig.Run();
+    rig.loop().RunAll();
+    EXPECT_EQ(rig.loop().Delays(), spacing.delays);
+    const Strings log = rig.probe().Log();
+    ASSERT_EQ(log.size(), spacing.delays.size() + 1);
+    EXPECT_EQ(log.back(), "finished");
+    EXPECT_EQ(rig.loop().Held(), 0u);
+  }
 }
-
-const Spacing kSpacings[] = {
-    {"RecordedSpeed", "100 $TMC a\n101 $TMC b\n103.5 $TMC c\n", 1.0, {0, 1000, 2500}},
-    {"DoubleSpeed", "100 $TMC a\n101 $TMC b\n103.5 $TMC c\n", 2.0, {0, 500, 1250}},
-    {"BackwardsGoesAtOnce", "5 $TMC a\n4 $TMC b\n6 $TMC c\n", 1.0, {0, 0, 2000}},
-    {"ZeroTimeGoesAtOnce", "0 $TMC a\n3 $TMC b\n", 1.0, {0, 0}},
-    {"NearestMillisecond", "10 a\n10.0004 b\n10.0011 c\n11.5011 d\n", 1.0, {0, 0, 1, 1500}},
-    {"HalvesUpward", "10 a\n10.0005 b\n", 1.0, {0, 1}},
-    {"ExactHalf", "1 a\n2 b\n3.5 c\n", 2000.0, {0, 1, 1}},
-    {"Saturated", "1 a\n5000001 b\n", 0.001, {0, 4294967295u}},
-};
-
-INSTANTIATE_TEST_SUITE_P(Spacings, RealTimeRunnerDelayTest, ::testing::ValuesIn(kSpacings),
-                         [](const ::testing::TestParamInfo<Spacing>& tp) { return tp.param.name; });
 
 TEST(RealTimeRunnerTest, ResetDropsThePendingRecord) {
   PlaybackRig<Runner> rig("1 $TMC a\n2 $TMC b\n3 $TMC c\n", MakeRunner(1.0));
