@@ -1,12 +1,11 @@
 // The online traffic producer against a fake service that answers only when
-// told to. Waits are counted in polls through the injected sleep, which is
-// where the fake delivers its answers, so no test depends on how fast the
-// machine is and everything runs on the test's thread.
+// told to; waits are counted in polls through the injected sleep.
 
 #include <gtest/gtest.h>
 
 #include <functional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "CIString.h"
@@ -20,53 +19,47 @@ namespace {
 const char kWarning[] =
     "OnlineTrafficProducer::WaitFor: playback blocked for more than 5seconds at event at ";
 
-// Records every call. When given a reply interface, it owes each call the
-// answer the real service gives, and pays what it owes at Answer().
+// Records every call; given a reply interface, it owes each call the answer
+// the real service gives, and pays what it owes at Answer().
 class FakeService : public OnlineTrafficService {
+  using Answer_ = void (*)(OnlineTrafficReply&);
+
  public:
   explicit FakeService(OnlineTrafficReply* answerTo = nullptr) : m_reply(answerTo) {}
-
   int setOnlineTrafficDataStatus(int32_t status) override {
-    const auto answer = [](OnlineTrafficReply& reply) { reply.OnServiceValue(1); };
     return Call("setOnlineTrafficDataStatus " + std::to_string(status),
-                status == 0 ? +answer : nullptr);
+                status == 0 ? [](OnlineTrafficReply& r) { r.OnServiceValue(1); } : Answer_());
   }
   int getInventory() override {
-    return Call("getInventory", [](OnlineTrafficReply& reply) { reply.OnInventoryAnswer(); });
+    return Call("getInventory", [](OnlineTrafficReply& r) { r.OnInventoryAnswer(); });
   }
   int getNewData() override {
-    return Call("getNewData", [](OnlineTrafficReply& reply) { reply.OnNewDataAnswer(); });
+    return Call("getNewData", [](OnlineTrafficReply& r) { r.OnNewDataAnswer(); });
   }
   int setNewData(std::shared_ptr<CIString> path) override {
     return Call("setNewData " + path->utf8() + " " + std::to_string(path->encoding()),
-                [](OnlineTrafficReply& reply) { reply.OnSetNewDataDone(); });
+                [](OnlineTrafficReply& r) { r.OnSetNewDataDone(); });
   }
   int setNewSession() override { return Call("setNewSession"); }
-  int setTimeoutForFallback(int64_t timeout) override {
-    return Call("setTimeoutForFallback " + std::to_string(timeout));
+  int setTimeoutForFallback(int64_t t) override {
+    return Call("setTimeoutForFallback " + std::to_string(t));
   }
-  int dsiConnectionStateChanged(int32_t state) override {
-    return Call("dsiConnectionStateChanged " + std::to_string(state));
+  int dsiConnectionStateChanged(int32_t s) override {
+    return Call("dsiConnectionStateChanged " + std::to_string(s));
   }
-
-  // Delivers the answers owed so far.
   void Answer() {
-    const std::vector<void (*)(OnlineTrafficReply&)> owed = std::move(m_owed);
-    m_owed.clear();
-    for (auto answer : owed) answer(*m_reply);
+    for (Answer_ answer : std::exchange(m_owed, {})) answer(*m_reply);
   }
-
   std::vector<std::string> calls;
 
  private:
-  int Call(const std::string& call, void (*answer)(OnlineTrafficReply&) = nullptr) {
+  int Call(const std::string& call, Answer_ answer = nullptr) {
     calls.push_back(call);
     if (answer != nullptr && m_reply != nullptr) m_owed.push_back(answer);
     return 0;
   }
-
   OnlineTrafficReply* m_reply;
-  std::vector<void (*)(OnlineTrafficReply&)> m_owed;
+  std::vector<Answer_> m_owed;
 };
 
 // Wait timing whose sleep only counts the polls and runs `onPoll` (given the
