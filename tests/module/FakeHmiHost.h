@@ -3,8 +3,7 @@
 // host, event service; the data pool's is in tests/support), a storage
 // folder for the module's fixed paths, and the module's data-pool ids;
 // shared by the module tests. Each fake records what it is asked, in order,
-// and is thread-safe: the module calls the event service and the data pool
-// on the player's work-loop thread.
+// thread-safely: the module calls them on the player's work-loop thread.
 
 #include <cstdint>
 #include <string>
@@ -31,28 +30,20 @@ constexpr uint32_t kSpeedId = 0x4c000001;
 constexpr uint32_t kTickId = 0x4d000000;
 constexpr uint32_t kNextId = 0x4d000001;
 
-// A playback-clock value as the data pool reads it; -999 without a provider.
-inline int32_t ReadPlaybackValue(uint32_t id) {
-  DataPoolProviderInterface* provider = DataPoolDirectory::FindProvider(77);
-  if (provider == nullptr) return -999;
+// A value as the data pool reads it; -999 without the object.
+inline int32_t ReadValue(DataPoolReadInterface* object, uint32_t id) {
   int32_t value = -999;
-  provider->LockRead();
-  provider->GetValue(id, &value);
-  provider->UnlockRead();
+  if (object == nullptr) return value;
+  object->LockRead();
+  object->GetValue(id, &value);
+  object->UnlockRead();
   return value;
 }
-
-// The playback speed in the speed table as the data pool reads it; -999
-// without the table.
-inline int32_t ReadSpeedPercent() {
-  DataPoolClientInterface* table = DataPoolDirectory::FindClient(76);
-  int32_t percent = -999;
-  if (table == nullptr) return percent;
-  table->LockRead();
-  table->GetValue(kSpeedId, &percent);
-  table->UnlockRead();
-  return percent;
+// The playback clock (provider 77) and the speed table's speed (client 76).
+inline int32_t ReadPlaybackValue(uint32_t id) {
+  return ReadValue(DataPoolDirectory::FindProvider(77), id);
 }
+inline int32_t ReadSpeedPercent() { return ReadValue(DataPoolDirectory::FindClient(76), kSpeedId); }
 
 // Writes the playback speed into the speed table as the data pool does.
 inline bool SetSpeedPercent(int32_t percent) {

@@ -53,16 +53,6 @@ class FakeDataPool : public DataPoolInterface {
     reports.Add(report);
     return 0;
   }
-  // The reports whose first id has this high byte (0x4c speed table, 0x4d
-  // playback values).
-  std::vector<std::vector<uint32_t>> ReportsOf(uint32_t highByte) const {
-    std::vector<std::vector<uint32_t>> selected;
-    for (const auto& report : reports.All()) {
-      if (!report.empty() && (report[0] >> 24) == highByte) selected.push_back(report);
-    }
-    return selected;
-  }
-
   Journal<std::pair<DataPoolReadInterface*, uint32_t>> registered;
   Journal<std::pair<DataListener*, uint32_t>> subscriptions;
   Journal<uint32_t> unregistered;
