@@ -142,27 +142,6 @@ TEST(PlayerTest, StartAfterTheEndReplaysTheFileFromItsStart) {
   EXPECT_EQ(probe.Finishes(), 2u);
 }
 
-TEST(PlayerTest, StopAndStartResumeWherePlaybackStood) {
-  TraceCapture capture(2);
-  TempFile events(Numbered(10, 1000.0, 1.0));
-  PlaybackProbe probe;
-  TestPlayer player("eventsFile=" + events.Path() + "\nautostart=true\n", &probe);
-  RecordingWorkLoop* loop = player.UseRecordingLoop();
-  probe.SetOnRecord([&player](size_t number) {
-    if (number == 3) player.Stop();
-  });
-  ASSERT_EQ(player.Run(), 0);
-  loop->RunAll();
-  EXPECT_TRUE(capture.Contains("InteractiveRunner::Execute: stopping"));
-  EXPECT_EQ(probe.Payloads(), (Strings{"0", "1", "2"}));
-  EXPECT_EQ(probe.Log().back(), "next 1003");
-
-  player.StartPlayback();
-  loop->RunAll();
-  EXPECT_EQ(probe.Finishes(), 1u);
-  EXPECT_EQ(probe.Payloads(), (Strings{"0", "1", "2", "3", "4", "5", "6", "7", "8", "9"}));
-}
-
 // Four host threads start and stop at once; afterwards the log must be
 // whole passes: each record once, in order, each end right after the last.
 TEST(PlayerTest, HostThreadsStartingAndStoppingGetOnePlayback) {
