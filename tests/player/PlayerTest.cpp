@@ -1,6 +1,5 @@
-// Player: running, failing to run, start/stop/speed forwarding, the end of
-// the file and its replay, one playback under contention from host threads,
-// and wall-clock pacing on a real work loop.
+// Player: running, failing to run, the end of the file and its replay, and
+// one playback under contention from host threads.
 
 #include "player/Player.h"
 
@@ -174,18 +173,6 @@ TEST(PlayerTest, HostThreadsStartingAndStoppingGetOnePlayback) {
     }
   }
   EXPECT_EQ(expected, 0);
-}
-
-// Wall-clock pacing on a real loop: one second of recording at double speed
-// ends within half a second, give or take a loaded machine.
-TEST(PlayerWallClockTest, RealTimePlaybackTakesTheRecordedSpanOverSpeed) {
-  TempFile events("1000 a\n1000.5 b\n1001 c\n");
-  PlaybackProbe probe;
-  TestPlayer player(
-      "eventsFile=" + events.Path() + "\ninteractive=false\nplaybackSpeed=2\n", &probe);
-  ASSERT_EQ(player.Run(), 0);
-  EXPECT_TRUE(probe.WaitForFinishes(1, ScaledMs(500 + 400)));
-  EXPECT_EQ(probe.Records(), 3u);
 }
 
 }  // namespace

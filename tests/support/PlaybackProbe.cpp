@@ -1,7 +1,6 @@
 #include "tests/support/PlaybackProbe.h"
 
 #include <algorithm>
-#include <chrono>
 #include <charconv>
 
 namespace pelorin_test {
@@ -20,15 +19,10 @@ int PlaybackProbe::OnRecord(uint32_t time, const std::string& tag, const std::st
 }
 
 size_t PlaybackProbe::Append(std::string entry) {
-  size_t records = 0;
-  {
-    std::lock_guard<std::mutex> guard(m_lock);
-    if (entry.rfind("record ", 0) == 0) ++m_records;
-    m_log.push_back(std::move(entry));
-    records = m_records;
-  }
-  m_changed.notify_all();
-  return records;
+  std::lock_guard<std::mutex> guard(m_lock);
+  if (entry.rfind("record ", 0) == 0) ++m_records;
+  m_log.push_back(std::move(entry));
+  return m_records;
 }
 
 std::vector<std::string> PlaybackProbe::Log() const {
@@ -49,13 +43,6 @@ std::vector<std::string> PlaybackProbe::Payloads() const {
 size_t PlaybackProbe::Finishes() const {
   const std::vector<std::string> log = Log();
   return static_cast<size_t>(std::count(log.begin(), log.end(), "finished"));
-}
-
-bool PlaybackProbe::WaitForFinishes(size_t count, uint32_t timeoutMs) const {
-  std::unique_lock<std::mutex> guard(m_lock);
-  return m_changed.wait_for(guard, std::chrono::milliseconds(timeoutMs), [&] {
-    return static_cast<size_t>(std::count(m_log.begin(), m_log.end(), "finished")) >= count;
-  });
 }
 
 void PlaybackProbe::Clear() {

@@ -1,11 +1,9 @@
 #pragma once
 // PlaybackProbe: a record consumer and runner listener for tests. It writes
 // everything a runner tells it into one ordered log ("next 10", "tick 12",
-// "record 11 $TMC a=1", "finished") and lets a test wait, with a deadline,
-// for end reports. Thread-safe: the runner calls it on the loop thread
-// while the test reads it.
+// "record 11 $TMC a=1", "finished"). Thread-safe: the runner calls it on
+// the loop thread while the test reads it.
 
-#include <condition_variable>
 #include <cstdint>
 #include <functional>
 #include <mutex>
@@ -27,11 +25,7 @@ class PlaybackProbe : public Quillan::RecordConsumer, public Quillan::RunnerList
   std::vector<std::string> Log() const;
   // Only the "record ..." entries' payloads, in order.
   std::vector<std::string> Payloads() const;
-  size_t Records() const { return Payloads().size(); }
   size_t Finishes() const;
-  // Waits until at least `count` end reports have come; false when
-  // `timeoutMs` passed first.
-  bool WaitForFinishes(size_t count, uint32_t timeoutMs) const;
   void Clear();
   // Called on the loop thread after each record is logged (its number,
   // from 1), outside the probe's lock.
@@ -42,7 +36,6 @@ class PlaybackProbe : public Quillan::RecordConsumer, public Quillan::RunnerList
   size_t Append(std::string entry);
 
   mutable std::mutex m_lock;
-  mutable std::condition_variable m_changed;
   std::vector<std::string> m_log;
   size_t m_records = 0;
   std::function<void(size_t)> m_hook;
