@@ -31,6 +31,7 @@ std::unique_ptr<InteractiveRunner> MakeRunner(bool autostart, double speed = 1.0
 const Strings kLogAtSpeed1 = {"next 10",          "tick 10", "record 10 $TMC a", "next 11",
                               "record 11 $TMC b", "next 15", "tick 12",          "tick 14",
                               "record 15 $TMC c", "finished"};
+const std::vector<uint32_t> kDelaysAtSpeed1 = {0, 1000, 1000, 2000, 1000};
 
 using Rig = PlaybackRig<InteractiveRunner>;
 
@@ -59,11 +60,9 @@ TEST(InteractiveRunnerTest, WorkedExamples) {
     Strings log;
     std::vector<uint32_t> delays;
   } examples[] = {
-      {"recorded speed", kThreeRecords, true, 1.0, 0, nullptr, kLogAtSpeed1,
-       {0, 1000, 1000, 2000, 1000}},
-      {"speed 0", kThreeRecords, true, 0.0, 0, nullptr, kLogAtSpeed1, {0, 1000, 1000, 2000, 1000}},
-      {"speed -3", kThreeRecords, true, -3.0, 0, nullptr, kLogAtSpeed1,
-       {0, 1000, 1000, 2000, 1000}},
+      {"recorded speed", kThreeRecords, true, 1.0, 0, nullptr, kLogAtSpeed1, kDelaysAtSpeed1},
+      {"speed 0", kThreeRecords, true, 0.0, 0, nullptr, kLogAtSpeed1, kDelaysAtSpeed1},
+      {"speed -3", kThreeRecords, true, -3.0, 0, nullptr, kLogAtSpeed1, kDelaysAtSpeed1},
       {"double speed", kThreeRecords, true, 2.0, 0, nullptr,
        {"next 10", "tick 10", "record 10 $TMC a", "next 11", "record 11 $TMC b", "next 15",
         "tick 14", "record 15 $TMC c", "finished"},
@@ -85,9 +84,9 @@ TEST(InteractiveRunnerTest, WorkedExamples) {
          rig.loop().RefusePosts(false);
          rig.runner().Start();
        },
-       kLogAtSpeed1, {0, 1000, 1000, 2000, 1000}},
+       kLogAtSpeed1, kDelaysAtSpeed1},
       {"start before the first step", kThreeRecords, false, 1.0, 0,
-       [](Rig& rig) { rig.runner().Start(); }, kLogAtSpeed1, {0, 1000, 1000, 2000, 1000}},
+       [](Rig& rig) { rig.runner().Start(); }, kLogAtSpeed1, kDelaysAtSpeed1},
       // At 20.0 the next tick is due at 21.0, beyond the record at 20.0: the
       // doubled speed moves it to 22.0; the wall-clock length is kept.
       {"speed change moves the tick", "19 $TMC a\n20 $TMC b\n30 $TMC c\n", true, 1.0, 2,
