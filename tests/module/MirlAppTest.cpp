@@ -1,8 +1,6 @@
-// The application object against recording host interfaces: the run-level
-// table and the tear-down below it, HMI events and data-pool speed changes,
-// and the mirroring of the runner's clock into the data pool, rounding
-// included. Playback never runs here (nobody calls Run); the module test
-// drives the whole path. Each test writes the speed it reads.
+// The application object against recording host interfaces: run levels and
+// tear-down, HMI events, speed changes and the runner's clock in the data
+// pool. Playback never runs here; each test writes the speed it reads.
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,5 @@
-// DataPlayer: paths and runner choice from the configuration, the consumers
-// and service faces, moving message date-times to the present, and shutting
-// down in the middle of playback with each runner.
+// DataPlayer: configuration, moving message date-times to the present, and
+// shutting down in the middle of playback with each runner.
 
 #include "player/DataPlayer.h"
 

@@ -43,11 +43,9 @@ void StopTwiceAndStartTwice(Rig& rig) {
   rig.runner().Start();  // already running: nothing more is posted
 }
 
-// Worked examples: the runner is made at speed 4 and then given `speed` (a
-// non-positive one means recorded speed); `steps` steps run, then `act`; the
-// log and the delays are those from `act` on, the rest played to the end.
-// Every example runs twice: with a cancelled step dropped by the loop, and
-// run anyway, as when the loop had already taken it.
+// Made at speed 4 then given `speed`, `steps` steps run, then `act`; the log
+// and delays from `act` on to the end. Each runs twice: a cancelled step
+// dropped by the loop, and run anyway, as when the loop had already taken it.
 TEST(InteractiveRunnerTest, WorkedExamples) {
   pelorin_test::TraceCapture capture(2);
   const struct {

@@ -1,7 +1,4 @@
-// Runners: what every strategy shares (the whole-second times consumers get,
-// listener order, a missing input, refused posts and
-// shut-down), the delays the real-time runner posts (recorded spacing over
-// speed, to the nearest millisecond, saturated), the end of the input, and
+// Runners: what every strategy shares, the real-time runner's delays and
 // the batched replay in one step.
 
 #include "player/Runner.h"

@@ -1,10 +1,7 @@
 #pragma once
-// FakeDataPool: a recording stand-in for the HMI data pool, for the tests of
-// the module and of the data-pool objects. It records, in order, every
-// provider registered and unregistered, every subscription and every change
-// report; Journal is the thread-safe list each record goes to. Any thread
-// may call it: the objects under test report changes on their writers'
-// threads.
+// FakeDataPool: a recording stand-in for the HMI data pool. It records, in
+// order, registrations, subscriptions and change reports, each in a
+// thread-safe Journal: objects under test report on their writers' threads.
 
 #include <cstdint>
 #include <functional>
