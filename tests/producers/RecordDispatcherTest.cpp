@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <memory>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "CIString.h"
@@ -169,24 +170,21 @@ TEST_F(RecordDispatcherTest, ServiceListEntriesFollowTheSemicolons) {
   ASSERT_TRUE(list);
   ASSERT_EQ(list->size(), 2u);
   const sTIServiceListEntry& first = *(*list)[0];
-  EXPECT_EQ(first.serviceType, 1u);
-  EXPECT_EQ(first.monitorState, 1u);
-  EXPECT_EQ(first.serviceDescription->sd_SID, 34);
-  EXPECT_EQ(first.serviceDescription->sd_PID, 53761u);
-  ASSERT_TRUE(first.serviceDescription->sd_SPN);
-  EXPECT_EQ(first.serviceDescription->sd_SPN->utf8(), "RADIO1");
-  EXPECT_EQ(first.serviceDescription->sd_SPN->encoding(), CITypesFactory::kEncodingUtf8);
-  EXPECT_EQ(first.serviceDescription->sd_sendername, nullptr);
+  const auto& one = *first.serviceDescription;
+  EXPECT_EQ(std::make_tuple(first.serviceType, first.monitorState, one.sd_SID, one.sd_PID),
+            std::make_tuple(1u, 1u, 34, 53761u));
+  ASSERT_TRUE(one.sd_SPN);
+  EXPECT_EQ(one.sd_SPN->utf8(), "RADIO1");
+  EXPECT_EQ(one.sd_SPN->encoding(), CITypesFactory::kEncodingUtf8);
+  EXPECT_EQ(one.sd_sendername, nullptr);
   const sTIServiceListEntry& second = *(*list)[1];
-  EXPECT_NE(second.serviceDescription, first.serviceDescription);
-  EXPECT_EQ(second.serviceDescription->sd_MGS, 3);
-  EXPECT_EQ(second.serviceDescription->sd_ST, 9u);
-  EXPECT_EQ(second.serviceDescription->sd_Q, 44);
-  EXPECT_EQ(second.serviceDescription->sd_SPN, nullptr);
-  EXPECT_EQ(second.serviceIdentifiers->SID_A + second.serviceIdentifiers->SID_B, 3);
-  EXPECT_EQ(second.serviceIdentifiers->SID_C, 2);
-  EXPECT_EQ(second.monitorState, 0u);
-
+  const auto& two = *second.serviceDescription;
+  EXPECT_NE(&two, &one);
+  EXPECT_EQ(std::make_tuple(two.sd_MGS, two.sd_ST, two.sd_Q, second.monitorState),
+            std::make_tuple(3, 9u, 44, 0u));
+  EXPECT_EQ(two.sd_SPN, nullptr);
+  const auto& ids = *second.serviceIdentifiers;
+  EXPECT_EQ(std::make_tuple(ids.SID_A, ids.SID_B, ids.SID_C), std::make_tuple(1, 2, 2));
   EXPECT_TRUE(Tsl("")->empty());
   EXPECT_NE(Tsl(""), list);  // every record is a new list
   EXPECT_EQ(list->size(), 2u);
