@@ -45,36 +45,6 @@ TEST(RunnerTest, ConsumersGetWholeSecondsAndMalformedLinesEndPlayback) {
   EXPECT_EQ(Play("", 1.0), Strings{"finished"});
 }
 
-// Writes its name into a shared log when the runner finishes, and looks back
-// into the runner from inside the notification.
-class NamedListener : public RunnerListener {
- public:
-  NamedListener(std::string name, Strings* log) : m_name(std::move(name)), m_log(log) {}
-  void OnFinished(Runner* runner) override {
-    m_log->push_back(m_name + (runner->IsFinished() ? " finished" : " not finished"));
-  }
-
- private:
-  std::string m_name;
-  Strings* m_log;
-};
-
-TEST(RunnerTest, ListenersAreToldInTheOrderAddedAndMayCallBack) {
-  Strings log;
-  NamedListener first("first", &log);
-  NamedListener second("second", &log);
-  pelorin_test::MemoryInput input("1 $TMC a\n");
-  BatchedRunner runner;
-  runner.AddListener(&first);
-  runner.AddListener(&second);
-  runner.AddListener(&first);
-  runner.SetInput(input.Reader());
-  pelorin_test::RecordingWorkLoop loop;
-  runner.RunOn(&loop);
-  loop.RunAll();  // no consumers: the record is read and dropped
-  EXPECT_EQ(log, (Strings{"first finished", "second finished", "first finished"}));
-}
-
 TEST(RunnerTest, WithoutInputTheFirstStepReportsTheEnd) {
   pelorin_test::TraceCapture capture(2);
   pelorin_test::PlaybackProbe probe;
@@ -159,17 +129,6 @@ TEST(RealTimeRunnerTest, DelaysAreTheRecordedDistanceOverSpeed) {
     EXPECT_EQ(log.back(), "finished");
     EXPECT_EQ(rig.loop().Held(), 0u);
   }
-}
-
-TEST(RealTimeRunnerTest, ResetDropsThePendingRecord) {
-  PlaybackRig<Runner> rig("1 $TMC a\n2 $TMC b\n3 $TMC c\n", MakeRunner(1.0));
-  rig.Run();
-  rig.loop().RunNext();
-  rig.loop().RunNext();  // a dispatched, b pending
-  rig.Rewind();
-  rig.loop().RunAll();
-  EXPECT_EQ(rig.probe().Payloads(), (Strings{"a", "a", "b", "c"}));
-  EXPECT_EQ(rig.loop().Delays(), (std::vector<uint32_t>{0, 1000, 0, 1000, 1000}));
 }
 
 TEST(BatchedRunnerTest, TheWholeFileGoesOutInOneStep) {

@@ -199,22 +199,6 @@ TEST_F(OnlineTrafficProducerWaits, UnlimitedWaitWarnsEveryFiveSecondsUntilTheSer
   EXPECT_EQ(trace.Texts(3), std::vector<std::string>(4, expected));
 }
 
-TEST_F(OnlineTrafficProducerWaits, AbandonedWaitsEndAtOnceAndCallNothingMore) {
-  FakeService silent;
-  producer.SetService(&silent);
-  clock.onPoll = [&](uint64_t polls) {
-    if (polls == 3) producer.AbandonWaits();  // the owner shuts playback down
-  };
-  EXPECT_EQ(producer.OnRecord(7, "$TOT", "getInventory"), 1);
-  EXPECT_EQ(clock.polls, 3u);
-  producer.OnServiceStatus(0);
-  producer.OnServiceValue(1);
-  EXPECT_EQ(producer.OnRecord(8, "$TOT", "setNewData:a.bin"), 1);
-  EXPECT_EQ(producer.OnRecord(9, "$TOT", "setTimeoutForFallback:30"), 1);
-  EXPECT_TRUE(silent.calls.empty());
-  EXPECT_EQ(producer.GetLastDataTime(), 0u);
-}
-
 // Each call waits for the service state it needs: the answer comes at the
 // seventh poll, and the call only after it.
 TEST_F(OnlineTrafficProducerWaits, EachCallWaitsForTheStateItNeeds) {
@@ -243,31 +227,6 @@ TEST_F(OnlineTrafficProducerWaits, EachCallWaitsForTheStateItNeeds) {
     EXPECT_FALSE(calledEarly);
     EXPECT_EQ(clock.polls, 7u);
     EXPECT_EQ(silent.calls.size(), 1u);
-  }
-}
-
-// The host swaps or detaches the service while a call waits: the call goes
-// to the service attached when the wait ends, or is not made.
-TEST_F(OnlineTrafficProducerWaits, ServiceIsReadAgainAfterTheWait) {
-  for (bool detach : {false, true}) {
-    FakeService old, replacement;
-    OnlineTrafficProducer fresh{clock.timing};
-    fresh.SetService(&old);
-    clock.onPoll = [&](uint64_t) {
-      fresh.SetService(detach ? nullptr : &replacement);
-      fresh.OnServiceStatus(0);
-      fresh.OnServiceValue(1);
-    };
-    EXPECT_EQ(fresh.OnRecord(7, "$TOT", "setNewData:a.bin"), detach ? 1 : 0);
-    EXPECT_TRUE(old.calls.empty());
-    EXPECT_EQ(replacement.calls.size(), detach ? 0u : 1u);
-    EXPECT_EQ(fresh.GetLastDataTime(), detach ? 0u : 7u);
-    if (!detach) continue;
-    // The call not made left no data pending: the next one does not wait.
-    clock.onPoll = [&](uint64_t) { fresh.AbandonWaits(); };
-    fresh.SetService(&replacement);
-    EXPECT_EQ(fresh.OnRecord(8, "$TOT", "setNewData:b.bin"), 0);
-    EXPECT_EQ(replacement.calls.size(), 1u);
   }
 }
 
