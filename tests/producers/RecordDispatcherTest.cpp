@@ -19,26 +19,15 @@ namespace {
 
 using asi::navigation::trafficinfo::sTIServiceListEntry;
 
-// Keeps what it receives; appends its name to a shared log per delivery.
+// Keeps what it receives.
 class RecordingListener : public TrafficDataListener {
  public:
-  explicit RecordingListener(std::vector<std::string>* log = nullptr, std::string name = "")
-      : m_log(log), m_name(std::move(name)) {}
-  void OnServiceList(ServiceList list) override {
-    lists.push_back(list);
-    if (m_log) m_log->push_back(m_name);
-  }
+  void OnServiceList(ServiceList list) override { lists.push_back(list); }
   void OnTmcMessage(std::shared_ptr<TmcMessageData> message) override {
     messages.push_back(message);
-    if (m_log) m_log->push_back(m_name);
   }
-
   std::vector<ServiceList> lists;
   std::vector<std::shared_ptr<TmcMessageData>> messages;
-
- private:
-  std::vector<std::string>* m_log;
-  std::string m_name;
 };
 
 std::vector<uint8_t> Bytes(const std::shared_ptr<CIUInt8Array>& array) {
@@ -84,24 +73,6 @@ TEST_F(RecordDispatcherTest, LastTmcTimeFollowsProducedTmcMessagesOnly) {
   EXPECT_EQ(dispatcher.OnRecord(400, "$TMC", "LTN=1"), 0);
   EXPECT_EQ(dispatcher.GetLastTmcTime(), 400u);
   EXPECT_EQ(listener.messages.size(), 1u);
-}
-
-TEST_F(RecordDispatcherTest, ListenersAreUniqueAndServedInRegistrationOrder) {
-  std::vector<std::string> log;
-  RecordingListener first(&log, "first"), second(&log, "second"), third(&log, "third");
-  ASSERT_TRUE(dispatcher.RemoveListener(&listener));
-  EXPECT_FALSE(dispatcher.RemoveListener(&listener));
-  EXPECT_FALSE(dispatcher.AddListener(nullptr));
-  for (RecordingListener* each : {&first, &second, &third})
-    EXPECT_TRUE(dispatcher.AddListener(each));
-  EXPECT_FALSE(dispatcher.AddListener(&second));
-  dispatcher.OnRecord(1, "$TMC", "");
-  EXPECT_TRUE(dispatcher.RemoveListener(&second));
-  dispatcher.OnRecord(2, "$TSL", "");
-  EXPECT_EQ(log, (std::vector<std::string>{"first", "second", "third", "first", "third"}));
-  // Every listener holds the same data object.
-  EXPECT_EQ(first.messages[0], second.messages[0]);
-  EXPECT_EQ(first.lists[0], third.lists[0]);
 }
 
 // A TMC message as "timeStamp ltn sid pid", then " data" and its bytes
