@@ -1,19 +1,15 @@
-// The application object against recording host interfaces: the run-level
-// table, HMI events and data-pool speed changes, and the mirroring of the
-// runner's clock into the data pool, rounding included. Playback never runs
-// here (nobody calls Run); the module test drives the whole path.
+// The application object against recording host interfaces: run levels and
+// tear-down, HMI events, speed changes and the runner's clock in the data
+// pool. Playback never runs here; each test writes the speed it reads.
 
 #include <gtest/gtest.h>
 
-#include <memory>
 #include <string>
 #include <vector>
 
 #include "DataPoolDirectory.h"
 #include "module/MirlApp.h"
-#include "module/SpeedTable.h"
 #include "player/PlayerService.h"
-#include "runtime/DataPoolReader.h"
 #include "tests/module/FakeHmiHost.h"
 #include "tests/support/TraceCapture.h"
 
@@ -22,25 +18,9 @@ namespace {
 using namespace pelorin_test;  // NOLINT: the fakes and ids
 using Quillan::MirlApp;
 
-// Position of the first message containing `fragment`, or -1.
-int IndexOf(const std::vector<std::string>& texts, const std::string& fragment) {
-  for (size_t i = 0; i < texts.size(); ++i) {
-    if (texts[i].find(fragment) != std::string::npos) return static_cast<int>(i);
-  }
-  return -1;
-}
-
-// The speed table is module-wide: each test starts it at 100 percent.
 class MirlAppTest : public ::testing::Test {
  protected:
-  void SetUp() override {
-    {
-      std::unique_ptr<Quillan::DataPoolReader> table(Quillan::SpeedTable::CreateReader(&pool));
-      ASSERT_TRUE(SetSpeedPercent(100));
-    }
-    pool.reports.Clear();
-    ASSERT_TRUE(app.Startup(&host));
-  }
+  void SetUp() override { ASSERT_TRUE(app.Startup(&host)); }
 
   void GiveInterfaces() {
     app.SetInterface(100, 0, 0, &events);
@@ -53,6 +33,7 @@ class MirlAppTest : public ::testing::Test {
   FakeHost host{&registration};
   FakeEvents events;
   FakeDataPool pool;
+  FakeDataPool otherPool;
   MirlApp app;
 };
 
@@ -74,30 +55,41 @@ TEST_F(MirlAppTest, RunLevelsAroundTwoHundredPublishAndTearDown) {
   auto* service = static_cast<Quillan::PlayerService*>(published[0].service);
   ASSERT_NE(service, nullptr);
   EXPECT_NE(service->GetRecordDispatcher(), nullptr);
-  EXPECT_NE(service->GetTimeAdjuster(), nullptr);
 
-  // Going down through 200 leaves nothing to publish again.
+  // Going down through 200 deletes the player and the data-pool objects:
+  // nothing to publish again, and later events find nothing to act on.
   EXPECT_EQ(app.OnRunLevel(200, -1), 200);
+  EXPECT_EQ(DataPoolDirectory::FindProvider(77), nullptr);
+  EXPECT_EQ(DataPoolDirectory::FindClient(76), nullptr);
+  EXPECT_EQ(pool.unregistered.All(), (std::vector<uint32_t>{77}));
   EXPECT_EQ(app.OnRunLevel(200, 1), 200);
   EXPECT_EQ(registration.published.All().size(), 1u);
+  trace.Clear();
+  const uint32_t speed[] = {kSpeedId};
+  app.OnEvent(kStartEvent, 0);
+  app.OnValuesChanged(speed, 1);
+  app.OnTick(nullptr, 5.0);
+  EXPECT_TRUE(trace.Texts().empty());
+  EXPECT_TRUE(events.notifications.All().empty());
 }
 
-// The speed table behind client 76 holds the speed at 0x4c000001 and one
-// more entry; ids outside entries 1 and 2 are refused.
+// The speed table behind client 76 serves entries 1 and 2 under the mask
+// 0x00FFFFFF; a second data pool replaces the first one's objects.
 TEST_F(MirlAppTest, TheSpeedTableServesEntriesOneAndTwoOfClient76) {
   GiveInterfaces();
   DataPoolClientInterface* table = DataPoolDirectory::FindClient(76);
   ASSERT_NE(table, nullptr);
-  int32_t percent = 0;
-  table->LockRead();
-  EXPECT_TRUE(table->GetValue(kSpeedId, &percent));
-  table->UnlockRead();
-  EXPECT_EQ(percent, 100);
   table->LockWrite();
   EXPECT_FALSE(table->SetInt(0x4c000000, 1));
   EXPECT_FALSE(table->SetInt(0x4c000003, 1));
-  EXPECT_TRUE(table->SetInt(0x7f000001, 120));  // the high byte is masked off
+  EXPECT_TRUE(table->SetInt(0x7f000001, 120));
   table->UnlockWrite();
+  EXPECT_EQ(ReadSpeedPercent(), 120);
+
+  app.SetInterface(101, 0, 0, &otherPool);
+  EXPECT_EQ(pool.unregistered.All(), (std::vector<uint32_t>{77}));
+  EXPECT_EQ(otherPool.subscriptions.All().size(), 1u);
+  EXPECT_NE(DataPoolDirectory::FindProvider(77), nullptr);
 }
 
 TEST_F(MirlAppTest, TickAndNextEventAreRoundedStoredAndAnnounced) {
@@ -127,53 +119,35 @@ TEST_F(MirlAppTest, TickAndNextEventAreRoundedStoredAndAnnounced) {
             (Notifications{{kTickId, 0}, {kNextId, 0}, {kNextId, 0}, {kNextId, 0}}));
 }
 
-TEST_F(MirlAppTest, StartEventSetsTheSpeedFromTheDataPoolThenStarts) {
+// The start event reads the speed, sets it, then starts; a speed change in
+// a change report only sets it; the stop event and other ids read nothing.
+TEST_F(MirlAppTest, EventsAndSpeedChangesReachThePlayer) {
+  const uint32_t ids[] = {kTickId, kSpeedId, 0x4c000002};
+  trace.Clear();
+  app.OnValuesChanged(ids, 3);  // before the data pool: nothing to read
+  EXPECT_TRUE(trace.Texts().empty());
   GiveInterfaces();
   ASSERT_TRUE(SetSpeedPercent(150));
-  trace.Clear();
   app.GetEventListenerFace()->OnEvent(kStartEvent, 0);
-  const auto texts = trace.Texts();
-  const int speedRead = IndexOf(texts, "MirlApp::SetPlayerSpeedFromDP:playbackSpeed=150");
-  const int speedSet = IndexOf(texts, "InteractiveRunner::SetSpeed: 1.5");
-  const int started = IndexOf(texts, "Player::StartPlayback");
-  EXPECT_GE(speedRead, 0);
-  EXPECT_GT(speedSet, speedRead);
-  EXPECT_GT(started, speedSet);
+  const std::vector<std::string> texts = trace.Texts();
+  ASSERT_GE(texts.size(), 3u);
+  EXPECT_EQ(std::vector<std::string>(texts.begin(), texts.begin() + 3),
+            (std::vector<std::string>{"MirlApp::SetPlayerSpeedFromDP:playbackSpeed=150",
+                                      "InteractiveRunner::SetSpeed: 1.5", "Player::StartPlayback"}));
 
   trace.Clear();
-  ASSERT_TRUE(SetSpeedPercent(100));
-  app.OnEvent(kStartEvent, 0);  // the primary face reaches the same handler
-  EXPECT_TRUE(trace.Contains("MirlApp::SetPlayerSpeedFromDP:playbackSpeed=100"));
-  EXPECT_TRUE(trace.Contains("InteractiveRunner::SetSpeed: 1"));
-
-  trace.Clear();
-  app.GetEventListenerFace()->OnEvent(kStopEvent, 0);
-  EXPECT_TRUE(trace.Contains("InteractiveRunner::Stop"));
-  EXPECT_FALSE(trace.Contains("SetPlayerSpeedFromDP"));
-
-  trace.Clear();
-  app.GetEventListenerFace()->OnEvent(0x4c000002, 0);
-  EXPECT_TRUE(trace.Texts().empty());
-}
-
-TEST_F(MirlAppTest, OnlyASpeedChangeInTheListSetsTheSpeed) {
-  const uint32_t ids[] = {kTickId, kSpeedId, 0x4c000002};
-  app.OnValuesChanged(ids, 3);  // before the data pool: nothing to read
-  EXPECT_FALSE(trace.Contains("SetPlayerSpeedFromDP"));
-
-  GiveInterfaces();
   ASSERT_TRUE(SetSpeedPercent(250));
-  trace.Clear();
   app.GetDataListenerFace()->OnValuesChanged(ids, 3);
-  EXPECT_EQ(trace.Count("MirlApp::SetPlayerSpeedFromDP:playbackSpeed=250"), 1u);
-  EXPECT_TRUE(trace.Contains("InteractiveRunner::SetSpeed: 2.5"));
-  EXPECT_FALSE(trace.Contains("Player::StartPlayback"));
-
-  trace.Clear();
-  app.OnValuesChanged(ids, 0);
   app.OnValuesChanged(ids, 1);  // only the tick id
   app.OnValuesChanged(nullptr, 2);
-  EXPECT_TRUE(trace.Texts().empty());
+  EXPECT_EQ(trace.Texts(), (std::vector<std::string>{
+                               "MirlApp::SetPlayerSpeedFromDP:playbackSpeed=250",
+                               "InteractiveRunner::SetSpeed: 2.5"}));
+
+  trace.Clear();
+  app.OnEvent(kStopEvent, 0);
+  app.OnEvent(0x4c000002, 0);
+  EXPECT_EQ(trace.Texts(), std::vector<std::string>{"InteractiveRunner::Stop"});
 }
 
 }  // namespace

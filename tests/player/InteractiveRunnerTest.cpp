@@ -1,6 +1,6 @@
-// InteractiveRunner: the order of ticks, next events and dispatches with the
-// delays it posts, speed changes, stop and start, the end of the input, and
-// the rule that only one chain of steps ever plays.
+// InteractiveRunner: worked examples of ticks, next events and dispatches
+// with the delays it posts, through speed changes, stop and start, the end
+// of the input, and the rule that only one chain of steps ever plays.
 
 #include "player/InteractiveRunner.h"
 
@@ -31,124 +31,128 @@ std::unique_ptr<InteractiveRunner> MakeRunner(bool autostart, double speed = 1.0
 const Strings kLogAtSpeed1 = {"next 10",          "tick 10", "record 10 $TMC a", "next 11",
                               "record 11 $TMC b", "next 15", "tick 12",          "tick 14",
                               "record 15 $TMC c", "finished"};
+const std::vector<uint32_t> kDelaysAtSpeed1 = {0, 1000, 1000, 2000, 1000};
 
-// Whole playbacks: the runner starts at speed 4, then gets `speed`; a
-// non-positive speed means recorded speed.
+using Rig = PlaybackRig<InteractiveRunner>;
+
+void StopTwiceAndStartTwice(Rig& rig) {
+  rig.runner().Stop();
+  rig.runner().Stop();
+  rig.loop().RunAll();  // the queued step finds the runner stopped
+  rig.runner().Start();
+  rig.runner().Start();  // already running: nothing more is posted
+}
+
+// Made at speed 4 then given `speed`, `steps` steps run, then `act`; the log
+// and delays from `act` on to the end. Each runs twice: a cancelled step
+// dropped by the loop, and run anyway, as when the loop had already taken it.
 TEST(InteractiveRunnerTest, WorkedExamples) {
   pelorin_test::TraceCapture capture(2);
   const struct {
+    const char* name;
     const char* events;
+    bool autostart;
     double speed;
+    int steps;
+    void (*act)(Rig&);
     Strings log;
     std::vector<uint32_t> delays;
   } examples[] = {
-      {kThreeRecords, 1.0, kLogAtSpeed1, {0, 1000, 1000, 2000, 1000}},
-      {kThreeRecords, 0.0, kLogAtSpeed1, {0, 1000, 1000, 2000, 1000}},
-      {kThreeRecords, -3.0, kLogAtSpeed1, {0, 1000, 1000, 2000, 1000}},
-      {kThreeRecords,
-       2.0,
+      {"recorded speed", kThreeRecords, true, 1.0, 0, nullptr, kLogAtSpeed1, kDelaysAtSpeed1},
+      {"speed 0", kThreeRecords, true, 0.0, 0, nullptr, kLogAtSpeed1, kDelaysAtSpeed1},
+      {"speed -3", kThreeRecords, true, -3.0, 0, nullptr, kLogAtSpeed1, kDelaysAtSpeed1},
+      {"double speed", kThreeRecords, true, 2.0, 0, nullptr,
        {"next 10", "tick 10", "record 10 $TMC a", "next 11", "record 11 $TMC b", "next 15",
         "tick 14", "record 15 $TMC c", "finished"},
        {0, 500, 1500, 500}},
       // The clock starts at the first positive time and starts again after
       // the record at -4; records without a positive time are not dispatched.
-      {"0 $TMC z\n10 $TMC a\n-4 $TMC y\n13 $TMC b\n",
-       1.0,
+      {"times not positive", "0 $TMC z\n10 $TMC a\n-4 $TMC y\n13 $TMC b\n", true, 1.0, 0, nullptr,
        {"next 0", "next 10", "tick 10", "record 10 $TMC a", "next -4", "next 13", "tick 13",
         "record 13 $TMC b", "finished"},
        {0, 0, 0, 0}},
+      {"malformed line", "10 $TMC a\nbroken\n11 $TMC b\n", true, 1.0, 0, nullptr,
+       {"next 10", "tick 10", "record 10 $TMC a", "finished"}, {0}},
+      // Without autostart the first step finds the runner stopped; a refused
+      // start leaves it stopped, the next one plays.
+      {"start without autostart", kThreeRecords, false, 1.0, 1,
+       [](Rig& rig) {
+         rig.loop().RefusePosts(true);
+         rig.runner().Start();
+         rig.loop().RefusePosts(false);
+         rig.runner().Start();
+       },
+       kLogAtSpeed1, kDelaysAtSpeed1},
+      {"start before the first step", kThreeRecords, false, 1.0, 0,
+       [](Rig& rig) { rig.runner().Start(); }, kLogAtSpeed1, kDelaysAtSpeed1},
+      // At 20.0 the next tick is due at 21.0, beyond the record at 20.0: the
+      // doubled speed moves it to 22.0; the wall-clock length is kept.
+      {"speed change moves the tick", "19 $TMC a\n20 $TMC b\n30 $TMC c\n", true, 1.0, 2,
+       [](Rig& rig) { rig.runner().SetSpeed(2.0); },
+       {"record 20 $TMC b", "next 30", "tick 22", "tick 26", "tick 30", "record 30 $TMC c",
+        "finished"},
+       {1000, 2000, 2000}},
+      // Here the tick at 19.0 comes before the record at 20.0: it stays.
+      {"speed change keeps the tick", "17 $TMC a\n20 $TMC b\n30 $TMC c\n", true, 1.0, 2,
+       [](Rig& rig) { rig.runner().SetSpeed(2.0); },
+       {"tick 19", "record 20 $TMC b", "next 30", "tick 23", "tick 27", "record 30 $TMC c",
+        "finished"},
+       {500, 1500, 2000, 1500}},
+      // Stop and start resume at once (Post, no delay) with the tick that was due.
+      {"stop and start", kThreeRecords, true, 1.0, 3, StopTwiceAndStartTwice,
+       {"tick 12", "tick 14", "record 15 $TMC c", "finished"}, {2000, 1000}},
+      {"start right after stop", kThreeRecords, true, 1.0, 3,
+       [](Rig& rig) {
+         for (int i = 0; i < 5; ++i) {
+           rig.runner().Stop();
+           rig.runner().Start();
+           EXPECT_EQ(rig.loop().LiveHeld(), 1u);
+         }
+       },
+       {"tick 12", "tick 14", "record 15 $TMC c", "finished"}, {2000, 1000}},
   };
-  for (const auto& example : examples) {
-    SCOPED_TRACE(example.events + std::to_string(example.speed));
-    PlaybackRig<InteractiveRunner> rig(example.events, MakeRunner(true, 4.0));
-    rig.runner().SetSpeed(example.speed);
-    rig.Run();
-    rig.loop().RunAll();
-    EXPECT_EQ(rig.probe().Log(), example.log);
-    EXPECT_EQ(rig.loop().Delays(), example.delays);
-    const auto posts = rig.loop().Posts();
-    ASSERT_FALSE(posts.empty());
-    EXPECT_FALSE(posts[0].delayed);  // the first step comes from RunOn's Post
-    for (const auto& post : posts) EXPECT_EQ(post.priority, 16u);
-    EXPECT_EQ(rig.loop().Held(), 0u);
+  for (bool taken : {false, true}) {
+    for (const auto& example : examples) {
+      SCOPED_TRACE(std::string(example.name) + (taken ? ", step taken" : ", step cancelled"));
+      Rig rig(example.events, MakeRunner(example.autostart, 4.0));
+      rig.loop().IgnoreCancel(taken);
+      rig.runner().SetSpeed(example.speed);
+      rig.Run();
+      for (int i = 0; i < example.steps; ++i) rig.loop().RunNext();
+      rig.probe().Clear();
+      const size_t delaysBefore = rig.loop().Delays().size();
+      if (example.act) example.act(rig);
+      rig.loop().RunAll();
+      EXPECT_EQ(rig.probe().Log(), example.log);
+      const std::vector<uint32_t> delays = rig.loop().Delays();
+      EXPECT_EQ(std::vector<uint32_t>(delays.begin() + delaysBefore, delays.end()), example.delays);
+      const auto posts = rig.loop().Posts();
+      EXPECT_FALSE(posts.front().delayed);  // RunOn's Post
+      for (const auto& post : posts) EXPECT_EQ(post.priority, 16u);
+      EXPECT_EQ(rig.loop().Held(), 0u);
+    }
   }
   EXPECT_TRUE(capture.Contains("InteractiveRunner::SetSpeed: -3"));
   EXPECT_TRUE(capture.Contains("InteractiveRunner::InteractiveRunner, m_stopped=0"));
-}
-
-// After two steps over records at `first` and 20.0 the runner stands at 20.0
-// with the next tick at `first` + 2; then the speed doubles. The wall-clock
-// length beyond the pending record is kept.
-TEST(InteractiveRunnerTest, SpeedChangeRetimesTheNextTick) {
-  const struct {
-    const char* events;
-    Strings logAfterChange;
-    uint32_t delayAfterChange;
-  } cases[] = {
-      // Next tick 21.0 lies beyond the record at 20.0: it moves to 22.0.
-      {"19 $TMC a\n20 $TMC b\n30 $TMC c\n",
-       {"record 20 $TMC b", "next 30", "tick 22"},
-       (26000 - 22000) / 2},
-      // Next tick 19.0 comes before the record at 20.0: it stays.
-      {"17 $TMC a\n20 $TMC b\n30 $TMC c\n",
-       {"tick 19", "record 20 $TMC b", "next 30"},
-       (23000 - 20000) / 2},
-  };
-  for (const auto& c : cases) {
-    PlaybackRig<InteractiveRunner> rig(c.events, MakeRunner(true));
-    rig.Run();
-    rig.loop().RunNext();
-    rig.loop().RunNext();
-    rig.probe().Clear();
-    rig.runner().SetSpeed(2.0);
-    rig.loop().RunNext();  // the step queued before the change
-    rig.loop().RunNext();
-    EXPECT_EQ(rig.probe().Log(), c.logAfterChange) << c.events;
-    EXPECT_EQ(rig.loop().Delays().back(), c.delayAfterChange) << c.events;
-  }
-}
-
-TEST(InteractiveRunnerTest, WithoutAutostartNothingIsReadUntilAnAcceptedStart) {
-  pelorin_test::TraceCapture capture(2);
-  PlaybackRig<InteractiveRunner> rig(kThreeRecords, MakeRunner(false));
   EXPECT_TRUE(capture.Contains("InteractiveRunner::InteractiveRunner, m_stopped=1"));
-  rig.runner().Start();  // not bound to a loop yet: refused, still stopped
+  // Only a step that found the runner stopped says so: the first step
+  // without autostart and the queued one after a stop, in both rounds.
+  EXPECT_EQ(capture.Count("InteractiveRunner::Execute: stopping"), 4u);
+}
+
+// Unbound, or shut down, the runner refuses to start and posts nothing.
+TEST(InteractiveRunnerTest, StartNeedsABoundLiveRunner) {
+  pelorin_test::TraceCapture capture(2);
+  Rig rig(kThreeRecords, MakeRunner(false));
+  rig.runner().Start();
   EXPECT_EQ(capture.Lines().back().text, "Loop is null!!! ");
   EXPECT_EQ(capture.Lines().back().level, 4);
   rig.Run();
+  rig.runner().ShutDown();
+  rig.runner().Start();
+  EXPECT_EQ(rig.loop().Posts().size(), 1u);
   rig.loop().RunAll();
-  EXPECT_EQ(capture.Count("InteractiveRunner::Execute: stopping"), 1u);
   EXPECT_TRUE(rig.probe().Log().empty());
-
-  rig.loop().RefusePosts(true);
-  rig.runner().Start();  // refused: the step is deleted (the sanitizer sees leaks), still stopped
-  rig.loop().RefusePosts(false);
-  rig.runner().Start();
-  rig.loop().RunAll();
-  EXPECT_EQ(rig.probe().Log(), kLogAtSpeed1);
-  EXPECT_EQ(rig.loop().Posts().size(), 7u);  // RunOn, Start and five steps
-}
-
-TEST(InteractiveRunnerTest, StopAndStartResumeWithTheDueTickAtOnce) {
-  pelorin_test::TraceCapture capture(2);
-  PlaybackRig<InteractiveRunner> rig(kThreeRecords, MakeRunner(true));
-  rig.Run();
-  for (int i = 0; i < 3; ++i) rig.loop().RunNext();  // up to the record at 11
-  rig.runner().Stop();
-  rig.runner().Stop();
-  rig.loop().RunAll();  // the queued step finds the runner stopped
-  EXPECT_EQ(capture.Count("InteractiveRunner::Execute: stopping"), 1u);
-  EXPECT_EQ(capture.Count("InteractiveRunner::Stop"), 2u);
-  rig.probe().Clear();
-
-  rig.runner().Start();
-  const auto resumed = rig.loop().Posts().back();
-  EXPECT_FALSE(resumed.delayed);
-  rig.runner().Start();  // already running: nothing more is posted
-  EXPECT_EQ(rig.loop().Posts().back().id, resumed.id);
-  rig.loop().RunAll();
-  EXPECT_EQ(rig.probe().Log(), (Strings{"tick 12", "tick 14", "record 15 $TMC c", "finished"}));
-  EXPECT_EQ(rig.loop().Delays().back(), 1000u);
 }
 
 // A stop from inside a dispatch: the consumers after that one get the
@@ -169,42 +173,6 @@ TEST(InteractiveRunnerTest, StopDuringADispatchHoldsTheRecordBackUntilStart) {
   EXPECT_EQ(rig.probe().Payloads(), (Strings{"a", "b", "c"}));
   EXPECT_EQ(second.Payloads(), (Strings{"a", "b", "c"}));
 }
-
-// Start right after Stop, while the old chain's step is still queued: the
-// old step is retired and exactly one chain plays on. With `ignoreCancel`
-// the old step runs anyway, as when the loop had already taken it.
-class InteractiveRunnerOneChainTest : public ::testing::TestWithParam<bool> {};
-
-TEST_P(InteractiveRunnerOneChainTest, StartAfterStopNeverLeavesTwoChains) {
-  PlaybackRig<InteractiveRunner> rig(kThreeRecords, MakeRunner(true));
-  rig.loop().IgnoreCancel(GetParam());
-  rig.Run();
-  for (int i = 0; i < 3; ++i) rig.loop().RunNext();
-  for (int i = 0; i < 5; ++i) {
-    rig.runner().Stop();
-    rig.runner().Start();
-    EXPECT_EQ(rig.loop().LiveHeld(), 1u);
-  }
-  rig.probe().Clear();
-  rig.loop().RunAll();
-  EXPECT_EQ(rig.probe().Log(), (Strings{"tick 12", "tick 14", "record 15 $TMC c", "finished"}));
-}
-
-TEST_P(InteractiveRunnerOneChainTest, StartRightAfterRunDoesNotDoubleThePlayback) {
-  pelorin_test::TraceCapture capture(2);
-  PlaybackRig<InteractiveRunner> rig(kThreeRecords, MakeRunner(false));
-  rig.loop().IgnoreCancel(GetParam());
-  rig.Run();
-  rig.runner().Start();  // before RunOn's step has run
-  rig.loop().RunAll();
-  EXPECT_EQ(rig.probe().Log(), kLogAtSpeed1);
-  EXPECT_EQ(capture.Count("InteractiveRunner::Execute: stopping"), 0u);
-}
-
-INSTANTIATE_TEST_SUITE_P(CancelledOrTaken, InteractiveRunnerOneChainTest, ::testing::Bool(),
-                         [](const ::testing::TestParamInfo<bool>& tp) {
-                           return tp.param ? "StepTakenByTheLoop" : "StepCancelled";
-                         });
 
 // Record times so large, or a speed so low, that a tick interval does not
 // move the record time: the clock still moves on, and the second record

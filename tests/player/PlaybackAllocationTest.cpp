@@ -1,8 +1,6 @@
 // Steady replay of "$TMC" records does not allocate: once the first records
-// have sized the reader's and the producer's buffers, reading a record,
-// building its message and delivering it to a listener that drops it reuse
-// them. Every allocation of this test program is counted by the replaced
-// operator new.
+// have sized the reader's and the producer's buffers, reading, producing and
+// delivering reuse them (counted by the replaced operator new).
 
 #include <gtest/gtest.h>
 

@@ -47,10 +47,6 @@ class PlaybackRig {
     m_runner->RunOn(m_loop);
     m_loop->Start();
   }
-  void Rewind() {
-    m_input.Rewind();
-    m_runner->SetInput(m_input.Reader());
-  }
 
   RunnerType& runner() { return *m_runner; }
   RecordingWorkLoop& loop() { return *m_loop; }

@@ -85,6 +85,7 @@ TEST(PayloadGrammar, EveryPayloadOfTheGrammarTable) {
        {{1, "0123456789ABCDEF"}, {2, "0123456"}, {1, "01234567"}}, 2},
       {"a=\xE2\x82\xAC\xFF\x80\x80\xA0\xBB b=1", true,
        {{1, "\xE2\x82\xAC\xFF\x80\x80\xA0\xBB"}, {2, "1"}}, 1},
+      {"\"a\"=1", false, {}, 1},
   };
   RecordingProducer producer;
   for (const GrammarCase& c : cases) {
@@ -126,16 +127,6 @@ TEST(PayloadGrammar, ExplainsWhereAndWhyAPayloadFails) {
   error.kind = ParseFailure::kUnknownKey;
   EXPECT_NE(producer.Parse("a=1", &error), nullptr);
   EXPECT_EQ(error.kind, ParseFailure::kNone);
-}
-
-TEST(PayloadGrammar, HugeValuesAreTakenAsTheyStand) {
-  RecordingProducer producer;
-  const std::string huge(1 << 20, 'x');
-  EXPECT_NE(producer.Parse("a=" + huge + " b=2"), nullptr);
-  ASSERT_EQ(producer.fields.size(), 2u);
-  EXPECT_EQ(producer.fields[0].second, huge);
-
-  EXPECT_EQ(producer.Parse("\"a\"=1"), nullptr);
 }
 
 TEST(Utf8Text, KeepsUtf8AndReadsOtherHighBytesAsLatin1) {

@@ -3,13 +3,14 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdio>
 #include <memory>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "CIString.h"
 #include "CITypesFactory.h"
-#include "producers/PayloadProducer.h"
 #include "producers/RecordDispatcher.h"
 #include "producers/TrafficDataListener.h"
 
@@ -18,26 +19,15 @@ namespace {
 
 using asi::navigation::trafficinfo::sTIServiceListEntry;
 
-// Keeps what it receives; appends its name to a shared log per delivery.
+// Keeps what it receives.
 class RecordingListener : public TrafficDataListener {
  public:
-  explicit RecordingListener(std::vector<std::string>* log = nullptr, std::string name = "")
-      : m_log(log), m_name(std::move(name)) {}
-  void OnServiceList(ServiceList list) override {
-    lists.push_back(list);
-    if (m_log) m_log->push_back(m_name);
-  }
+  void OnServiceList(ServiceList list) override { lists.push_back(list); }
   void OnTmcMessage(std::shared_ptr<TmcMessageData> message) override {
     messages.push_back(message);
-    if (m_log) m_log->push_back(m_name);
   }
-
   std::vector<ServiceList> lists;
   std::vector<std::shared_ptr<TmcMessageData>> messages;
-
- private:
-  std::vector<std::string>* m_log;
-  std::string m_name;
 };
 
 std::vector<uint8_t> Bytes(const std::shared_ptr<CIUInt8Array>& array) {
@@ -85,50 +75,51 @@ TEST_F(RecordDispatcherTest, LastTmcTimeFollowsProducedTmcMessagesOnly) {
   EXPECT_EQ(listener.messages.size(), 1u);
 }
 
-TEST_F(RecordDispatcherTest, ListenersAreUniqueAndServedInRegistrationOrder) {
-  std::vector<std::string> log;
-  RecordingListener first(&log, "first"), second(&log, "second"), third(&log, "third");
-  ASSERT_TRUE(dispatcher.RemoveListener(&listener));
-  EXPECT_FALSE(dispatcher.RemoveListener(&listener));
-  EXPECT_FALSE(dispatcher.AddListener(nullptr));
-  for (RecordingListener* each : {&first, &second, &third})
-    EXPECT_TRUE(dispatcher.AddListener(each));
-  EXPECT_FALSE(dispatcher.AddListener(&second));
-  dispatcher.OnRecord(1, "$TMC", "");
-  EXPECT_TRUE(dispatcher.RemoveListener(&second));
-  dispatcher.OnRecord(2, "$TSL", "");
-  EXPECT_EQ(log, (std::vector<std::string>{"first", "second", "third", "first", "third"}));
-  // Every listener holds the same data object.
-  EXPECT_EQ(first.messages[0], second.messages[0]);
-  EXPECT_EQ(first.lists[0], third.lists[0]);
+// A TMC message as "timeStamp ltn sid pid", then " data" and its bytes
+// (":0A" each) when it has a byte array.
+std::string Describe(const TmcMessageData& message) {
+  std::string text = std::to_string(message.timeStamp) + " " + std::to_string(message.ltn) + " " +
+                     std::to_string(message.sid) + " " + std::to_string(message.pid);
+  if (!message.tmcData) return text;
+  text += " data";
+  char hex[8];
+  for (uint8_t byte : Bytes(message.tmcData)) {
+    std::snprintf(hex, sizeof(hex), ":%02X", byte);
+    text += hex;
+  }
+  return text;
 }
 
-TEST_F(RecordDispatcherTest, ReplacedProducerServesTheTag) {
-  PayloadProducer* original = dispatcher.FindProducer("$TMC");
-  ASSERT_NE(original, nullptr);
-  EXPECT_EQ(dispatcher.FindProducer("$TOT"), nullptr);
-  // "$TMC" now builds service lists; the old producer stays owned.
-  dispatcher.RegisterProducer("$TMC", dispatcher.FindProducer("$TSL"));
-  EXPECT_EQ(dispatcher.OnRecord(7, "$TMC", "sd_SID=1"), 0);
-  EXPECT_EQ(listener.lists.size(), 1u);
-  EXPECT_EQ(dispatcher.GetLastTmcTime(), 7u);
-}
-
+// Each field from its key: numbers keep their low bits and unreadable ones
+// are zero; tmcData is colon-separated hexadecimal, the last one wins.
 TEST_F(RecordDispatcherTest, TmcMessageFieldsFromTheirKeys) {
-  auto message = Tmc("timeStamp=1416131460 LTN=1 SID=34;PID=53761 tmcData=0A:1F:22:3C:00");
-  ASSERT_TRUE(message && message->tmcData);
-  EXPECT_EQ(message->timeStamp, 1416131460u);
-  EXPECT_EQ(message->ltn, 1);
-  EXPECT_EQ(message->sid, 34);
-  EXPECT_EQ(message->pid, 53761u);
-  EXPECT_EQ(Bytes(message->tmcData), (std::vector<uint8_t>{0x0A, 0x1F, 0x22, 0x3C, 0x00}));
-
-  auto empty = Tmc("");
-  ASSERT_TRUE(empty);
-  EXPECT_EQ(empty->timeStamp + empty->ltn + empty->sid + empty->pid, 0u);
-  EXPECT_EQ(empty->tmcData, nullptr);
-  EXPECT_NE(empty, message);  // each record starts fresh data
-  EXPECT_EQ(message->ltn, 1);
+  const std::vector<std::pair<std::string, std::string>> cases = {
+      {"timeStamp=1416131460 LTN=1 SID=34;PID=53761 tmcData=0A:1F:22:3C:00",
+       "1416131460 1 34 53761 data:0A:1F:22:3C:00"},
+      {"", "0 0 0 0"},
+      {"LTN=300 SID=12abc", "0 44 0 0"},
+      {"LTN=-1 PID=4294967295", "0 255 0 4294967295"},
+      {"PID=4294967296 timeStamp=-1", "4294967295 0 0 0"},
+      {"timeStamp=\" +17 \"", "17 0 0 0"},
+      {"timeStamp=99999999999999999999", "0 0 0 0"},
+      {"timeStamp=9223372036854775807", "4294967295 0 0 0"},
+      {"tmcData=0A::1F", "0 0 0 0 data:0A:00:1F"},
+      {"tmcData=0A:", "0 0 0 0 data:0A"},
+      {"tmcData=1FF", "0 0 0 0 data:FF"},
+      {"tmcData=ab:AB:0x1c:+2", "0 0 0 0 data:AB:AB:1C:02"},
+      {"tmcData=zz:-1", "0 0 0 0 data:00:FF"},
+      {"tmcData=:", "0 0 0 0 data:00"},
+      {"tmcData=\"\" LTN=1", "0 1 0 0 data"},
+      {"tmcData=01:02 tmcData=03", "0 0 0 0 data:03"},
+  };
+  std::shared_ptr<TmcMessageData> previous;
+  for (const auto& c : cases) {
+    auto message = Tmc(c.first);
+    ASSERT_TRUE(message) << c.first;
+    EXPECT_NE(message, previous);  // each record starts fresh data
+    EXPECT_EQ(Describe(*message), c.second) << c.first;
+    previous = message;
+  }
 }
 
 // The producer reuses data and byte arrays that nobody holds any more; what a
@@ -143,36 +134,6 @@ TEST_F(RecordDispatcherTest, DataThatAListenerKeepsIsNotReused) {
   EXPECT_EQ(Tmc("LTN=4")->tmcData, nullptr);  // reused data starts without bytes
 }
 
-TEST_F(RecordDispatcherTest, TmcNumbersKeepTheirLowBitsAndUnreadableOnesAreZero) {
-  EXPECT_EQ(Tmc("LTN=300")->ltn, 44);
-  EXPECT_EQ(Tmc("LTN=-1")->ltn, 255);
-  EXPECT_EQ(Tmc("SID=12abc")->sid, 0);
-  EXPECT_EQ(Tmc("PID=4294967295")->pid, 4294967295u);
-  EXPECT_EQ(Tmc("PID=4294967296")->pid, 0u);
-  EXPECT_EQ(Tmc("timeStamp=-1")->timeStamp, 4294967295u);
-  EXPECT_EQ(Tmc("timeStamp=\" +17 \"")->timeStamp, 17u);
-  EXPECT_EQ(Tmc("timeStamp=99999999999999999999")->timeStamp, 0u);
-}
-
-TEST_F(RecordDispatcherTest, TmcDataIsColonSeparatedHexadecimal) {
-  const std::vector<std::pair<std::string, std::vector<uint8_t>>> cases = {
-      {"0A::1F", {0x0A, 0x00, 0x1F}},
-      {"0A:", {0x0A}},
-      {"1FF", {0xFF}},
-      {"ab:AB:0x1c:+2", {0xAB, 0xAB, 0x1C, 0x02}},
-      {"zz:-1", {0x00, 0xFF}},
-      {":", {0x00}},
-      {"\"\" LTN=1", {}},
-      {"\"1 2\"", {0x00}},
-  };
-  for (const auto& c : cases) {
-    auto message = Tmc("tmcData=" + c.first);
-    ASSERT_TRUE(message && message->tmcData) << c.first;
-    EXPECT_EQ(Bytes(message->tmcData), c.second) << c.first;
-  }
-  EXPECT_EQ(Bytes(Tmc("tmcData=01:02 tmcData=03")->tmcData), std::vector<uint8_t>{0x03});
-}
-
 TEST_F(RecordDispatcherTest, ServiceListEntriesFollowTheSemicolons) {
   ServiceList list =
       Tsl("serviceType=1 sd_SID=34 sd_LTCC=13 sd_LTN=1 sd_PID=53761 sd_SPN=RADIO1 monitorState=1;"
@@ -180,25 +141,21 @@ TEST_F(RecordDispatcherTest, ServiceListEntriesFollowTheSemicolons) {
   ASSERT_TRUE(list);
   ASSERT_EQ(list->size(), 2u);
   const sTIServiceListEntry& first = *(*list)[0];
-  EXPECT_EQ(first.serviceType, 1u);
-  EXPECT_EQ(first.monitorState, 1u);
-  EXPECT_EQ(first.serviceDescription->sd_SID, 34);
-  EXPECT_EQ(first.serviceDescription->sd_LTCC, 13);
-  EXPECT_EQ(first.serviceDescription->sd_PID, 53761u);
-  ASSERT_TRUE(first.serviceDescription->sd_SPN);
-  EXPECT_EQ(first.serviceDescription->sd_SPN->utf8(), "RADIO1");
-  EXPECT_EQ(first.serviceDescription->sd_SPN->encoding(), CITypesFactory::kEncodingUtf8);
-  EXPECT_EQ(first.serviceDescription->sd_sendername, nullptr);
+  const auto& one = *first.serviceDescription;
+  EXPECT_EQ(std::make_tuple(first.serviceType, first.monitorState, one.sd_SID, one.sd_PID),
+            std::make_tuple(1u, 1u, 34, 53761u));
+  ASSERT_TRUE(one.sd_SPN);
+  EXPECT_EQ(one.sd_SPN->utf8(), "RADIO1");
+  EXPECT_EQ(one.sd_SPN->encoding(), CITypesFactory::kEncodingUtf8);
+  EXPECT_EQ(one.sd_sendername, nullptr);
   const sTIServiceListEntry& second = *(*list)[1];
-  EXPECT_NE(second.serviceDescription, first.serviceDescription);
-  EXPECT_EQ(second.serviceDescription->sd_MGS, 3);
-  EXPECT_EQ(second.serviceDescription->sd_ST, 9u);
-  EXPECT_EQ(second.serviceDescription->sd_Q, 44);
-  EXPECT_EQ(second.serviceDescription->sd_SPN, nullptr);
-  EXPECT_EQ(second.serviceIdentifiers->SID_A + second.serviceIdentifiers->SID_B, 3);
-  EXPECT_EQ(second.serviceIdentifiers->SID_C, 2);
-  EXPECT_EQ(second.monitorState, 0u);
-
+  const auto& two = *second.serviceDescription;
+  EXPECT_NE(&two, &one);
+  EXPECT_EQ(std::make_tuple(two.sd_MGS, two.sd_ST, two.sd_Q, second.monitorState),
+            std::make_tuple(3, 9u, 44, 0u));
+  EXPECT_EQ(two.sd_SPN, nullptr);
+  const auto& ids = *second.serviceIdentifiers;
+  EXPECT_EQ(std::make_tuple(ids.SID_A, ids.SID_B, ids.SID_C), std::make_tuple(1, 2, 2));
   EXPECT_TRUE(Tsl("")->empty());
   EXPECT_NE(Tsl(""), list);  // every record is a new list
   EXPECT_EQ(list->size(), 2u);

@@ -11,7 +11,7 @@
 #include "DataPoolDirectory.h"
 #include "runtime/DataPoolReader.h"
 #include "runtime/PoolValue.h"
-#include "tests/module/FakeHmiHost.h"
+#include "tests/support/FakeDataPool.h"
 
 namespace {
 

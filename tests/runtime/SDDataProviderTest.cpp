@@ -11,7 +11,7 @@
 #include "runtime/Event.h"
 #include "runtime/SDDataProvider.h"
 #include "runtime/TimeBase.h"
-#include "tests/module/FakeHmiHost.h"
+#include "tests/support/FakeDataPool.h"
 #include "tests/support/TestTime.h"
 #include "tests/support/TraceCapture.h"
 

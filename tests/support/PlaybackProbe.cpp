@@ -1,49 +1,28 @@
 #include "tests/support/PlaybackProbe.h"
 
+#include <algorithm>
 #include <charconv>
 
 namespace pelorin_test {
-namespace {
 
 // "10" for 10.0, "10.5" for 10.5: the shortest form.
-std::string TimeText(double time) {
+std::string PlaybackProbe::TimeText(double time) {
   char buffer[32];
   auto result = std::to_chars(buffer, buffer + sizeof(buffer), time);
   return std::string(buffer, result.ptr);
 }
 
-}  // namespace
-
 int PlaybackProbe::OnRecord(uint32_t time, const std::string& tag, const std::string& payload) {
-  size_t number = 0;
-  {
-    std::lock_guard<std::mutex> guard(m_lock);
-    m_log.push_back("record " + std::to_string(time) + " " + tag + " " + payload);
-    m_payloads.push_back(payload);
-    number = ++m_records;
-  }
-  m_changed.notify_all();
+  const size_t number = Append("record " + std::to_string(time) + " " + tag + " " + payload);
   if (m_hook) m_hook(number);
   return 0;
 }
 
-void PlaybackProbe::OnFinished(Quillan::Runner*) { Append("finished", true); }
-
-void PlaybackProbe::OnTick(Quillan::Runner*, double time) {
-  Append("tick " + TimeText(time), false);
-}
-
-void PlaybackProbe::OnNextEvent(Quillan::Runner*, double time) {
-  Append("next " + TimeText(time), false);
-}
-
-void PlaybackProbe::Append(std::string entry, bool isFinish) {
-  {
-    std::lock_guard<std::mutex> guard(m_lock);
-    m_log.push_back(std::move(entry));
-    if (isFinish) ++m_finishes;
-  }
-  m_changed.notify_all();
+size_t PlaybackProbe::Append(std::string entry) {
+  std::lock_guard<std::mutex> guard(m_lock);
+  if (entry.rfind("record ", 0) == 0) ++m_records;
+  m_log.push_back(std::move(entry));
+  return m_records;
 }
 
 std::vector<std::string> PlaybackProbe::Log() const {
@@ -52,32 +31,24 @@ std::vector<std::string> PlaybackProbe::Log() const {
 }
 
 std::vector<std::string> PlaybackProbe::Payloads() const {
-  std::lock_guard<std::mutex> guard(m_lock);
-  return m_payloads;
-}
-
-size_t PlaybackProbe::Records() const {
-  std::lock_guard<std::mutex> guard(m_lock);
-  return m_records;
+  std::vector<std::string> payloads;
+  for (const std::string& entry : Log()) {
+    // "record <time> <tag> <payload>": neither time nor tag holds a blank.
+    if (entry.rfind("record ", 0) != 0) continue;
+    payloads.push_back(entry.substr(entry.find(' ', entry.find(' ', 7) + 1) + 1));
+  }
+  return payloads;
 }
 
 size_t PlaybackProbe::Finishes() const {
-  std::lock_guard<std::mutex> guard(m_lock);
-  return m_finishes;
-}
-
-bool PlaybackProbe::WaitForFinishes(size_t count, uint32_t timeoutMs) const {
-  std::unique_lock<std::mutex> guard(m_lock);
-  return m_changed.wait_for(guard, std::chrono::milliseconds(timeoutMs),
-                            [&] { return m_finishes >= count; });
+  const std::vector<std::string> log = Log();
+  return static_cast<size_t>(std::count(log.begin(), log.end(), "finished"));
 }
 
 void PlaybackProbe::Clear() {
   std::lock_guard<std::mutex> guard(m_lock);
   m_log.clear();
-  m_payloads.clear();
   m_records = 0;
-  m_finishes = 0;
 }
 
 }  // namespace pelorin_test

@@ -4,75 +4,22 @@
 
 namespace pelorin_test {
 
-RecordingWorkLoop::RecordingWorkLoop() = default;
-
 RecordingWorkLoop::~RecordingWorkLoop() {
   for (const HeldItem& item : m_held) item.handler->Release();
 }
 
-uint32_t RecordingWorkLoop::Post(Quillan::WorkHandler* handler, uint32_t priority) {
-  return Accept(handler, false, 0, priority);
-}
-
-uint32_t RecordingWorkLoop::PostDelayed(Quillan::WorkHandler* handler, uint32_t delayMs,
-                                        uint32_t priority) {
-  return Accept(handler, true, delayMs, priority);
-}
-
-uint32_t RecordingWorkLoop::Accept(Quillan::WorkHandler* handler, bool delayed, uint32_t delayMs,
-                                   uint32_t priority) {
+uint32_t RecordingWorkLoop::Accept(Quillan::WorkHandler* handler, PostRecord post) {
   std::lock_guard<std::mutex> guard(m_lock);
   if (handler == nullptr || m_refuse || m_stopping) return 0;
-  const uint32_t id = m_nextId++;
-  m_held.push_back(HeldItem{id, handler});
-  m_posts.push_back(PostRecord{id, delayed, delayMs, priority, false});
-  return id;
-}
-
-bool RecordingWorkLoop::SetPriority(int, int) { return true; }
-
-bool RecordingWorkLoop::SetName(const char* name) {
-  {
-    std::lock_guard<std::mutex> guard(m_lock);
-    m_name = name ? name : "";
-  }
-  return true;
-}
-
-bool RecordingWorkLoop::Start() {
-  std::lock_guard<std::mutex> guard(m_lock);
-  const bool startedNow = !m_started;
-  m_started = true;
-  return startedNow;
+  m_held.push_back(HeldItem{m_posts.size(), handler});
+  m_posts.push_back(post);
+  return static_cast<uint32_t>(m_posts.size());
 }
 
 int RecordingWorkLoop::Stop(Quillan::WorkHandler* finalHandler) {
-  {
-    std::lock_guard<std::mutex> guard(m_lock);
-    m_stopping = true;
-  }
+  Locked([&] { m_stopping = true; });
   if (finalHandler != nullptr) finalHandler->Release();
   return Held() > 0 ? 1 : 0;
-}
-
-void RecordingWorkLoop::Cancel(uint32_t id) {
-  std::lock_guard<std::mutex> guard(m_lock);
-  for (PostRecord& post : m_posts) {
-    if (post.id == id) post.cancelled = true;
-  }
-}
-
-int RecordingWorkLoop::Remove(uint32_t, Quillan::WorkHandler**) { return 2; }
-
-int RecordingWorkLoop::RemoveAll(Quillan::WorkHandler*) { return 2; }
-
-void RecordingWorkLoop::Run() {}
-
-bool RecordingWorkLoop::IsCancelled(uint32_t id) const {
-  for (const PostRecord& post : m_posts) {
-    if (post.id == id) return post.cancelled;
-  }
-  return false;
 }
 
 bool RecordingWorkLoop::RunNext() {
@@ -83,7 +30,7 @@ bool RecordingWorkLoop::RunNext() {
     if (m_held.empty()) return false;
     item = m_held.front();
     m_held.erase(m_held.begin());
-    cancelled = IsCancelled(item.id) && !m_ignoreCancel;
+    cancelled = m_posts[item.post].cancelled && !m_ignoreCancel;
   }
   if (!cancelled) item.handler->Execute();
   item.handler->Release();
@@ -96,18 +43,11 @@ size_t RecordingWorkLoop::RunAll(size_t limit) {
   return count;
 }
 
-size_t RecordingWorkLoop::Held() const {
+size_t RecordingWorkLoop::Count(bool withCancelled) const {
   std::lock_guard<std::mutex> guard(m_lock);
-  return m_held.size();
-}
-
-size_t RecordingWorkLoop::LiveHeld() const {
-  std::lock_guard<std::mutex> guard(m_lock);
-  size_t live = 0;
-  for (const HeldItem& item : m_held) {
-    if (!IsCancelled(item.id)) ++live;
-  }
-  return live;
+  size_t count = 0;
+  for (const HeldItem& item : m_held) count += withCancelled || !m_posts[item.post].cancelled;
+  return count;
 }
 
 std::vector<PostRecord> RecordingWorkLoop::Posts() const {
@@ -127,16 +67,6 @@ std::vector<uint32_t> RecordingWorkLoop::Delays() const {
 std::string RecordingWorkLoop::Name() const {
   std::lock_guard<std::mutex> guard(m_lock);
   return m_name;
-}
-
-void RecordingWorkLoop::RefusePosts(bool refuse) {
-  std::lock_guard<std::mutex> guard(m_lock);
-  m_refuse = refuse;
-}
-
-void RecordingWorkLoop::IgnoreCancel(bool ignore) {
-  std::lock_guard<std::mutex> guard(m_lock);
-  m_ignoreCancel = ignore;
 }
 
 }  // namespace pelorin_test
