@@ -106,7 +106,7 @@ TEST_F(RecordDispatcherTest, TmcMessageFieldsFromTheirKeys) {
       {"tmcData=0A::1F", "0 0 0 0 data:0A:00:1F"},
       {"tmcData=0A:", "0 0 0 0 data:0A"},
       {"tmcData=1FF", "0 0 0 0 data:FF"},
-      {"tmcData=ab:AB:0x1c:+2", "0 0 0 0 data:AB:AB:1C:02"},
+      {"tmcData=ab:AB:0x1c:0X1d:+2", "0 0 0 0 data:AB:AB:1C:1D:02"},
       {"tmcData=zz:-1", "0 0 0 0 data:00:FF"},
       {"tmcData=:", "0 0 0 0 data:00"},
       {"tmcData=\"\" LTN=1", "0 1 0 0 data"},
