@@ -95,7 +95,8 @@ void EventsScan::EndLine() {
                          m_line.afterBlank == ' ';
   if (malformed) {
     if (m_binaryAt != UINT64_MAX) {
-      Stop("binary data at byte " + std::to_string(m_binaryAt));
+      // Byte numbers count from 1, as in pelorin-check's reports.
+      Stop("binary data at byte " + std::to_string(m_binaryAt + 1));
     } else {
       Stop(m_line.MalformedReason());
     }

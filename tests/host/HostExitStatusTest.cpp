@@ -32,7 +32,7 @@ TEST(HostExitStatus, PlaybackThatDidNotPlayTheFileIsTold) {
       {"short", TwelveRecordsThenAnEmptyLine(), 1,
        "short:13: playback ended before the end of the file: empty line\n", false, 12},
       {"binary", binary, 1, "binary:1: playback ended before the end of the file: binary data at "
-                            "byte 4\n", false, 0},
+                            "byte 5\n", false, 0},
       {"empty", "", 0, "empty: the recording is empty: nothing to play\n", true, 0},
       {"unknown", "1 $ABC x\n", 0, "unknown: the recording holds no $TMC, $TSL or $TOT record: "
                                   "nothing to play\n", true, 1},
