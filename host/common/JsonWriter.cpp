@@ -1,5 +1,7 @@
 #include "host/common/JsonWriter.h"
 
+#include <cstring>
+
 #include "host/common/Utf8.h"
 
 namespace PelorinTools {
@@ -75,7 +77,12 @@ void JsonWriter::AppendEscaped(std::string& out, const char* data, size_t size) 
 
 void JsonWriter::AppendUnsigned(std::string& out, uint64_t value) {
   char digits[20];
-  char* end = digits + sizeof(digits);
+  out.append(digits, static_cast<size_t>(PutUnsigned(digits, value) - digits));
+}
+
+char* JsonWriter::PutUnsigned(char* out, uint64_t value) {
+  char digits[20];
+  char* const end = digits + sizeof(digits);
   char* start = end;
   if (value <= 0xffffffffu) {
     // 32-bit division is much cheaper on the 32-bit targets.
@@ -90,7 +97,9 @@ void JsonWriter::AppendUnsigned(std::string& out, uint64_t value) {
       value /= 10;
     } while (value != 0);
   }
-  out.append(start, static_cast<size_t>(end - start));
+  const size_t size = static_cast<size_t>(end - start);
+  std::memcpy(out, start, size);
+  return out + size;
 }
 
 void JsonWriter::AppendSigned(std::string& out, int64_t value) {

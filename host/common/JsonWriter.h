@@ -47,6 +47,8 @@ class JsonWriter {
   // Appends `size` bytes as the inside of a JSON string (no quotes).
   static void AppendEscaped(std::string& out, const char* data, size_t size);
   static void AppendUnsigned(std::string& out, uint64_t value);
+  // Writes the decimal digits of `value` (at most 20) at `out`; returns their end.
+  static char* PutUnsigned(char* out, uint64_t value);
   static void AppendSigned(std::string& out, int64_t value);
   static void AppendMilliseconds(std::string& out, uint64_t micros);
 

@@ -54,28 +54,9 @@ char* Put(char* out, const char (&text)[N]) {
   return Put(out, text, N - 1);
 }
 
-char* PutUnsigned(char* out, uint64_t value) {
-  char digits[20];
-  char* start = digits + sizeof(digits);
-  if (value <= 0xffffffffu) {
-    // 32-bit division is much cheaper on the 32-bit targets.
-    uint32_t small = static_cast<uint32_t>(value);
-    do {
-      *--start = static_cast<char>('0' + small % 10);
-      small /= 10;
-    } while (small != 0);
-  } else {
-    do {
-      *--start = static_cast<char>('0' + value % 10);
-      value /= 10;
-    } while (value != 0);
-  }
-  return Put(out, start, static_cast<size_t>(digits + sizeof(digits) - start));
-}
-
 // As JsonWriter::Milliseconds: up to three decimals, trailing zeros dropped.
 char* PutMilliseconds(char* out, uint64_t micros) {
-  out = PutUnsigned(out, micros / 1000);
+  out = JsonWriter::PutUnsigned(out, micros / 1000);
   const uint32_t fraction = static_cast<uint32_t>(micros % 1000);
   if (fraction == 0) return out;
   *out++ = '.';
@@ -319,22 +300,22 @@ void Reporter::TmcJson(const Quillan::TmcMessageData& message, const ItemOrigin*
   out = Put(out, ",\"type\":\"tmc\"");
   if (origin != nullptr) {
     out = Put(out, ",\"line\":");
-    out = PutUnsigned(out, origin->line);
+    out = JsonWriter::PutUnsigned(out, origin->line);
     out = Put(out, ",\"recordTime\":");
     out = Put(out, origin->recordTime.data(), timeSize);
     if (m_showPass) {
       out = Put(out, ",\"pass\":");
-      out = PutUnsigned(out, origin->pass);
+      out = JsonWriter::PutUnsigned(out, origin->pass);
     }
   }
   out = Put(out, ",\"timeStamp\":");
-  out = PutUnsigned(out, message.timeStamp);
+  out = JsonWriter::PutUnsigned(out, message.timeStamp);
   out = Put(out, ",\"ltn\":");
-  out = PutUnsigned(out, message.ltn);
+  out = JsonWriter::PutUnsigned(out, message.ltn);
   out = Put(out, ",\"sid\":");
-  out = PutUnsigned(out, message.sid);
+  out = JsonWriter::PutUnsigned(out, message.sid);
   out = Put(out, ",\"pid\":");
-  out = PutUnsigned(out, message.pid);
+  out = JsonWriter::PutUnsigned(out, message.pid);
   if (data != nullptr) {
     out = Put(out, ",\"tmcData\":\"");
     out = PutHex(out, data->data(), dataSize);
