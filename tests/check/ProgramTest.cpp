@@ -1,93 +1,24 @@
-// The pelorin-check program itself, run as a user runs it: exit statuses,
-// where the report and the usage errors go, failed output, stop signals.
+// The pelorin-check program itself, for what the recorded examples cannot
+// show: failed output, stop signals, standard input.
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <csignal>
 #include <cstdlib>
-#include <fstream>
 #include <sstream>
 #include <string>
 #include <vector>
 
-#include "tests/host/ToolProcess.h"
+#include "tests/host/Examples.h"
 
 namespace {
 
 using pelorin_tool_test::TestFolder;
 using ::testing::HasSubstr;
-
-struct Outcome {
-  int status = -1;
-  std::string out;
-  std::string err;
-};
-
-class ProgramTest : public ::testing::Test {
- protected:
-  static Outcome Run(const std::vector<std::string>& arguments) {
-    pelorin_tool_test::ToolProcess process;
-    Outcome outcome;
-    outcome.status = pelorin_tool_test::RunTool(PELORIN_CHECK_PROGRAM, arguments, &process);
-    outcome.out = process.Output();
-    outcome.err = process.Stderr();
-    return outcome;
-  }
-
-  TestFolder m_dir;
-};
-
-TEST_F(ProgramTest, ExitStatusFollowsTheWorstFinding) {
-  const std::string clean = m_dir.Write("clean", "10 $TMC LTN=1\n11 $TOT getInventory\n");
-  const std::string warned = m_dir.Write("warned", "10 $TMC ltn=1\n");
-  const std::string broken = m_dir.Write("broken", "10 $TMC\n\n11 $TMC\n");
-
-  EXPECT_EQ(Run({warned}).status, 0);
-  const Outcome strict = Run({"--strict", warned, clean});
-  EXPECT_EQ(strict.status, 1);
-  EXPECT_THAT(strict.out, HasSubstr(warned + ":1: warning: unknown key \"ltn\""));
-
-  const Outcome failed = Run({"--strict", clean, broken, warned});
-  EXPECT_EQ(failed.status, 1);
-  EXPECT_THAT(failed.out, HasSubstr("\ntotal: 3 files, 1 error, 1 warning\n"));
-  // An events file that cannot be read is unusable input, whatever the others hold.
-  const Outcome unusable = Run({clean, m_dir.Path() + "/missing"});
-  EXPECT_EQ(unusable.status, 2);
-  EXPECT_THAT(unusable.out, HasSubstr("total: 2 files (1 unusable), 0 errors, 0 warnings"));
-  EXPECT_EQ(Run({"--timeline", m_dir.Path() + "/no/t.svg", clean}).status, 2);
-}
-
-TEST_F(ProgramTest, UnusableInputGivesOneLineOnStandardError) {
-  const std::string locked = m_dir.Write("locked", "1 $TMC\n");
-  chmod(locked.c_str(), 0);
-  const bool root = access(locked.c_str(), R_OK) == 0;  // root reads it anyway
-  const struct {
-    std::vector<std::string> arguments;
-    std::string says;
-  } cases[] = {
-      {{}, "pelorin-check: error: no events file"},
-      {{"--bogus", "e"}, "pelorin-check: error: unknown option"},
-      {{"--root", m_dir.Path() + "/none", "e"}, "not a directory"},
-      {{"--config", m_dir.Path() + "/none.cfg", "e"}, "cannot read"},
-      {{m_dir.Path() + "/none"}, "pelorin-check: " + m_dir.Path() + "/none: No such file or directory"},
-      {{m_dir.Path()}, "pelorin-check: " + m_dir.Path() + ": Is a directory"},
-      {{locked}, root ? "" : "pelorin-check: " + locked + ": Permission denied"},
-  };
-  for (const auto& c : cases) {
-    if (c.says.empty()) continue;
-    SCOPED_TRACE(c.says);
-    const Outcome outcome = Run(c.arguments);
-    EXPECT_EQ(outcome.status, 2);
-    EXPECT_EQ(outcome.out, "");
-    EXPECT_EQ(outcome.err.find('\n'), outcome.err.size() - 1) << outcome.err;
-    EXPECT_THAT(outcome.err, HasSubstr(c.says));
-  }
-}
 
 // Runs the program through the shell, for output that ToolProcess cannot
 // give it: `redirect` applies to it, `pipe` (when given) reads its output.
@@ -108,17 +39,12 @@ int RunRedirected(const std::vector<std::string>& arguments, const std::string& 
   return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
 }
 
-std::string ReadAll(const std::string& path) {
-  std::ostringstream text;
-  text << std::ifstream(path, std::ios::binary).rdbuf();
-  return text.str();
-}
-
-TEST_F(ProgramTest, OutputThatFailsEndsTheRun) {
+TEST(ProgramTest, OutputThatFailsEndsTheRun) {
+  TestFolder dir;
   std::string many;
   for (int i = 0; i < 20000; ++i) many += std::to_string(i + 1) + " $FOO\n";
-  const std::string events = m_dir.Write("many", many);
-  const std::string err = m_dir.Path() + "/err";
+  const std::string events = dir.Write("many", many);
+  const std::string err = dir.Path() + "/err";
   const struct {
     const char* redirect;
     const char* pipe;
@@ -132,11 +58,11 @@ TEST_F(ProgramTest, OutputThatFailsEndsTheRun) {
   for (const auto& c : cases) {
     SCOPED_TRACE(c.redirect + std::string(c.pipe));
     EXPECT_EQ(RunRedirected({"--max-errors", "0", events}, c.redirect, c.pipe, err), c.status);
-    EXPECT_EQ(ReadAll(err), c.says);
+    EXPECT_EQ(pelorin_tool_test::ReadFile(err), c.says);
   }
 }
 
-TEST_F(ProgramTest, StopSignalsEndTheRunWith128PlusTheirNumber) {
+TEST(ProgramTest, StopSignalsEndTheRunWith128PlusTheirNumber) {
   for (const int number : {SIGINT, SIGTERM, SIGHUP, SIGQUIT}) {
     pelorin_tool_test::ToolProcess process;
     ASSERT_TRUE(process.Start(PELORIN_CHECK_PROGRAM, {"-"}));
@@ -146,7 +72,7 @@ TEST_F(ProgramTest, StopSignalsEndTheRunWith128PlusTheirNumber) {
   }
 }
 
-TEST_F(ProgramTest, StandardInputAndTheEndOfOptions) {
+TEST(ProgramTest, StandardInputAndTheEndOfOptions) {
   pelorin_tool_test::ToolProcess process;
   ASSERT_TRUE(process.Start(PELORIN_CHECK_PROGRAM, {"--strict", "--", "-", "--strict"}));
   process.WriteInput("1 $TMC\n2 $TOT getInventory\n");

@@ -75,6 +75,7 @@ inline void RunExamples(const std::string& program, const std::string& folder) {
       if (hasEvents) args.push_back(name + ".events");
       ToolProcess tool;
       output += "$ " + line + "\n" + ExampleOutput(tool, RunTool(program, args, &tool), folder);
+      EXPECT_TRUE(tool.TempDirEmpty()) << line;
     }
     ++examples;
     if (update) std::ofstream(name + ".expected", std::ios::binary) << output;

@@ -269,10 +269,6 @@ class ToolProcess {
     text << std::ifstream(m_errPath, std::ios::binary).rdbuf();
     return text.str();
   }
-  int StderrLines() const {
-    const std::string text = Stderr();
-    return static_cast<int>(std::count(text.begin(), text.end(), '\n'));
-  }
   // True when the child's own TMPDIR is empty (again).
   bool TempDirEmpty() const { return ListTree(m_tempDir).empty(); }
   // Wall-clock seconds since Start.
