@@ -1,6 +1,6 @@
 // The table-backed data-pool client and its typed entries: id-to-entry
 // mapping, typed access, change reports (sorted, one copy of each id, also
-// when empty), and registration.
+// when empty).
 
 #include <gtest/gtest.h>
 
@@ -8,7 +8,6 @@
 #include <utility>
 #include <vector>
 
-#include "DataPoolDirectory.h"
 #include "runtime/DataPoolReader.h"
 #include "runtime/PoolValue.h"
 #include "tests/module/FakeHmiHost.h"
@@ -104,23 +103,6 @@ TEST_F(DataPoolReaderTest, WritesReachTheirEntryAndAreReportedSortedOnceEachSect
   EXPECT_FALSE(reader.GetBufferAt(kBufferList, 2, &bytes, &size));
   EXPECT_EQ(reader.GetCount(kIntList), 2u);
   reader.UnlockRead();
-}
-
-TEST_F(DataPoolReaderTest, RegistersOnlyWhenAskedAndIsInTheDirectoryWhileItLives) {
-  EXPECT_TRUE(pool.registered.All().empty());
-  reader.Register();
-  reader.Unregister();
-  ASSERT_EQ(pool.registered.All().size(), 1u);
-  EXPECT_EQ(pool.registered.All()[0].first, &reader);
-  EXPECT_EQ(pool.registered.All()[0].second, kClientId);
-  EXPECT_EQ(DataPoolDirectory::FindClient(kClientId), &reader);
-  {
-    Table other;
-    DataPoolReader successor(other.entries, 1, 2, kMask, &pool, kClientId);
-    EXPECT_EQ(DataPoolDirectory::FindClient(kClientId), &successor);
-  }
-  EXPECT_EQ(DataPoolDirectory::FindClient(kClientId), nullptr);
-  EXPECT_EQ(pool.unregistered.All(), Ids{kClientId}) << "destruction does not unregister";
 }
 
 }  // namespace
