@@ -36,6 +36,8 @@ TEST(NumberText, DecimalGrammar) {
     EXPECT_FALSE(ParseDecimal(std::string(bad), &value)) << bad;
   }
   EXPECT_EQ(value, -99.0);  // left alone when refused
+  EXPECT_FALSE(ParseDouble("1,5", 3, '.', &value));  // a point reading stops at the comma
+  EXPECT_FALSE(ParseDouble("1.5", 3, ',', &value));  // a comma reading stops at the point
   EXPECT_FALSE(ParseDecimal(std::string(300, '1'), &value));
 }
 

@@ -1,12 +1,9 @@
-// The millisecond time base: signed tick differences across the wrap, the
-// deadline arithmetic, and the timed waits of an Event built on them.
+// The millisecond time base: signed tick differences across the wrap and
+// the deadline arithmetic behind the timed waits.
 
 #include "runtime/TimeBase.h"
 
 #include <gtest/gtest.h>
-
-#include "runtime/Event.h"
-#include "tests/support/TestTime.h"
 
 namespace Quillan {
 namespace {
@@ -27,20 +24,6 @@ TEST(TimeBaseTest, DeadlinesCarryNanosecondsIntoSeconds) {
   const timespec longest = DeadlineAfter(timespec{0, 1000000}, 4294967295u);
   EXPECT_EQ(longest.tv_sec, 4294967);
   EXPECT_EQ(longest.tv_nsec, 296000000);
-}
-
-TEST(EventWallClockTest, TimedWaitEndsAfterItsTimeAndSetIsKeptUntilReset) {
-  Event event;
-  const uint32_t before = GetTickMs();
-  EXPECT_FALSE(event.TimedWait(30));
-  const int32_t waited = TickDiff(GetTickMs(), before);
-  EXPECT_GE(waited, 29);
-  EXPECT_LT(waited, static_cast<int32_t>(pelorin_test::ScaledMs(5000)));
-  event.Set();
-  EXPECT_TRUE(event.TimedWait(0));
-  EXPECT_TRUE(event.TimedWait(0));  // waiting does not lower the flag
-  event.Reset();
-  EXPECT_FALSE(event.TimedWait(0));
 }
 
 }  // namespace
