@@ -59,13 +59,6 @@ TEST_F(DataPoolReaderTest, MaskedIdSelectsTheEntryWithinTheServedRangeOfItsType)
   reader.UnlockWrite();
   EXPECT_EQ(value, 100);
   EXPECT_EQ(pool.reports.All(), (std::vector<Ids>{Ids{}}));  // refusals mark nothing
-  const uint8_t* bytes = reinterpret_cast<const uint8_t*>(&value);
-  uint32_t size = 9;
-  EXPECT_FALSE(reader.GetBuffer(kBuffer, &bytes, &size));  // no content: outputs cleared
-  EXPECT_TRUE(bytes == nullptr && size == 0u);
-  EXPECT_FALSE(PoolValue(7, 3).GetInt(&value) || PoolValue(7, 3).SetText("x"));
-  PoolValue from(PoolValue::kText, -42), moved(std::move(from));  // the text is freed once
-  EXPECT_TRUE(moved.GetText(&text) && text == "-42");
 }
 
 TEST_F(DataPoolReaderTest, WritesReachTheirEntryAndAreReportedSortedOnceEachSection) {

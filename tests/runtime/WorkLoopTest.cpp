@@ -83,17 +83,13 @@ TEST_F(WorkLoopTest, StopRunsTheQueueInOrderDelayedItemsAtOnceThenTheFinalHandle
   loop.Start();
   loop.Post(&blocker, 0);
   ASSERT_TRUE(entered.TimedWait(LongMs()));
-  const uint32_t id = loop.Post(&first, 16);
+  loop.Post(&first, 16);
   loop.Post(&high, 20);
   loop.Cancel(loop.Post(&cancelled, 30));
   loop.Cancel(loop.PostDelayed(&cancelled, 1000000, 30));
   loop.PostDelayed(&lateLow, 1000000, 1);
   loop.PostDelayed(&lateHigh, 2000000, 9);
   loop.Post(&second, 16);
-  WorkHandler* handedBack = &final;
-  EXPECT_EQ(loop.Remove(id, &handedBack), 3);  // not the loop's thread
-  EXPECT_EQ(handedBack, &final);
-  EXPECT_EQ(loop.RemoveAll(&first), 3);
   EXPECT_FALSE(loop.Start());
   loop.Run();  // returns at once: the loop runs already
   EXPECT_EQ(loop.Stop(&final), 1);
@@ -185,22 +181,17 @@ TEST_F(WorkLoopTest, AnIdleLoopTakesRemovalFromAnyThreadAndReleasesTheRestAtDest
   EXPECT_EQ(first.released + final.released + idleFinal.released, 0);
 }
 
-// Run on a thread of the caller's, the loop refuses RemoveAll there and
-// returns to idle once stopped and drained. Destroyed while it runs there,
-// it lets the loop drain: the blocker holds on until the destructor has
-// stopped the loop (posts are refused then).
+// Run on a thread of the caller's, the loop returns to idle once stopped
+// and drained. Destroyed while it runs there, it lets the loop drain: the
+// blocker holds on until the destructor has stopped the loop (posts are
+// refused then).
 TEST_F(WorkLoopTest, ALoopRunOnACallersThreadDrainsBeforeIdleOrDestruction) {
   TestHandler pending, probe;
   auto* loop = new WorkLoop;
-  int removeAll = -1;
-  TestHandler stopper("", [&] {
-    removeAll = loop->RemoveAll(&pending);
-    loop->Stop(nullptr);
-  });
+  TestHandler stopper("", [&] { loop->Stop(nullptr); });
   loop->Post(&stopper, 2);
   loop->Post(&pending, 1);
   std::thread([loop] { loop->Run(); }).join();
-  EXPECT_EQ(removeAll, 3);
   EXPECT_EQ(pending.executed, 1);
   EXPECT_EQ(loop->Stop(nullptr), 0);  // idle again
   Event entered;
