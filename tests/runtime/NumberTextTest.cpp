@@ -56,10 +56,8 @@ TEST(NumberText, RoundsAsTheCLibrary) {
 
 TEST(NumberText, Integers) {
   int64_t value = 0;
-  EXPECT_TRUE(ParseInteger(" -42 ", &value));
-  EXPECT_EQ(value, -42);
-  EXPECT_TRUE(ParseInteger("+9223372036854775807", &value));
-  EXPECT_EQ(value, INT64_MAX);
+  EXPECT_TRUE(ParseInteger(" -42 ", &value) && value == -42);
+  EXPECT_TRUE(ParseInteger("+9223372036854775807", &value) && value == INT64_MAX);
   for (const char* bad : {"", "+", "1.0", "1e3", "9223372036854775808", "12a", "0x1"}) {
     EXPECT_FALSE(ParseInteger(std::string(bad), &value)) << bad;
   }

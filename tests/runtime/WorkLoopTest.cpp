@@ -143,21 +143,6 @@ TEST_F(WorkLoopTest, LongDelaysWaitTheirFullLength) {
   }
 }
 
-TEST_F(WorkLoopTest, NewEarlierHeadWakesALoopWaitingForALaterOne) {
-  g_ticks = 1000;
-  TestHandler late, early, marker;
-  WorkLoop loop(&TestTicks);
-  loop.Start();
-  loop.PostDelayed(&late, 100000, 5);
-  loop.Post(&marker, 5);
-  ASSERT_TRUE(marker.executedEvent.TimedWait(LongMs()));
-  SleepMs(20);  // by now the loop sleeps for 100 s
-  g_ticks = 2000;
-  loop.PostDelayed(&early, 0, 5);
-  EXPECT_TRUE(early.executedEvent.TimedWait(LongMs()));
-  EXPECT_EQ(late.executed, 0);
-}
-
 // Any thread may remove from a loop that never started. Stop only records
 // the final handler there; destroying the loop releases what is left, unrun,
 // and neither runs nor releases the final handler.
