@@ -62,7 +62,6 @@ TEST_F(SDDataProviderTest, NestedSectionsReportOnceAtTheOutermostEndInMarkingOrd
   EXPECT_EQ(pool.reports.All(), (std::vector<Ids>{{1, 0, 1}, {0}}));
 }
 
-// Registration itself is followed by the module's load tests.
 TEST_F(SDDataProviderTest, StartUpAndShutDownAreTraced) {
   pelorin_test::TraceCapture capture(2);
   provider.StartUp();

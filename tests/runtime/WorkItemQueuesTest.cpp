@@ -1,9 +1,8 @@
 // The loop's two queues against plain models of their rules, under random
 // operations. Ready queue: behind every item of at least the same priority;
-// each step takes the head, then every waiting item ages by one and gains
-// its age in priority, moving forward past lower predecessors (priorities
-// wrap). Delayed list: due order by signed tick difference, ties in posting
-// order.
+// each step takes the head, then every waiting item ages by one and gains its
+// age in priority, moving forward past lower predecessors (priorities wrap).
+// Delayed list: due order by signed tick difference, ties in posting order.
 
 #include <gtest/gtest.h>
 
