@@ -1,6 +1,6 @@
 // The table-backed data-pool client and its typed entries: id-to-entry
 // mapping, typed access, change reports (sorted, one copy of each id, also
-// when empty), and registration.
+// when empty).
 
 #include <gtest/gtest.h>
 
@@ -8,7 +8,6 @@
 #include <utility>
 #include <vector>
 
-#include "DataPoolDirectory.h"
 #include "runtime/DataPoolReader.h"
 #include "runtime/PoolValue.h"
 #include "tests/support/FakeDataPool.h"
@@ -60,13 +59,6 @@ TEST_F(DataPoolReaderTest, MaskedIdSelectsTheEntryWithinTheServedRangeOfItsType)
   reader.UnlockWrite();
   EXPECT_EQ(value, 100);
   EXPECT_EQ(pool.reports.All(), (std::vector<Ids>{Ids{}}));  // refusals mark nothing
-  const uint8_t* bytes = reinterpret_cast<const uint8_t*>(&value);
-  uint32_t size = 9;
-  EXPECT_FALSE(reader.GetBuffer(kBuffer, &bytes, &size));  // no content: outputs cleared
-  EXPECT_TRUE(bytes == nullptr && size == 0u);
-  EXPECT_FALSE(PoolValue(7, 3).GetInt(&value) || PoolValue(7, 3).SetText("x"));
-  PoolValue from(PoolValue::kText, -42), moved(std::move(from));  // the text is freed once
-  EXPECT_TRUE(moved.GetText(&text) && text == "-42");
 }
 
 TEST_F(DataPoolReaderTest, WritesReachTheirEntryAndAreReportedSortedOnceEachSection) {
@@ -104,23 +96,6 @@ TEST_F(DataPoolReaderTest, WritesReachTheirEntryAndAreReportedSortedOnceEachSect
   EXPECT_FALSE(reader.GetBufferAt(kBufferList, 2, &bytes, &size));
   EXPECT_EQ(reader.GetCount(kIntList), 2u);
   reader.UnlockRead();
-}
-
-TEST_F(DataPoolReaderTest, RegistersOnlyWhenAskedAndIsInTheDirectoryWhileItLives) {
-  EXPECT_TRUE(pool.registered.All().empty());
-  reader.Register();
-  reader.Unregister();
-  ASSERT_EQ(pool.registered.All().size(), 1u);
-  EXPECT_EQ(pool.registered.All()[0].first, &reader);
-  EXPECT_EQ(pool.registered.All()[0].second, kClientId);
-  EXPECT_EQ(DataPoolDirectory::FindClient(kClientId), &reader);
-  {
-    Table other;
-    DataPoolReader successor(other.entries, 1, 2, kMask, &pool, kClientId);
-    EXPECT_EQ(DataPoolDirectory::FindClient(kClientId), &successor);
-  }
-  EXPECT_EQ(DataPoolDirectory::FindClient(kClientId), nullptr);
-  EXPECT_EQ(pool.unregistered.All(), Ids{kClientId}) << "destruction does not unregister";
 }
 
 }  // namespace

@@ -15,32 +15,27 @@ namespace {
 TEST(NumberText, DecimalGrammar) {
   struct Case {
     const char* text;
-    bool ok;
     double value;
   };
   const Case cases[] = {
-      {"1416131460.25", true, 1416131460.25},
-      {" \t1,5\r\n", true, 1.5},
-      {"+2", true, 2.0},
-      {".5", true, 0.5},
-      {"5.", true, 5.0},
-      {"2e3", true, 2000.0},
-      {"1,5e1", true, 15.0},
-      {"", false, 0},
-      {".", false, 0},
-      {"+-1", false, 0},
-      {"1.5.1", false, 0},
-      {"1.000,5", false, 0},
-      {"0x10", false, 0},
-      {"inf", false, 0},
-      {"1e400", false, 0},
+      {"1416131460.25", 1416131460.25},
+      {" \t1,5\r\n", 1.5},
+      {"+2", 2.0},
+      {".5", 0.5},
+      {"5.", 5.0},
+      {"2e3", 2000.0},
+      {"1,5e1", 15.0},
   };
   for (const Case& c : cases) {
     double value = -99.0;
-    EXPECT_EQ(ParseDecimal(std::string(c.text), &value), c.ok) << c.text;
-    EXPECT_EQ(value, c.ok ? c.value : -99.0) << c.text;
+    EXPECT_TRUE(ParseDecimal(std::string(c.text), &value)) << c.text;
+    EXPECT_EQ(value, c.value) << c.text;
   }
-  double value = 0.0;
+  double value = -99.0;
+  for (const char* bad : {"", ".", "+-1", "1.5.1", "1.000,5", "0x10", "inf", "1e400"}) {
+    EXPECT_FALSE(ParseDecimal(std::string(bad), &value)) << bad;
+  }
+  EXPECT_EQ(value, -99.0);  // left alone when refused
   EXPECT_FALSE(ParseDouble("1,5", 3, '.', &value));  // a point reading stops at the comma
   EXPECT_FALSE(ParseDouble("1.5", 3, ',', &value));  // a comma reading stops at the point
   EXPECT_FALSE(ParseDecimal(std::string(300, '1'), &value));
@@ -61,10 +56,8 @@ TEST(NumberText, RoundsAsTheCLibrary) {
 
 TEST(NumberText, Integers) {
   int64_t value = 0;
-  EXPECT_TRUE(ParseInteger(" -42 ", &value));
-  EXPECT_EQ(value, -42);
-  EXPECT_TRUE(ParseInteger("+9223372036854775807", &value));
-  EXPECT_EQ(value, INT64_MAX);
+  EXPECT_TRUE(ParseInteger(" -42 ", &value) && value == -42);
+  EXPECT_TRUE(ParseInteger("+9223372036854775807", &value) && value == INT64_MAX);
   for (const char* bad : {"", "+", "1.0", "1e3", "9223372036854775808", "12a", "0x1"}) {
     EXPECT_FALSE(ParseInteger(std::string(bad), &value)) << bad;
   }

@@ -1,13 +1,9 @@
-// The millisecond time base: signed tick differences across the wrap, the
-// deadline arithmetic, the tick against the monotonic clock, and the timed
-// waits of an Event built on them.
+// The millisecond time base: signed tick differences across the wrap and
+// the deadline arithmetic behind the timed waits.
 
 #include "runtime/TimeBase.h"
 
 #include <gtest/gtest.h>
-
-#include "runtime/Event.h"
-#include "tests/support/TestTime.h"
 
 namespace Quillan {
 namespace {
@@ -28,32 +24,6 @@ TEST(TimeBaseTest, DeadlinesCarryNanosecondsIntoSeconds) {
   const timespec longest = DeadlineAfter(timespec{0, 1000000}, 4294967295u);
   EXPECT_EQ(longest.tv_sec, 4294967);
   EXPECT_EQ(longest.tv_nsec, 296000000);
-}
-
-TEST(TimeBaseTest, TickIsTheMonotonicClockInMilliseconds) {
-  timespec now{};
-  clock_gettime(CLOCK_MONOTONIC, &now);
-  const uint32_t expected =
-      static_cast<uint32_t>(now.tv_sec) * 1000u + static_cast<uint32_t>(now.tv_nsec / 1000000);
-  const int32_t apart = TickDiff(GetTickMs(), expected);
-  EXPECT_GE(apart, 0);
-  EXPECT_LT(apart, static_cast<int32_t>(pelorin_test::ScaledMs(1000)));
-  SleepMs(20);
-  EXPECT_GE(TickDiff(GetTickMs(), expected), 20);
-}
-
-TEST(EventWallClockTest, TimedWaitEndsAfterItsTimeAndSetIsKeptUntilReset) {
-  Event event;
-  const uint32_t before = GetTickMs();
-  EXPECT_FALSE(event.TimedWait(30));
-  const int32_t waited = TickDiff(GetTickMs(), before);
-  EXPECT_GE(waited, 29);
-  EXPECT_LT(waited, static_cast<int32_t>(pelorin_test::ScaledMs(5000)));
-  event.Set();
-  EXPECT_TRUE(event.TimedWait(0));
-  EXPECT_TRUE(event.TimedWait(0));  // waiting does not lower the flag
-  event.Reset();
-  EXPECT_FALSE(event.TimedWait(0));
 }
 
 }  // namespace
