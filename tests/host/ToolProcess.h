@@ -26,6 +26,7 @@
 #include <vector>
 
 #include "JsonValue.h"
+#include "tests/support/TempFile.h"
 #include "tests/support/TestTime.h"
 
 extern char** environ;
@@ -40,19 +41,6 @@ inline double NowSeconds() {
   return static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) / 1e9;
 }
 
-inline void RemoveTree(const std::string& path) {
-  if (DIR* dir = opendir(path.c_str())) {
-    while (dirent* entry = readdir(dir)) {
-      const std::string name = entry->d_name;
-      if (name != "." && name != "..") RemoveTree(path + "/" + name);
-    }
-    closedir(dir);
-    rmdir(path.c_str());
-  } else {
-    unlink(path.c_str());
-  }
-}
-
 // A folder "<name>-<pid>.XXXXXX" under TMPDIR. Folders that a test process
 // left behind when it crashed or was killed before its destructors ran are
 // removed on the way: their pid no longer runs.
@@ -65,7 +53,7 @@ inline std::string MakeTempDir(const char* name) {
       if (std::strncmp(entry->d_name, prefix.c_str(), prefix.size()) != 0) continue;
       const long pid = std::strtol(entry->d_name + prefix.size(), nullptr, 10);
       if (pid > 0 && kill(static_cast<pid_t>(pid), 0) != 0 && errno == ESRCH) {
-        RemoveTree(base + "/" + entry->d_name);
+        pelorin_test::RemoveTree(base + "/" + entry->d_name);
       }
     }
     closedir(dir);
@@ -108,7 +96,7 @@ class ToolProcess {
     }
     CloseInput();
     if (m_out >= 0) close(m_out);
-    RemoveTree(m_tempDir);
+    pelorin_test::RemoveTree(m_tempDir);
     unlink(m_errPath.c_str());
   }
   ToolProcess(const ToolProcess&) = delete;
@@ -305,27 +293,6 @@ inline int RunTool(const std::string& program, const std::vector<std::string>& a
   return process->Wait(timeoutMs);
 }
 
-// A fresh folder for a test's files, removed with its content at the end.
-class TestFolder {
- public:
-  TestFolder() : m_path(MakeTempDir("pelorin-files")) {}
-  ~TestFolder() { RemoveTree(m_path); }
-  TestFolder(const TestFolder&) = delete;
-  TestFolder& operator=(const TestFolder&) = delete;
-  const std::string& Path() const { return m_path; }
-  // Writes `bytes` to Path()/name (making sub-folders) and returns the path.
-  std::string Write(const std::string& name, const std::string& bytes) const {
-    for (size_t slash = name.find('/'); slash != std::string::npos;
-         slash = name.find('/', slash + 1)) {
-      mkdir((m_path + "/" + name.substr(0, slash)).c_str(), 0755);
-    }
-    const std::string path = m_path + "/" + name;
-    std::ofstream(path, std::ios::binary) << bytes;
-    return path;
-  }
-
- private:
-  std::string m_path;
-};
+using TestFolder = pelorin_test::TempFolder;
 
 }  // namespace pelorin_tool_test

@@ -1,5 +1,6 @@
 #include "tests/support/TempFile.h"
 
+#include <dirent.h>
 #include <stdlib.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -15,6 +16,19 @@ std::string Pattern() {
 }
 
 }  // namespace
+
+void RemoveTree(const std::string& path) {
+  if (DIR* dir = opendir(path.c_str())) {
+    while (dirent* entry = readdir(dir)) {
+      const std::string name = entry->d_name;
+      if (name != "." && name != "..") RemoveTree(path + "/" + name);
+    }
+    closedir(dir);
+    rmdir(path.c_str());
+  } else {
+    unlink(path.c_str());
+  }
+}
 
 void WriteFile(const std::string& path, const std::string& bytes, const char* mode) {
   std::FILE* file = std::fopen(path.c_str(), mode);
@@ -36,20 +50,16 @@ TempFolder::TempFolder() : m_path(Pattern()) {
 }
 
 TempFolder::~TempFolder() {
-  for (auto it = m_made.rbegin(); it != m_made.rend(); ++it) std::remove(it->c_str());
-  rmdir(m_path.c_str());
+  if (!m_path.empty()) RemoveTree(m_path);
 }
 
 std::string TempFolder::Write(const std::string& name, const std::string& bytes, const char* mode) {
-  const std::string path = m_path + "/" + name;
-  bool known = false;
-  for (const std::string& made : m_made) known = known || made == path;
-  if (!known) m_made.push_back(path);
-  if (!name.empty() && name.back() == '/') {
-    mkdir(path.c_str(), 0700);
-  } else {
-    WriteFile(path, bytes, mode);
+  for (size_t slash = name.find('/'); slash != std::string::npos;
+       slash = name.find('/', slash + 1)) {
+    mkdir((m_path + "/" + name.substr(0, slash)).c_str(), 0700);
   }
+  const std::string path = m_path + "/" + name;
+  if (name.empty() || name.back() != '/') WriteFile(path, bytes, mode);
   return path;
 }
 

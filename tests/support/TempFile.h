@@ -1,11 +1,10 @@
 #pragma once
 // TempFile: a file with given contents under the temporary directory, removed
 // when the object goes. TempFolder: a fresh temporary folder, removed with
-// everything written into it. For tests that need real events, storage or
-// configuration files.
+// everything in it. For tests that need real events, storage or configuration
+// files, and for the tools' tests.
 
 #include <string>
-#include <vector>
 
 namespace pelorin_test {
 
@@ -31,14 +30,17 @@ class TempFolder {
 
   const std::string& Path() const { return m_path; }
   // Writes (mode "wb") or appends ("ab") `bytes` to `name`, a file or a
-  // folder (name ending in '/') under this folder; its full path.
+  // folder (name ending in '/') under this folder, making the folders on the
+  // way; its full path.
   std::string Write(const std::string& name, const std::string& bytes = "",
                     const char* mode = "wb");
 
  private:
   std::string m_path;
-  std::vector<std::string> m_made;  // made in this order, removed in reverse
 };
+
+// Removes `path`, a file or a folder with everything in it.
+void RemoveTree(const std::string& path);
 
 // Writes `bytes` to `path` with fopen `mode`.
 void WriteFile(const std::string& path, const std::string& bytes, const char* mode = "wb");
