@@ -4,7 +4,8 @@
 // that a reader that went away shows up as EPIPE on write. The handler only
 // notes the signal; it is installed without SA_RESTART, so a blocked read or
 // write returns at once and the checker, which asks Caught() at every line,
-// stops. Install once, from main(), before any output; process-wide.
+// stops; SIGALRM, every second once stopped, catches a read that began just
+// after the signal. Install once, from main(), before any output; process-wide.
 
 #include <csignal>
 
