@@ -170,9 +170,9 @@ TEST(HostWallClock, ControlsStopStartSpeedAndReplayAfterTheEnd) {
 
   // Stopped: at most the step already under way still plays.
   host.WriteInput("stop\n");
-  host.Drain(ScaledMs(400));
+  host.Drain(ScaledMs(1000));
   const size_t playedBeforeStop = host.ItemsOfType("tmc").size();
-  host.Drain(700);
+  host.Drain(ScaledMs(700));
   EXPECT_EQ(host.ItemsOfType("tmc").size(), playedBeforeStop);
   ASSERT_LT(playedBeforeStop, 10u);
 
