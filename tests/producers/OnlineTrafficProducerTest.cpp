@@ -230,5 +230,23 @@ TEST_F(OnlineTrafficProducerWaits, EachCallWaitsForTheStateItNeeds) {
   }
 }
 
+// The host swaps or detaches the service while a call waits: the call goes
+// to the service attached when the wait ends, or is not made.
+TEST_F(OnlineTrafficProducerWaits, ServiceIsReadAgainAfterTheWait) {
+  for (bool detach : {false, true}) {
+    FakeService old, replacement;
+    OnlineTrafficProducer fresh{clock.timing};
+    fresh.SetService(&old);
+    clock.onPoll = [&](uint64_t) {
+      fresh.SetService(detach ? nullptr : &replacement);
+      fresh.OnServiceStatus(0);
+      fresh.OnServiceValue(1);
+    };
+    EXPECT_EQ(fresh.OnRecord(7, "$TOT", "setNewData:a.bin"), detach ? 1 : 0);
+    EXPECT_TRUE(old.calls.empty());
+    EXPECT_EQ(replacement.calls.size(), detach ? 0u : 1u);
+  }
+}
+
 }  // namespace
 }  // namespace Quillan
