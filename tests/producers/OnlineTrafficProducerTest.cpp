@@ -202,21 +202,25 @@ TEST_F(OnlineTrafficProducerWaits, UnlimitedWaitWarnsEveryFiveSecondsUntilTheSer
 // Each call waits for the service state it needs: the answer comes at the
 // seventh poll, and the call only after it.
 TEST_F(OnlineTrafficProducerWaits, EachCallWaitsForTheStateItNeeds) {
+  using Step = void (*)(OnlineTrafficProducer&);
+  const Step ready = [](OnlineTrafficProducer& p) { p.OnServiceStatus(0); };
+  const Step value = [](OnlineTrafficProducer& p) { p.OnServiceValue(1); };
   const struct {
     const char* payload;
-    bool ready;
-    void (*answer)(OnlineTrafficProducer&);
+    Step before;  // the state that is already there
+    Step answer;
   } cases[] = {
-      {"setNewSession", false, [](OnlineTrafficProducer& p) { p.OnServiceStatus(0); }},
-      {"setNewData:a.bin", true, [](OnlineTrafficProducer& p) { p.OnServiceValue(1); }},
-      {"dsiConnectionStateChanged:2", false, [](OnlineTrafficProducer& p) { p.OnConnected(); }},
+      {"setNewSession", nullptr, ready},
+      {"setNewData:a.bin", ready, value},
+      {"setNewData:b.bin", value, ready},
+      {"dsiConnectionStateChanged:2", nullptr, [](OnlineTrafficProducer& p) { p.OnConnected(); }},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.payload);
     FakeService silent;
     OnlineTrafficProducer fresh{clock.timing};
     fresh.SetService(&silent);
-    if (c.ready) fresh.OnServiceStatus(0);
+    if (c.before != nullptr) c.before(fresh);
     clock.polls = 0;
     bool calledEarly = false;
     clock.onPoll = [&](uint64_t polls) {
