@@ -234,8 +234,7 @@ TEST_F(OnlineTrafficProducerWaits, EachCallWaitsForTheStateItNeeds) {
   }
 }
 
-// The host swaps or detaches the service while a call waits: the call goes
-// to the service attached when the wait ends, or is not made.
+// A service swapped or detached during a wait: the call goes to the new one.
 TEST_F(OnlineTrafficProducerWaits, ServiceIsReadAgainAfterTheWait) {
   for (bool detach : {false, true}) {
     FakeService old, replacement;
