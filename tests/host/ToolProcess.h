@@ -49,7 +49,7 @@ inline std::string MakeTempDir(const char* name) {
   const std::string base = tmp && *tmp ? tmp : "/tmp";
   const std::string prefix = std::string(name) + "-";
   if (DIR* dir = opendir(base.c_str())) {
-    while (dirent* entry = readdir(dir)) {
+    while (dirent64* entry = readdir64(dir)) {
       if (std::strncmp(entry->d_name, prefix.c_str(), prefix.size()) != 0) continue;
       const long pid = std::strtol(entry->d_name + prefix.size(), nullptr, 10);
       if (pid > 0 && kill(static_cast<pid_t>(pid), 0) != 0 && errno == ESRCH) {
@@ -63,10 +63,12 @@ inline std::string MakeTempDir(const char* name) {
 }
 
 // The names under root + prefix, recursively, sorted.
+// readdir64: on a 32-bit target plain readdir gives up (EOVERFLOW) on file
+// systems whose directory offsets need 64 bits.
 inline std::vector<std::string> ListTree(const std::string& root, const std::string& prefix = "") {
   std::vector<std::string> names;
   if (DIR* dir = opendir((root + prefix).c_str())) {
-    while (dirent* entry = readdir(dir)) {
+    while (dirent64* entry = readdir64(dir)) {
       const std::string name = prefix + "/" + entry->d_name;
       if (std::strcmp(entry->d_name, ".") == 0 || std::strcmp(entry->d_name, "..") == 0) continue;
       names.push_back(name);

@@ -19,7 +19,7 @@ std::string Pattern() {
 
 void RemoveTree(const std::string& path) {
   if (DIR* dir = opendir(path.c_str())) {
-    while (dirent* entry = readdir(dir)) {
+    while (dirent64* entry = readdir64(dir)) {
       const std::string name = entry->d_name;
       if (name != "." && name != "..") RemoveTree(path + "/" + name);
     }
