@@ -81,24 +81,32 @@ void JsonWriter::AppendUnsigned(std::string& out, uint64_t value) {
 }
 
 char* JsonWriter::PutUnsigned(char* out, uint64_t value) {
-  char digits[20];
-  char* const end = digits + sizeof(digits);
-  char* start = end;
-  if (value <= 0xffffffffu) {
-    // 32-bit division is much cheaper on the 32-bit targets.
-    uint32_t small = static_cast<uint32_t>(value);
-    do {
-      *--start = static_cast<char>('0' + small % 10);
-      small /= 10;
-    } while (small != 0);
-  } else {
-    do {
-      *--start = static_cast<char>('0' + value % 10);
-      value /= 10;
-    } while (value != 0);
+  // Counts the digits first and writes them backwards in place, two at a
+  // time where the value allows.
+  static const char kPairs[] =
+      "00010203040506070809101112131415161718192021222324252627282930313233343536373839"
+      "40414243444546474849505152535455565758596061626364656667686970717273747576777879"
+      "8081828384858687888990919293949596979899";
+  size_t size = 1;
+  for (uint64_t power = 10; size < 20 && value >= power; power *= 10) ++size;
+  char* digit = out + size;
+  while (value > 0xffffffffu) {
+    *--digit = static_cast<char>('0' + value % 10);
+    value /= 10;
   }
-  const size_t size = static_cast<size_t>(end - start);
-  std::memcpy(out, start, size);
+  // 32-bit division is much cheaper on the 32-bit targets.
+  uint32_t small = static_cast<uint32_t>(value);
+  for (; small >= 100; small /= 100) {
+    const char* pair = kPairs + 2 * (small % 100);
+    *--digit = pair[1];
+    *--digit = pair[0];
+  }
+  if (small >= 10) {
+    *--digit = kPairs[2 * small + 1];
+    *--digit = kPairs[2 * small];
+  } else {
+    *--digit = static_cast<char>('0' + small);
+  }
   return out + size;
 }
 

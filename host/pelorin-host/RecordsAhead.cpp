@@ -24,12 +24,16 @@ void RecordsAhead::Stop() {
 // Moves a batch into the queue once there is room; false when stopped.
 bool RecordsAhead::Hand(std::vector<Slot>* batch) {
   std::unique_lock<std::mutex> lock(m_lock);
-  m_changed.wait(lock, [this] { return m_stop || m_queue.size() < kAhead / kBatch; });
+  if (m_queue.size() >= kAhead / kBatch) {
+    // Full: wait until the reader has taken half, so that both sides run in
+    // long stretches instead of waking each other for every batch.
+    m_changed.wait(lock, [this] { return m_stop || m_queue.size() <= kAhead / kBatch / 2; });
+  }
   if (m_stop) return false;
   m_queue.push_back(std::move(*batch));
   batch->clear();
   batch->reserve(kBatch);
-  m_changed.notify_all();
+  if (m_queue.size() == 1) m_changed.notify_all();  // the reader may wait for it
   return true;
 }
 
@@ -64,7 +68,7 @@ const SelectedRecord* RecordsAhead::Next() {
     m_taken = std::move(m_queue.front());
     m_queue.pop_front();
     m_takenAt = 0;
-    m_changed.notify_all();
+    if (m_queue.size() == kAhead / kBatch / 2) m_changed.notify_all();
   }
   const Slot& slot = m_taken[m_takenAt++];
   return slot.endOfPass ? nullptr : &slot.record;

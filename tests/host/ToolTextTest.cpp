@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdint>
 #include <string>
 
 #include "host/common/JsonWriter.h"
@@ -39,6 +40,12 @@ TEST(ToolTextTest, JsonEscapesAsRfc8259RequiresAndKeepsOnlyValidUtf8) {
   JsonWriter::AppendMilliseconds(millis += ' ', 1003125);
   JsonWriter::AppendMilliseconds(millis += ' ', 1);
   EXPECT_EQ(millis, "7 1003.125 0.001");
+  std::string numbers;
+  for (uint64_t value : {0ull, 9ull, 10ull, 99ull, 100ull, 4294967295ull, 4294967296ull,
+                         18446744073709551615ull}) {
+    JsonWriter::AppendUnsigned(numbers += ' ', value);
+  }
+  EXPECT_EQ(numbers, " 0 9 10 99 100 4294967295 4294967296 18446744073709551615");
 }
 
 TEST(ToolTextTest, TerminalTextLeavesNoControlByteRaw) {
