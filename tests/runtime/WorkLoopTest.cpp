@@ -23,7 +23,11 @@ using Names = std::vector<std::string>;
 uint32_t LongMs() { return pelorin_test::ScaledMs(10000); }
 
 std::atomic<uint32_t> g_ticks{0};  // the clock of loops built with TestTicks
-uint32_t TestTicks() { return g_ticks.load(); }
+std::atomic<uint32_t> g_tickReads{0};
+uint32_t TestTicks() {
+  g_tickReads += 1;
+  return g_ticks.load();
+}
 
 std::mutex g_logLock;
 Names g_log;  // the names of the handlers executed, in order
@@ -83,7 +87,8 @@ TEST_F(WorkLoopTest, StopRunsTheQueueInOrderDelayedItemsAtOnceThenTheFinalHandle
   loop.Start();
   loop.Post(&blocker, 0);
   ASSERT_TRUE(entered.TimedWait(LongMs()));
-  loop.Post(&first, 16);
+  const uint32_t firstId = loop.Post(&first, 16);
+  EXPECT_EQ(loop.Remove(firstId, nullptr), 3);  // only the loop's own thread removes
   loop.Post(&high, 20);
   loop.Cancel(loop.Post(&cancelled, 30));
   loop.Cancel(loop.PostDelayed(&cancelled, 1000000, 30));
@@ -141,6 +146,21 @@ TEST_F(WorkLoopTest, LongDelaysWaitTheirFullLength) {
     for (uint32_t early : {0u, 0x7FFFFFFFu, delay - 1}) EXPECT_EQ(executedAt(early), 0) << early;
     EXPECT_EQ(executedAt(delay), 1) << delay;
   }
+}
+
+// Waiting for a delayed item, the loop sleeps until it is due (or woken)
+// instead of reading its clock over and over. Upper bound only: a slow or
+// busy machine reads it less often still.
+TEST_F(WorkLoopTest, AWaitForADelayedItemSleeps) {
+  TestHandler delayed;
+  WorkLoop loop(&TestTicks);
+  loop.PostDelayed(&delayed, 20, 1);
+  loop.Start();
+  g_tickReads = 0;
+  SleepMs(200);
+  EXPECT_LT(g_tickReads.load(), 100u);  // about 10 waits of 20 ms; thousands when spinning
+  g_ticks = 20;
+  EXPECT_TRUE(delayed.executedEvent.TimedWait(LongMs()));
 }
 
 // Any thread may remove from a loop that never started. Stop only records
