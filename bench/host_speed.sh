@@ -4,7 +4,8 @@
 # /dev/null, and pelorin-check (found beside pelorin-host) checks the same
 # file. Prints records per second and MB per second beside the time `wc -l`
 # needs to read the file, and the host's peak resident memory. Each program
-# runs three times on a warm page cache; the best run counts.
+# runs five times on a warm page cache, taking turns with the baseline; the
+# best run counts (on a shared machine the slowest runs say little).
 #
 #   bench/host_speed.sh [PELORIN_HOST] [RECORDS] [BASELINE_BIN]
 #
@@ -76,7 +77,7 @@ PY
 }
 
 wc_s="" host_s="" check_s="" old_host_s="" old_check_s=""
-for _ in 1 2 3; do
+for _ in 1 2 3 4 5; do
   wc_s=$(smaller "$wc_s" "$(seconds_of wc -l "$events")")
   host_s=$(smaller "$host_s" "$(seconds_of "$host" --batched --json "$events")")
   if [ -x "$check" ]; then check_s=$(smaller "$check_s" "$(seconds_of "$check" "$events")"); fi

@@ -8,6 +8,16 @@
 namespace PelorinCheck {
 namespace {
 
+// An optional sign and one digit or more, nothing else.
+bool IsSignedDigitRun(const std::string& text) {
+  const size_t first = !text.empty() && (text[0] == '+' || text[0] == '-') ? 1 : 0;
+  if (first == text.size()) return false;
+  for (size_t i = first; i < text.size(); ++i) {
+    if (text[i] < '0' || text[i] > '9') return false;
+  }
+  return true;
+}
+
 using PelorinTools::TerminalText;
 using Field = CheckedProducer::Field;
 
@@ -78,13 +88,17 @@ int CheckedProducer::SetField(int field, const std::string& value) {
 
 void CheckedProducer::CheckNumber(const std::string& key, const std::string& value, Field field) {
   int64_t number = 0;
+  const Range range = RangeOf(field);
   if (!Quillan::IntegerText::Convert(value.data(), value.size(), 10, &number)) {
-    Add(DiagnosticKind::kValueNotNumber, key,
+    // Digits beyond 64 bits do not fit any field; anything else is no number.
+    const bool digits = IsSignedDigitRun(value);
+    Add(digits ? DiagnosticKind::kValueOutOfRange : DiagnosticKind::kValueNotNumber, key,
         "value " + TerminalText::Quoted(value, 40) + " of " + TerminalText::Quoted(key) +
-            " is not a decimal number; it is delivered as 0");
+            (digits ? std::string(" does not fit its field (") + range.text + ")"
+                    : std::string(" is not a decimal number")) +
+            "; it is delivered as 0");
     return;
   }
-  const Range range = RangeOf(field);
   if (number >= range.low && number <= range.high) return;
   Add(DiagnosticKind::kValueOutOfRange, key,
       "value " + TerminalText::Quoted(value, 40) + " of " + TerminalText::Quoted(key) +
@@ -115,8 +129,8 @@ void CheckedProducer::CheckBytes(const std::string& key, const std::string& valu
 
 void CheckedProducer::ReportByte(const std::string& key, uint64_t byte, const std::string& token,
                                  bool converts, int64_t number) {
-  const std::string where = "byte " + std::to_string(byte) + " " +
-                            TerminalText::Quoted(token, 40) + " of " + TerminalText::Quoted(key);
+  const std::string where = "byte " + std::to_string(byte) + " " + TerminalText::Quoted(token, 40) +
+                            " of " + TerminalText::Quoted(key);
   if (!converts) {
     Add(DiagnosticKind::kValueNotNumber, key,
         where + " is not a hexadecimal number; it is delivered as 0");
