@@ -148,17 +148,19 @@ TEST_F(WorkLoopTest, LongDelaysWaitTheirFullLength) {
   }
 }
 
-// Waiting for a delayed item, the loop sleeps until it is due (or woken)
-// instead of reading its clock over and over. Upper bound only: a slow or
-// busy machine reads it less often still.
-TEST_F(WorkLoopTest, AWaitForADelayedItemSleeps) {
+// Idle or waiting for a delayed item, the loop sleeps until woken or the
+// item is due instead of reading its clock over and over. Upper bounds
+// only: a slow or busy machine reads it less often still.
+TEST_F(WorkLoopTest, AnIdleOrWaitingLoopSleeps) {
   TestHandler delayed;
   WorkLoop loop(&TestTicks);
-  loop.PostDelayed(&delayed, 20, 1);
   loop.Start();
-  g_tickReads = 0;
-  SleepMs(200);
-  EXPECT_LT(g_tickReads.load(), 100u);  // about 10 waits of 20 ms; thousands when spinning
+  for (uint32_t delay : {0u, 20u}) {  // idle first, then waiting 20 ms at a time
+    if (delay != 0) loop.PostDelayed(&delayed, delay, 1);
+    g_tickReads = 0;
+    SleepMs(200);
+    EXPECT_LT(g_tickReads.load(), 100u) << delay;  // about 10 waits at most; thousands spinning
+  }
   g_ticks = 20;
   EXPECT_TRUE(delayed.executedEvent.TimedWait(LongMs()));
 }
