@@ -1,5 +1,5 @@
 // The provider base: re-entrant write sections that report once at the
-// outermost end, one writer at a time, and the start-up and shut-down traces.
+// outermost end, one writer at a time, and start-up and shut-down.
 
 #include <gtest/gtest.h>
 
@@ -62,10 +62,15 @@ TEST_F(SDDataProviderTest, NestedSectionsReportOnceAtTheOutermostEndInMarkingOrd
   EXPECT_EQ(pool.reports.All(), (std::vector<Ids>{{1, 0, 1}, {0}}));
 }
 
-TEST_F(SDDataProviderTest, StartUpAndShutDownAreTraced) {
+// The host must forget the provider at shut-down: it is freed after.
+TEST_F(SDDataProviderTest, StartUpAndShutDownRegisterWithTheHostAndAreTraced) {
   pelorin_test::TraceCapture capture(2);
   provider.StartUp();
+  ASSERT_EQ(pool.registered.All().size(), 1u);
+  EXPECT_EQ(pool.registered.All()[0].second, kProviderId);
+  EXPECT_TRUE(pool.unregistered.All().empty());
   provider.ShutDown();
+  EXPECT_EQ(pool.unregistered.All(), Ids{kProviderId});
   const auto lines = capture.Lines();
   ASSERT_EQ(lines.size(), 2u);
   EXPECT_EQ(lines[0].channel, "SD_DATAPOOL");

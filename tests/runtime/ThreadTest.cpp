@@ -1,5 +1,5 @@
-// Thread: name, stack, the priority table behind its cell, and a restart
-// once the thread has ended.
+// Thread: name, stack, identity, the priority table behind its cell, and a
+// restart once the thread has ended.
 
 #include "runtime/Thread.h"
 
@@ -45,7 +45,9 @@ TEST(ThreadTest, NameStackAndRestartOnceEnded) {
   EXPECT_EQ(thread.GetState(), Thread::kCreated);
   char systemName[64] = {};
   size_t stackSize = 0;
+  std::atomic<bool> knowsItself{false};
   client.body = [&](Thread& self) {
+    knowsItself = self.IsCurrentThread() && !self.IsOtherThread();
     pthread_getname_np(pthread_self(), systemName, sizeof(systemName));
     pthread_attr_t attributes;
     pthread_getattr_np(pthread_self(), &attributes);
@@ -58,7 +60,10 @@ TEST(ThreadTest, NameStackAndRestartOnceEnded) {
   client.stopped.Reset();
   thread.Start();  // that thread has ended (a work loop stopped on it): a new one starts
   ASSERT_TRUE(client.stopped.TimedWait(LongMs()));
+  EXPECT_TRUE(thread.IsOtherThread());  // until joined, the ended thread is the one
   thread.Stop();
+  EXPECT_TRUE(knowsItself);
+  EXPECT_FALSE(thread.IsOtherThread() || thread.IsCurrentThread());  // joined: no thread
   EXPECT_EQ(client.runs, 2);
   EXPECT_STREQ(systemName, "Quillan::DataPl");  // the system keeps 15 characters
 #if defined(__SANITIZE_THREAD__) || defined(__SANITIZE_ADDRESS__)
