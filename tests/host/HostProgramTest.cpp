@@ -4,7 +4,6 @@
 // pace of playback and the controls.
 
 #include <gtest/gtest.h>
-#include <signal.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -75,24 +74,6 @@ TEST(HostEndToEnd, LibraryWithoutTheEntryPointsIsNoModule) {
                     &host),
             kUnusable);
   EXPECT_NE(host.Stderr().find("hmi_setInterface"), std::string::npos) << host.Stderr();
-  EXPECT_TRUE(host.TempDirEmpty());
-}
-
-TEST(HostEndToEnd, TimeoutAndTerminationShutDownCleanly) {
-  TestFolder folder;
-  const std::string events = folder.Write("events", kEvents);
-  // Paused interactive playback never ends by itself.
-  ToolProcess timed;
-  ASSERT_EQ(RunHost({"--json", "--quiet", "--paused", "--timeout", "0.5", events}, &timed), kTimeout);
-  EXPECT_EQ(timed.Stderr(), "");
-  EXPECT_TRUE(timed.ItemsOfType("tmc").empty());
-  EXPECT_TRUE(timed.TempDirEmpty());
-
-  ToolProcess host;
-  ASSERT_TRUE(host.Start(PELORIN_HOST_PROGRAM, {"--json", "--paused", events}));
-  host.Drain(ScaledMs(300));
-  host.Signal(SIGTERM);
-  EXPECT_EQ(host.Wait(ScaledMs(10000)), 128 + SIGTERM);
   EXPECT_TRUE(host.TempDirEmpty());
 }
 

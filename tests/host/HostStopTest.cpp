@@ -25,7 +25,7 @@ std::string BlockedRecording() {
 void ExpectNothingAfterTheStop(const std::string& events, int stop) {
   ToolProcess host;
   std::vector<std::string> args = {"--json", "--batched", "--tpeg-offline", events};
-  if (stop == 0) args.insert(args.begin(), {"--timeout", "0.2"});
+  if (stop == 0) args.insert(args.begin(), {"--quiet", "--timeout", "0.2"});
   ASSERT_TRUE(host.Start(PELORIN_HOST_PROGRAM, args));
   host.CloseInput();
   if (stop != 0) {
@@ -39,6 +39,9 @@ void ExpectNothingAfterTheStop(const std::string& events, int stop) {
   EXPECT_TRUE(host.ItemsOfType("tmc").empty()) << host.ItemsOfType("tmc").size() << " after "
                                                << stop;
   EXPECT_TRUE(host.ItemsOfType("finished").empty());
+  if (stop == 0) {
+    EXPECT_EQ(host.Stderr(), "");  // a timeout is no error
+  }
   EXPECT_TRUE(host.TempDirEmpty());
 }
 
