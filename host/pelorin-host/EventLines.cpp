@@ -119,14 +119,22 @@ bool EventLines::EndLine(const char** bytes, bool* lineEnds) {
   return true;
 }
 
-bool EventLines::Next(std::string* line) {
-  line->clear();
+bool EventLines::Next(std::string_view* line) {
   const char* bytes = nullptr;
   size_t size = 0;
   bool lineEnds = false;
+  if (!NextPiece(&bytes, &size, &lineEnds)) return false;
+  if (lineEnds) {
+    *line = std::string_view(bytes, size);
+    return true;
+  }
+  m_gathered.assign(bytes, size);
   while (NextPiece(&bytes, &size, &lineEnds)) {
-    line->append(bytes, size);
-    if (lineEnds) return true;
+    m_gathered.append(bytes, size);
+    if (lineEnds) {
+      *line = m_gathered;
+      return true;
+    }
   }
   return false;
 }

@@ -4,12 +4,13 @@
 // a lone CR the next byte starts the next line as data, even when it is a
 // CR, and is lost when the file ends right after it), counting them from 1.
 // NextPiece hands out a line in runs of a fixed buffer (constant memory
-// whatever the line's length); Next gathers a whole line. Owns its
-// descriptor; used by one thread at a time.
+// whatever the line's length); Next gives a whole line, in place where it
+// lies in one buffer run. Owns its descriptor; used by one thread at a time.
 
 #include <cstddef>
 #include <cstdint>
 #include <string>
+#include <string_view>
 
 namespace PelorinHost {
 
@@ -30,8 +31,9 @@ class EventLines {
   // `lineEnds` when the line ends after it. False at the end of the file or
   // at a read error (ReadError); a line begun but not ended then is not one.
   bool NextPiece(const char** bytes, size_t* size, bool* lineEnds);
-  // The next line without its line end; false as NextPiece.
-  bool Next(std::string* line);
+  // The next line without its line end, valid until the next call; false
+  // as NextPiece.
+  bool Next(std::string_view* line);
   // 1-based number of the line that ended last.
   uint64_t Number() const { return m_number; }
   // File offset of the first byte of the last piece.
@@ -56,6 +58,7 @@ class EventLines {
   char m_pushedByte = 0;
   uint64_t m_number = 0;
   int m_error = 0;
+  std::string m_gathered;  // a line that spans buffer runs
 };
 
 }  // namespace PelorinHost

@@ -7,6 +7,7 @@
 
 #include <cerrno>
 #include <cstring>
+#include <string_view>
 
 namespace PelorinHost {
 
@@ -44,7 +45,7 @@ class PrivateEvents::Writer {
   }
 
  private:
-  void Line(const std::string& text) {
+  void Line(std::string_view text) {
     const bool crFirst = !text.empty() && text[0] == '\r';
     if (m_started) {
       m_buffer += crFirst ? '\r' : '\n';

@@ -66,6 +66,26 @@ bool IsJsonNumber(const std::string& text) {
   return i == n;
 }
 
+// Digits with at most one decimal point between digits, no leading zero:
+// valid JSON as written, and (short enough to convert) a finite number.
+bool IsPlainJsonNumber(const std::string& text) {
+  const size_t n = text.size();
+  if (n == 0 || n > kMaxNumberText) return false;
+  size_t i = 0;
+  if (text[0] == '0') {
+    i = 1;
+  } else {
+    while (i < n && text[i] >= '0' && text[i] <= '9') ++i;
+    if (i == 0) return false;
+  }
+  if (i < n && text[i] == '.') {
+    const size_t point = i++;
+    while (i < n && text[i] >= '0' && text[i] <= '9') ++i;
+    if (i == point + 1) return false;
+  }
+  return i == n;
+}
+
 // The shortest text that reads back as `value`.
 std::string ShortestText(double value) {
   char text[40];
@@ -118,18 +138,20 @@ bool RecordTime::Parse(const std::string& text, double* seconds) {
   return Convert(trimmed, seconds);
 }
 
-std::string RecordTime::JsonNumber(const std::string& text) {
+void RecordTime::MakeJsonNumber(std::string* text) {
   // Most recordings write plain numbers: keep them without converting.
-  double plain = 0.0;
-  if (PlainDecimal(text, &plain) && IsJsonNumber(text)) return text;
+  if (IsPlainJsonNumber(*text)) return;
   double seconds = 0.0;
-  if (!Parse(text, &seconds)) return "0";
-  std::string written = Trimmed(text);
+  if (!Parse(*text, &seconds)) {
+    *text = "0";
+    return;
+  }
+  std::string written = Trimmed(*text);
   for (char& c : written) {
     if (c == ',') c = '.';
   }
   if (!written.empty() && written[0] == '+') written.erase(0, 1);
-  return IsJsonNumber(written) ? written : ShortestText(seconds);
+  *text = IsJsonNumber(written) ? written : ShortestText(seconds);
 }
 
 }  // namespace PelorinHost

@@ -45,8 +45,8 @@ void RecordsAhead::Walk() {
     uint64_t records = 0;
     Slot slot;
     while (going && m_records.Next(&slot.record)) {
-      slot.record.text.clear();
-      slot.record.timeText = RecordTime::JsonNumber(slot.record.timeText);
+      slot.record.text = {};
+      RecordTime::MakeJsonNumber(&slot.record.timeText);
       batch.push_back(slot);
       ++records;
       if (batch.size() >= kBatch) going = Hand(&batch);

@@ -33,7 +33,7 @@ class RecordsAhead {
   void Stop();
 
   // The next record of the pass (its text left empty, its time text made a
-  // JSON number, RecordTime::JsonNumber), valid until the next call; null at
+  // JSON number, RecordTime::MakeJsonNumber), valid until the next call; null at
   // the end of the pass, after which the next pass follows, or when nothing
   // follows.
   const SelectedRecord* Next();

@@ -21,14 +21,13 @@ bool SelectedRecords::Rewind() {
   return m_lines.Rewind();
 }
 
-bool SelectedRecords::Split(const std::string& text, std::string* timeText, std::string_view* tag,
+bool SelectedRecords::Split(std::string_view line, std::string* timeText, std::string_view* tag,
                             std::string_view* payload) {
-  const std::string_view line(text);
   const size_t blank = line.find(' ');
   if (blank == std::string_view::npos || blank == 0) return false;
   const size_t tagEnd = std::min(line.find(' ', blank + 1), line.size());
   if (tagEnd == blank + 1) return false;
-  timeText->assign(text, 0, blank);
+  timeText->assign(line.data(), blank);
   *tag = line.substr(blank + 1, tagEnd - blank - 1);
   *payload = tagEnd + 1 < line.size() ? line.substr(tagEnd + 1) : std::string_view();
   // The module's payload ends at a NUL byte.

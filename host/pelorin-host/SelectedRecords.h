@@ -19,7 +19,8 @@ namespace PelorinHost {
 
 struct SelectedRecord {
   uint64_t line = 0;
-  std::string text;      // the line as in the file, without its line end
+  std::string_view text;  // the line as in the file, without its line end;
+                          // valid until the next record is read
   std::string timeText;  // the bytes before the first blank
   std::string tag;
   double time = 0.0;     // as the module reads it; 0 when not a number
@@ -38,7 +39,7 @@ class SelectedRecords {
 
  private:
   // Splits a line as the module does; false for a line it rejects.
-  static bool Split(const std::string& text, std::string* timeText, std::string_view* tag,
+  static bool Split(std::string_view line, std::string* timeText, std::string_view* tag,
                     std::string_view* payload);
 
   const Selection& m_selection;
