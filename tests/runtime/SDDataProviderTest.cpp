@@ -78,6 +78,25 @@ TEST_F(SDDataProviderTest, StartUpAndShutDownRegisterWithTheHostAndAreTraced) {
   EXPECT_EQ(lines[1].text, "SDDataProvider::ShutDown() providerID=177");
 }
 
+// A write section is one thread's until it ends: a writer of another
+// thread that arrives while it is open does not take it for a nested one.
+TEST_F(SDDataProviderTest, AWriterOfAnotherThreadWaitsForAnOpenSection) {
+  std::atomic<bool> secondIn{false};
+  provider.LockWrite();
+  std::thread second([&] {
+    provider.LockWrite();
+    secondIn = true;
+    provider.Store(1);
+    provider.UnlockWrite();
+  });
+  SleepMs(50);  // every chance to get in
+  EXPECT_FALSE(secondIn);
+  provider.Store(0);
+  provider.UnlockWrite();
+  second.join();
+  EXPECT_EQ(pool.reports.All(), (std::vector<Ids>{{0}, {1}}));
+}
+
 // While the first writer's report is delivered, a reader of another thread
 // gets in, but a second writer waits until the report is done.
 TEST_F(SDDataProviderTest, ReportIsDeliveredOutsideTheReadLockButInsideTheWriteGate) {
