@@ -255,11 +255,6 @@ int64_t Reporter::RecordTime() const {
   return tick > 0 ? tick : 0;
 }
 
-void Reporter::SetFileScan(const ScanResult& scan) {
-  m_scan = scan;
-  m_scanKnown = true;
-}
-
 void Reporter::Tmc(const Quillan::TmcMessageData& message) {
   ItemOrigin origin;
   const bool known = Locate(ItemKind::kTmc, &origin);
@@ -493,7 +488,8 @@ PlaybackSummary Reporter::Summary(bool now) {
 }
 
 const ScanResult& Reporter::FileScan() {
-  return m_pendingScan != nullptr ? m_pendingScan->Result() : m_scan;
+  static const ScanResult kNone;
+  return m_pendingScan != nullptr ? m_pendingScan->Result() : kNone;
 }
 
 void Reporter::Finished() {
@@ -508,7 +504,7 @@ void Reporter::Finished() {
   if (m_json) {
     JsonWriter& json = ThreadWriter();
     BeginItem(json, "finished");
-    if (m_scanKnown) {
+    if (m_pendingScan != nullptr) {
       json.Key("complete");
       json.Bool(scan.complete);
       json.Key("records");
@@ -527,7 +523,7 @@ void Reporter::Finished() {
   }
   std::string& line = ThreadLine();
   BeginReadable(line, "finished");
-  if (m_scanKnown) {
+  if (m_pendingScan != nullptr) {
     line += scan.complete ? " complete=true" : " complete=false";
     AppendField(line, "records", scan.records);
     if (!scan.complete) {

@@ -54,13 +54,9 @@ class Reporter {
   void Event(uint32_t id);
   void Trace(const char* channel, int level, const char* text);
   // Tells, with every "finished" item, whether playback reached the end of
-  // the file. Called by the main thread before the module starts.
-  void SetFileScan(const ScanResult& scan);
-  // The same from a scan still under way: the "finished" item waits for it.
-  void AwaitFileScan(BackgroundScan* scan) {
-    m_pendingScan = scan;
-    m_scanKnown = true;
-  }
+  // the file, from a scan that may still be under way: the item waits for
+  // it. Called by the main thread before the module starts.
+  void AwaitFileScan(BackgroundScan* scan) { m_pendingScan = scan; }
   // The module reported the end of playback: the "finished" item with the
   // run's figures so far.
   void Finished();
@@ -100,9 +96,7 @@ class Reporter {
   // 32-bit atomics: lock-free on the 32-bit ARM head unit too.
   std::atomic<uint32_t> m_records{0};
   std::atomic<int32_t> m_tickTime{0};
-  ScanResult m_scan;
-  BackgroundScan* m_pendingScan = nullptr;  // when set, the scan told instead of m_scan
-  bool m_scanKnown = false;
+  BackgroundScan* m_pendingScan = nullptr;  // null: "finished" tells no scan
   std::mutex m_summaryLock;
   PlaybackSummary m_finished;  // guarded by m_summaryLock
   bool m_finishedKnown = false;  // guarded by m_summaryLock
