@@ -125,5 +125,22 @@ TEST(DelayedListTest, HeadFollowsDueOrderWithTiesInPostingOrderThroughEveryChang
   }
 }
 
+// A delay beyond the longest step waits in steps; after each step the item
+// goes back behind items due sooner, and in all it waits its whole delay.
+TEST(DelayedListTest, ALongDelayStepsBackBehindItemsDueSooner) {
+  WorkItem longItem, shortItem;
+  DelayedList list;
+  DelayedList::Arm(&longItem, 0, 0xFFFFFFFFu);
+  ASSERT_TRUE(list.Reserve());
+  list.Insert(&longItem);
+  DelayedList::Arm(&shortItem, 0x7FFFFFF0u, 100);
+  ASSERT_TRUE(list.Reserve());
+  list.Insert(&shortItem);
+  EXPECT_EQ(list.PopDue(0x7FFFFFFFu, false), nullptr);
+  EXPECT_EQ(list.PopDue(0x80000054u, false), &shortItem);
+  EXPECT_EQ(list.PopDue(0xFFFFFFFEu, false), nullptr);
+  EXPECT_EQ(list.PopDue(0xFFFFFFFFu, false), &longItem);
+}
+
 }  // namespace
 }  // namespace Quillan
