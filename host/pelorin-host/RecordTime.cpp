@@ -66,24 +66,11 @@ bool IsJsonNumber(const std::string& text) {
   return i == n;
 }
 
-// Digits with at most one decimal point between digits, no leading zero:
-// valid JSON as written, and (short enough to convert) a finite number.
+// Digits and a decimal point only, valid JSON as written, and short enough
+// to convert: a finite number that needs no rewriting.
 bool IsPlainJsonNumber(const std::string& text) {
-  const size_t n = text.size();
-  if (n == 0 || n > kMaxNumberText) return false;
-  size_t i = 0;
-  if (text[0] == '0') {
-    i = 1;
-  } else {
-    while (i < n && text[i] >= '0' && text[i] <= '9') ++i;
-    if (i == 0) return false;
-  }
-  if (i < n && text[i] == '.') {
-    const size_t point = i++;
-    while (i < n && text[i] >= '0' && text[i] <= '9') ++i;
-    if (i == point + 1) return false;
-  }
-  return i == n;
+  return text.size() <= kMaxNumberText &&
+         text.find_first_not_of("0123456789.") == std::string::npos && IsJsonNumber(text);
 }
 
 // The shortest text that reads back as `value`.

@@ -487,11 +487,6 @@ PlaybackSummary Reporter::Summary(bool now) {
   return SummaryNow();
 }
 
-const ScanResult& Reporter::FileScan() {
-  static const ScanResult kNone;
-  return m_pendingScan != nullptr ? m_pendingScan->Result() : kNone;
-}
-
 void Reporter::Finished() {
   if (m_origins != nullptr) m_origins->EndOfPass();
   const PlaybackSummary summary = SummaryNow();
@@ -500,20 +495,20 @@ void Reporter::Finished() {
     m_finished = summary;
     m_finishedKnown = true;
   }
-  const ScanResult& scan = FileScan();
+  const ScanResult* scan = m_pendingScan != nullptr ? &m_pendingScan->Result() : nullptr;
   if (m_json) {
     JsonWriter& json = ThreadWriter();
     BeginItem(json, "finished");
-    if (m_pendingScan != nullptr) {
+    if (scan != nullptr) {
       json.Key("complete");
-      json.Bool(scan.complete);
+      json.Bool(scan->complete);
       json.Key("records");
-      json.Uint(scan.records);
-      if (!scan.complete) {
+      json.Uint(scan->records);
+      if (!scan->complete) {
         json.Key("stopLine");
-        json.Uint(scan.stopLine);
+        json.Uint(scan->stopLine);
         json.Key("reason");
-        json.String(scan.reason);
+        json.String(scan->reason);
       }
       summary.AppendJson(json);
     }
@@ -523,13 +518,13 @@ void Reporter::Finished() {
   }
   std::string& line = ThreadLine();
   BeginReadable(line, "finished");
-  if (m_pendingScan != nullptr) {
-    line += scan.complete ? " complete=true" : " complete=false";
-    AppendField(line, "records", scan.records);
-    if (!scan.complete) {
-      AppendField(line, "stopLine", scan.stopLine);
+  if (scan != nullptr) {
+    line += scan->complete ? " complete=true" : " complete=false";
+    AppendField(line, "records", scan->records);
+    if (!scan->complete) {
+      AppendField(line, "stopLine", scan->stopLine);
       line += " reason=";
-      AppendQuoted(line, scan.reason);
+      AppendQuoted(line, scan->reason);
     }
     summary.AppendFields(line);
   }

@@ -87,7 +87,6 @@ class Reporter {
   void OriginFields(PelorinTools::JsonWriter& json, const ItemOrigin& origin) const;
   void OriginFields(std::string& line, const ItemOrigin& origin) const;
   PlaybackSummary SummaryNow() const;
-  const ScanResult& FileScan();
 
   Output& m_output;
   const bool m_json;

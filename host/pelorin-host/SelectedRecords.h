@@ -21,9 +21,9 @@ struct SelectedRecord {
   uint64_t line = 0;
   std::string_view text;  // the line as in the file, without its line end;
                           // valid until the next record is read
-  std::string timeText;  // the bytes before the first blank
+  std::string timeText;   // the bytes before the first blank
   std::string tag;
-  double time = 0.0;     // as the module reads it; 0 when not a number
+  double time = 0.0;  // as the module reads it; 0 when not a number
   RecordYield yield;
 };
 
