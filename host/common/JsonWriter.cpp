@@ -19,6 +19,22 @@ inline bool IsPlain(unsigned char byte) {
   return byte >= 0x20 && byte < 0x7f && byte != '"' && byte != '\\';
 }
 
+// Decimal digits of `value`: a few comparisons for the values that records
+// hold, which fit 32 bits; a loop only above.
+size_t DigitCount(uint64_t value) {
+  if (value > 0xffffffffu) {
+    size_t size = 10;
+    for (uint64_t power = 10000000000u; size < 20 && value >= power; power *= 10) ++size;
+    return size;
+  }
+  const uint32_t small = static_cast<uint32_t>(value);
+  if (small < 100000u) {
+    return small < 100u ? (small < 10u ? 1 : 2) : small < 1000u ? 3 : small < 10000u ? 4 : 5;
+  }
+  if (small < 10000000u) return small < 1000000u ? 6 : 7;
+  return small < 100000000u ? 8 : small < 1000000000u ? 9 : 10;
+}
+
 }  // namespace
 
 void JsonWriter::AppendEscaped(std::string& out, const char* data, size_t size) {
@@ -87,8 +103,7 @@ char* JsonWriter::PutUnsigned(char* out, uint64_t value) {
       "00010203040506070809101112131415161718192021222324252627282930313233343536373839"
       "40414243444546474849505152535455565758596061626364656667686970717273747576777879"
       "8081828384858687888990919293949596979899";
-  size_t size = 1;
-  for (uint64_t power = 10; size < 20 && value >= power; power *= 10) ++size;
+  const size_t size = DigitCount(value);
   char* digit = out + size;
   while (value > 0xffffffffu) {
     *--digit = static_cast<char>('0' + value % 10);
@@ -213,7 +228,7 @@ void JsonWriter::Uint(uint64_t value) {
   AppendUnsigned(m_text, value);
 }
 
-void JsonWriter::Number(const std::string& text) {
+void JsonWriter::Number(std::string_view text) {
   BeforeValue();
   m_text += text;
 }

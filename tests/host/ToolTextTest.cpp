@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 #include "host/common/JsonWriter.h"
 #include "host/common/TerminalText.h"
@@ -40,12 +41,17 @@ TEST(ToolTextTest, JsonEscapesAsRfc8259RequiresAndKeepsOnlyValidUtf8) {
   JsonWriter::AppendMilliseconds(millis += ' ', 1003125);
   JsonWriter::AppendMilliseconds(millis += ' ', 1);
   EXPECT_EQ(millis, "7 1003.125 0.001");
-  std::string numbers;
-  for (uint64_t value : {0ull, 9ull, 10ull, 99ull, 100ull, 4294967295ull, 4294967296ull,
-                         18446744073709551615ull}) {
-    JsonWriter::AppendUnsigned(numbers += ' ', value);
+  // Either side of every change in the number of digits, and the ends.
+  std::vector<uint64_t> values = {UINT64_MAX, UINT32_MAX, uint64_t{UINT32_MAX} + 1};
+  uint64_t power = 1;
+  for (int digits = 1; digits <= 20; ++digits, power *= 10) {
+    values.insert(values.end(), {power - 1, power, power + 1});
   }
-  EXPECT_EQ(numbers, " 0 9 10 99 100 4294967295 4294967296 18446744073709551615");
+  for (uint64_t value : values) {
+    std::string text;
+    JsonWriter::AppendUnsigned(text, value);
+    EXPECT_EQ(text, std::to_string(value));
+  }
 }
 
 TEST(ToolTextTest, TerminalTextLeavesNoControlByteRaw) {
