@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <memory>
+#include <string_view>
 
 #include "CITypesFactory.h"
 #include "OnlineTrafficService.h"
@@ -12,7 +13,7 @@
 namespace Quillan {
 namespace {
 
-const char kTotTag[] = "$TOT";
+const std::string_view kTotTag = "$TOT";
 const uint32_t kNoLimit = 0;
 
 // A zero period would let a wait spin without ever counting time.
@@ -44,7 +45,7 @@ OnlineTrafficProducer::~OnlineTrafficProducer() = default;
 
 int OnlineTrafficProducer::OnRecord(uint32_t time, const std::string& tag,
                                     const std::string& payload) {
-  if (tag != kTotTag) return kNotHandled;
+  if (std::string_view(tag) != kTotTag) return kNotHandled;
   const TotCall call = TotCall::Parse(payload);
   if (call.method.empty()) return kEmptyMethod;
   m_currentTime = time;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <memory>
+#include <string_view>
 
 #include "producers/PayloadProducer.h"
 #include "producers/TmcMessageProducer.h"
@@ -10,14 +11,14 @@
 namespace Quillan {
 namespace {
 
-const char kTmcTag[] = "$TMC";
-const char kServiceListTag[] = "$TSL";
+const std::string_view kTmcTag = "$TMC";
+const std::string_view kServiceListTag = "$TSL";
 
 }  // namespace
 
 RecordDispatcher::RecordDispatcher() {
-  RegisterProducer(kServiceListTag, new TmcServiceListProducer());
-  RegisterProducer(kTmcTag, new TmcMessageProducer());
+  RegisterProducer(std::string(kServiceListTag), new TmcServiceListProducer());
+  RegisterProducer(std::string(kTmcTag), new TmcMessageProducer());
 }
 
 RecordDispatcher::~RecordDispatcher() {
@@ -48,7 +49,7 @@ int RecordDispatcher::OnRecord(uint32_t time, const std::string& tag, const std:
   if (producer == nullptr) return 1;
   std::unique_ptr<ProducedMessage> message = producer->Parse(payload);
   if (!message) return 1;
-  if (tag == kTmcTag) m_lastTmcTime.store(time, std::memory_order_relaxed);
+  if (std::string_view(tag) == kTmcTag) m_lastTmcTime.store(time, std::memory_order_relaxed);
   for (TrafficDataListener* listener : m_listeners) message->DeliverTo(*listener);
   return 0;
 }
@@ -60,12 +61,20 @@ void RecordDispatcher::RegisterProducer(const std::string& tag, PayloadProducer*
       m_ownedProducers.end()) {
     m_ownedProducers.push_back(producer);
   }
-  m_producers[tag] = producer;
+  for (auto& entry : m_producers) {
+    if (entry.first == tag) {
+      entry.second = producer;
+      return;
+    }
+  }
+  m_producers.emplace_back(tag, producer);
 }
 
 PayloadProducer* RecordDispatcher::FindProducer(const std::string& tag) const {
-  const auto found = m_producers.find(tag);
-  return found == m_producers.end() ? nullptr : found->second;
+  for (const auto& entry : m_producers) {
+    if (entry.first == tag) return entry.second;
+  }
+  return nullptr;
 }
 
 }  // namespace Quillan

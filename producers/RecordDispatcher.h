@@ -9,8 +9,8 @@
 
 #include <atomic>
 #include <cstdint>
-#include <map>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "producers/RecordConsumer.h"
@@ -46,7 +46,8 @@ class RecordDispatcher : public TrafficListenerRegistry, public RecordConsumer {
 
  private:
   std::vector<TrafficDataListener*> m_listeners;
-  std::map<std::string, PayloadProducer*> m_producers;
+  // Tag and producer; a handful, so a search in order beats a tree.
+  std::vector<std::pair<std::string, PayloadProducer*>> m_producers;
   std::vector<PayloadProducer*> m_ownedProducers;
   std::atomic<uint32_t> m_lastTmcTime{0};
 };
