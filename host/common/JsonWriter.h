@@ -10,6 +10,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <string>
+#include <string_view>
 
 namespace PelorinTools {
 
@@ -35,7 +36,7 @@ class JsonWriter {
   void Null();
   void Bool(bool value);
   // A number already written as JSON wants it (the caller checked it).
-  void Number(const std::string& text);
+  void Number(std::string_view text);
   // Milliseconds given in microseconds, written as a number with up to three
   // decimals ("12.5", "7", "1003.125").
   void Milliseconds(uint64_t micros);

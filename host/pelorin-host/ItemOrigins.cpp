@@ -25,7 +25,6 @@ bool ItemOrigins::Pass() {
 }
 
 bool ItemOrigins::Find(ItemKind kind, ItemOrigin* origin) {
-  std::lock_guard<std::mutex> guard(m_lock);
   bool wrapped = false;
   for (;;) {
     if (!Pass()) {
@@ -44,14 +43,12 @@ bool ItemOrigins::Find(ItemKind kind, ItemOrigin* origin) {
 }
 
 void ItemOrigins::EndOfPass() {
-  std::lock_guard<std::mutex> guard(m_lock);
   while (Pass()) {
   }
   ++m_pass;
 }
 
 RecordTally ItemOrigins::Tally() {
-  std::lock_guard<std::mutex> guard(m_lock);
   RecordTally tally = m_tally;
   if (m_passStarted) tally.spanSeconds += m_passLast - m_passFirst;
   return tally;

@@ -8,14 +8,16 @@
 // pass begins when the walk has passed the last record. Every record passed
 // is counted in a RecordTally (per tag, dropped, recorded time played).
 // Constant memory; the recording is read ahead on the thread of RecordsAhead.
-// Find and EndOfPass are called on the module's work-loop thread (Find also
-// on the answering thread of the online traffic service while it drains);
-// serialised by a lock. Line and Clock may be read from any thread.
+// Find, EndOfPass and Tally are called on the module's work-loop thread
+// (Find also on the answering thread of the online traffic service while it
+// drains) and at the end on the main thread; not thread-safe: the Reporter
+// calls them holding an Output::Line, so that items go out in the order
+// their origins were found. Line and Clock may be read from any thread.
 
 #include <atomic>
 #include <cstdint>
-#include <mutex>
 #include <string>
+#include <string_view>
 
 #include "PlaybackSummary.h"
 #include "RecordYield.h"
@@ -27,7 +29,7 @@ namespace PelorinHost {
 
 struct ItemOrigin {
   uint64_t line = 0;
-  std::string recordTime;  // a JSON number
+  std::string_view recordTime;  // a JSON number, valid until the next Find
   uint32_t pass = 1;
 };
 
@@ -53,7 +55,6 @@ class ItemOrigins {
   // The next record of the walk, counted; false at the end of a pass.
   bool Pass();
 
-  std::mutex m_lock;
   RecordsAhead m_records;
   const SelectedRecord* m_record = nullptr;  // the record last passed, held by m_records
   uint32_t m_pass = 1;

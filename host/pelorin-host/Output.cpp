@@ -34,9 +34,28 @@ int Output::WriteAll(int fd, const char* data, size_t size) {
 void Output::WriteLine(const char* line, size_t size) {
   if (m_refusing.load()) return;
   std::lock_guard<std::mutex> guard(m_lock);
-  if (m_closed) return;
-  EraseStatusLocked();
+  const size_t start = m_buffer.size();
   m_buffer.append(line, size);
+  EndLineLocked(start);
+}
+
+Output::Line::Line(Output& output)
+    : m_output(output), m_guard(output.m_lock), m_start(output.m_buffer.size()) {}
+
+Output::Line::~Line() { m_output.EndLineLocked(m_start); }
+
+void Output::EndLineLocked(size_t start) {
+  if (m_closed || m_refusing.load() || m_buffer.size() == start) {
+    m_buffer.resize(start);
+    return;
+  }
+  if (m_statusShown) {
+    // The status line goes before the item does; the item stays for later.
+    const std::string line = m_buffer.substr(start);
+    m_buffer.resize(start);
+    EraseStatusLocked();
+    m_buffer += line;
+  }
   m_buffer += '\n';
   if (m_itemsToTerminal || m_buffer.size() >= kBufferSize) FlushLocked();
 }

@@ -26,6 +26,25 @@ class Output {
   Output(const Output&) = delete;
   Output& operator=(const Output&) = delete;
 
+  // One item line made under the output's lock, for items whose making
+  // must keep the order of the lines (the reporter reads each record item's
+  // origin while it holds one). Append to Text(); the destructor ends the
+  // line and writes it as WriteLine would, or drops it when it is empty or
+  // the output refuses lines or is closed. One at a time per thread.
+  class Line {
+   public:
+    explicit Line(Output& output);
+    ~Line();
+    Line(const Line&) = delete;
+    Line& operator=(const Line&) = delete;
+    std::string& Text() { return m_output.m_buffer; }
+
+   private:
+    Output& m_output;
+    std::lock_guard<std::mutex> m_guard;
+    size_t m_start;
+  };
+
   // Writes `line` and a line feed.
   void WriteLine(const char* line, size_t size);
   void WriteLine(const std::string& line) { WriteLine(line.data(), line.size()); }
@@ -57,6 +76,8 @@ class Output {
 
   void FlushLocked();
   void EraseStatusLocked();
+  // Ends the line that began at `start` of the buffer.
+  void EndLineLocked(size_t start);
   // The errno of a failed write, 0 when all was written.
   static int WriteAll(int fd, const char* data, size_t size);
 

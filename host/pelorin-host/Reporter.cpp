@@ -5,10 +5,10 @@
 
 #include "BackgroundScan.h"
 #include "HostClock.h"
+#include "Output.h"
 #include "host/common/JsonWriter.h"
 #include "host/common/TerminalText.h"
 #include "host/common/TimeText.h"
-#include "Output.h"
 
 namespace PelorinHost {
 namespace {
@@ -231,6 +231,8 @@ void AppendHex(std::string& line, uint32_t id) {
 void Reporter::Emit(const std::string& line) { m_output.WriteLine(line); }
 
 bool Reporter::Locate(ItemKind kind, ItemOrigin* origin) {
+  // Every caller holds an Output::Line: one writer at a time.
+  m_records.store(m_records.load(std::memory_order_relaxed) + 1, std::memory_order_relaxed);
   return m_origins != nullptr && m_origins->Find(kind, origin);
 }
 
@@ -256,15 +258,15 @@ int64_t Reporter::RecordTime() const {
 }
 
 void Reporter::Tmc(const Quillan::TmcMessageData& message) {
+  Output::Line out(m_output);
   ItemOrigin origin;
   const bool known = Locate(ItemKind::kTmc, &origin);
-  m_records.fetch_add(1, std::memory_order_relaxed);
   const CIUInt8Array* data = message.tmcData.get();
   if (m_json) {
-    TmcJson(message, known ? &origin : nullptr);
+    TmcJson(out.Text(), message, known ? &origin : nullptr);
     return;
   }
-  std::string& line = ThreadLine();
+  std::string& line = out.Text();
   BeginReadable(line, "tmc");
   if (known) OriginFields(line, origin);
   line += " timeStamp=";
@@ -281,10 +283,10 @@ void Reporter::Tmc(const Quillan::TmcMessageData& message) {
     hex.HexString(data->data(), data->size());
     line.append(hex.Text(), 1, hex.Text().size() - 2);
   }
-  Emit(line);
 }
 
-void Reporter::TmcJson(const Quillan::TmcMessageData& message, const ItemOrigin* origin) {
+void Reporter::TmcJson(std::string& text, const Quillan::TmcMessageData& message,
+                       const ItemOrigin* origin) {
   const CIUInt8Array* data = message.tmcData.get();
   const size_t dataSize = data != nullptr ? data->size() : 0;
   const size_t timeSize = origin != nullptr ? origin->recordTime.size() : 0;
@@ -318,13 +320,13 @@ void Reporter::TmcJson(const Quillan::TmcMessageData& message, const ItemOrigin*
   } else {
     out = Put(out, ",\"tmcData\":null}");
   }
-  m_output.WriteLine(begin, static_cast<size_t>(out - begin));
+  text.append(begin, static_cast<size_t>(out - begin));
 }
 
 void Reporter::ServiceList(const Quillan::ServiceListEntries* entries) {
+  Output::Line out(m_output);
   ItemOrigin origin;
   const bool known = Locate(ItemKind::kServiceList, &origin);
-  m_records.fetch_add(1, std::memory_order_relaxed);
   static const Quillan::ServiceListEntries kEmpty;
   const Quillan::ServiceListEntries& list = entries ? *entries : kEmpty;
   if (m_json) {
@@ -342,10 +344,10 @@ void Reporter::ServiceList(const Quillan::ServiceListEntries* entries) {
     }
     json.EndArray();
     json.EndObject();
-    Emit(json.Text());
+    out.Text() += json.Text();
     return;
   }
-  std::string& line = ThreadLine();
+  std::string& line = out.Text();
   BeginReadable(line, "serviceList");
   if (known) OriginFields(line, origin);
   line += ' ';
@@ -354,13 +356,12 @@ void Reporter::ServiceList(const Quillan::ServiceListEntries* entries) {
   for (const auto& entry : list) {
     if (entry) ReadableEntry(line, *entry);
   }
-  Emit(line);
 }
 
 void Reporter::OnlineTrafficCall(const char* call, const std::vector<CallArgument>& args) {
+  Output::Line out(m_output);
   ItemOrigin origin;
   const bool known = Locate(ItemKind::kOnlineTraffic, &origin);
-  m_records.fetch_add(1, std::memory_order_relaxed);
   if (m_json) {
     JsonWriter& json = ThreadWriter();
     BeginItem(json, "onlineTraffic");
@@ -378,10 +379,10 @@ void Reporter::OnlineTrafficCall(const char* call, const std::vector<CallArgumen
     }
     json.EndArray();
     json.EndObject();
-    Emit(json.Text());
+    out.Text() += json.Text();
     return;
   }
-  std::string& line = ThreadLine();
+  std::string& line = out.Text();
   BeginReadable(line, "onlineTraffic");
   if (known) OriginFields(line, origin);
   line += ' ';
@@ -396,7 +397,6 @@ void Reporter::OnlineTrafficCall(const char* call, const std::vector<CallArgumen
     }
   }
   line += ')';
-  Emit(line);
 }
 
 void Reporter::DataPoolValue(uint32_t id, bool known, int32_t value) {
@@ -474,7 +474,10 @@ void Reporter::Trace(const char* channel, int level, const char* text) {
 PlaybackSummary Reporter::SummaryNow() const {
   PlaybackSummary summary;
   summary.tallyKnown = m_origins != nullptr;
-  if (m_origins != nullptr) summary.tally = m_origins->Tally();
+  if (m_origins != nullptr) {
+    Output::Line none(m_output);
+    summary.tally = m_origins->Tally();
+  }
   summary.wallSeconds = static_cast<double>(HostClock::Micros()) / 1e6;
   return summary;
 }
@@ -488,7 +491,10 @@ PlaybackSummary Reporter::Summary(bool now) {
 }
 
 void Reporter::Finished() {
-  if (m_origins != nullptr) m_origins->EndOfPass();
+  if (m_origins != nullptr) {
+    Output::Line none(m_output);
+    m_origins->EndOfPass();
+  }
   const PlaybackSummary summary = SummaryNow();
   {
     std::lock_guard<std::mutex> guard(m_summaryLock);

@@ -6,8 +6,10 @@
 // record time known). Items that a record produced carry the recording's
 // line and record time (and the pass, when looping) from ItemOrigins.
 // Called from the module's work-loop thread, the online
-// traffic service's thread, the trace sink and the host's threads; each call
-// formats into a buffer of its own thread and writes one line through Output.
+// traffic service's thread, the trace sink and the host's threads. A record
+// item is made under an Output::Line, which also serialises ItemOrigins and
+// the count of records played; other items are formatted in a buffer of the
+// calling thread and written as one line.
 
 #include <atomic>
 #include <cstdint>
@@ -80,9 +82,10 @@ class Reporter {
 
  private:
   void Emit(const std::string& line);
-  // The JSON tmc item; `origin` null when the item's record is not known.
-  void TmcJson(const Quillan::TmcMessageData& message, const ItemOrigin* origin);
-  // False when the item's record is not known.
+  // Appends the JSON tmc item; `origin` null when the item's record is not known.
+  void TmcJson(std::string& text, const Quillan::TmcMessageData& message, const ItemOrigin* origin);
+  // Counts a record item and finds its origin; false when the item's record
+  // is not known. Called holding an Output::Line.
   bool Locate(ItemKind kind, ItemOrigin* origin);
   void OriginFields(PelorinTools::JsonWriter& json, const ItemOrigin& origin) const;
   void OriginFields(std::string& line, const ItemOrigin& origin) const;
@@ -92,12 +95,13 @@ class Reporter {
   const bool m_json;
   ItemOrigins* m_origins = nullptr;
   bool m_showPass = false;
-  // 32-bit atomics: lock-free on the 32-bit ARM head unit too.
+  // 32-bit atomics: lock-free on the 32-bit ARM head unit too. m_records
+  // is written holding an Output::Line only.
   std::atomic<uint32_t> m_records{0};
   std::atomic<int32_t> m_tickTime{0};
   BackgroundScan* m_pendingScan = nullptr;  // null: "finished" tells no scan
   std::mutex m_summaryLock;
-  PlaybackSummary m_finished;  // guarded by m_summaryLock
+  PlaybackSummary m_finished;    // guarded by m_summaryLock
   bool m_finishedKnown = false;  // guarded by m_summaryLock
 };
 
