@@ -2,10 +2,11 @@
 // RecordsAhead: walks the selection of a recording on a thread of its own,
 // pass after pass, up to a fixed number of records ahead of its reader, so
 // that following what the module plays costs the module's work-loop thread
-// no reading or parsing. Next is called by one thread (ItemOrigins, under
-// its lock); the walking thread only fills the queue, handing over whole
-// batches, so that neither side takes the lock or allocates per record. Stop (also the
-// destructor) ends the thread.
+// no reading or parsing. Next is called by one thread at a time (ItemOrigins);
+// the walking thread only fills the queue, handing over whole batches, so
+// that neither side takes the lock per record. Batches the reader is done
+// with go back to the walker, which fills them again in place: once warm,
+// no side allocates. Stop (also the destructor) ends the thread.
 
 #include <condition_variable>
 #include <cstdint>
@@ -47,16 +48,20 @@ class RecordsAhead {
   static constexpr size_t kBatch = 256;
 
   void Walk();
-  bool Hand(std::vector<Slot>* batch);
+  // The slot to fill next: a kept one of the batch, or a new one.
+  static Slot& SlotAt(std::vector<Slot>* batch, size_t index);
+  // Hands the first `filled` slots over and takes a batch to fill next.
+  bool Hand(std::vector<Slot>* batch, size_t* filled);
 
   SelectedRecords m_records;
   std::thread m_walker;
   std::mutex m_lock;
   std::condition_variable m_changed;
-  std::deque<std::vector<Slot>> m_queue;  // batches, guarded by m_lock
-  bool m_walkEnded = false;  // guarded by m_lock
-  bool m_stop = false;       // guarded by m_lock
-  std::vector<Slot> m_taken;  // the reader's own batch
+  std::deque<std::vector<Slot>> m_queue;   // batches, guarded by m_lock
+  std::vector<std::vector<Slot>> m_spare;  // read batches, guarded by m_lock
+  bool m_walkEnded = false;                // guarded by m_lock
+  bool m_stop = false;                     // guarded by m_lock
+  std::vector<Slot> m_taken;               // the reader's own batch
   size_t m_takenAt = 0;
 };
 
