@@ -12,6 +12,8 @@
 #include "CIString.h"
 #include "CITypesFactory.h"
 #include "producers/RecordDispatcher.h"
+#include "producers/TmcMessageProducer.h"
+#include "producers/TmcServiceListProducer.h"
 #include "producers/TrafficDataListener.h"
 
 namespace Quillan {
@@ -73,6 +75,20 @@ TEST_F(RecordDispatcherTest, LastTmcTimeFollowsProducedTmcMessagesOnly) {
   EXPECT_EQ(dispatcher.OnRecord(400, "$TMC", "LTN=1"), 0);
   EXPECT_EQ(dispatcher.GetLastTmcTime(), 400u);
   EXPECT_EQ(listener.messages.size(), 1u);
+}
+
+// A producer registered for a tag that has one replaces it; another tag gets
+// one of its own; a tag is found only whole.
+TEST_F(RecordDispatcherTest, ARegisteredProducerTakesOverItsTag) {
+  dispatcher.RegisterProducer("$TMC", new TmcServiceListProducer());
+  dispatcher.RegisterProducer("$TM", new TmcMessageProducer());
+  EXPECT_EQ(dispatcher.OnRecord(10, "$TMC", "serviceType=1"), 0);
+  EXPECT_EQ(dispatcher.OnRecord(20, "$TM", "LTN=1"), 0);
+  EXPECT_EQ(dispatcher.OnRecord(30, "$TMCX", "LTN=1"), 1);
+  EXPECT_EQ(dispatcher.FindProducer("$TS"), nullptr);
+  EXPECT_EQ(listener.lists.size(), 1u);
+  EXPECT_EQ(listener.messages.size(), 1u);
+  EXPECT_EQ(dispatcher.GetLastTmcTime(), 10u);
 }
 
 // A TMC message as "timeStamp ltn sid pid", then " data" and its bytes
