@@ -1,6 +1,6 @@
 #include "RecordTime.h"
 
-#include <cctype>
+#include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
@@ -10,6 +10,9 @@ namespace PelorinHost {
 namespace {
 
 constexpr size_t kMaxNumberText = 256;
+
+// std::isdigit asks the locale for what is always '0' to '9'.
+bool IsDigit(char c) { return c >= '0' && c <= '9'; }
 
 bool IsSpace(char c) {
   return c == ' ' || c == '\t' || c == '\r' || c == '\n' || c == '\v' || c == '\f';
@@ -27,8 +30,7 @@ std::string Trimmed(const std::string& text) {
 bool Convert(const std::string& text, double* value) {
   if (text.empty() || text.size() > kMaxNumberText) return false;
   for (char c : text) {
-    if (!std::isdigit(static_cast<unsigned char>(c)) && c != '.' && c != 'e' && c != 'E' &&
-        c != '+' && c != '-') {
+    if (!IsDigit(c) && c != '.' && c != 'e' && c != 'E' && c != '+' && c != '-') {
       return false;
     }
   }
@@ -45,7 +47,7 @@ bool IsJsonNumber(const std::string& text) {
   const size_t n = text.size();
   auto digits = [&]() {
     const size_t from = i;
-    while (i < n && std::isdigit(static_cast<unsigned char>(text[i]))) ++i;
+    while (i < n && IsDigit(text[i])) ++i;
     return i > from;
   };
   if (i < n && text[i] == '-') ++i;
@@ -69,8 +71,9 @@ bool IsJsonNumber(const std::string& text) {
 // Digits and a decimal point only, valid JSON as written, and short enough
 // to convert: a finite number that needs no rewriting.
 bool IsPlainJsonNumber(const std::string& text) {
-  return text.size() <= kMaxNumberText &&
-         text.find_first_not_of("0123456789.") == std::string::npos && IsJsonNumber(text);
+  const auto plain = [](char c) { return IsDigit(c) || c == '.'; };
+  return text.size() <= kMaxNumberText && std::all_of(text.begin(), text.end(), plain) &&
+         IsJsonNumber(text);
 }
 
 // The shortest text that reads back as `value`.
