@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <string_view>
 
 #include "EventLines.h"
 #include "RecordTime.h"
@@ -21,8 +22,9 @@ bool IsBinary(unsigned char byte) {
          byte != 0x1b;
 }
 
-bool IsPlayableTag(const std::string& tag) {
-  return tag == "$TMC" || tag == "$TSL" || tag == "$TOT";
+bool IsPlayableTag(std::string_view tag) {
+  using namespace std::string_view_literals;
+  return tag == "$TMC"sv || tag == "$TSL"sv || tag == "$TOT"sv;
 }
 
 }  // namespace
