@@ -18,12 +18,12 @@ bool IsSpace(char c) {
   return c == ' ' || c == '\t' || c == '\r' || c == '\n' || c == '\v' || c == '\f';
 }
 
-std::string Trimmed(const std::string& text) {
+std::string Trimmed(std::string_view text) {
   size_t begin = 0;
   size_t end = text.size();
   while (begin < end && IsSpace(text[begin])) ++begin;
   while (end > begin && IsSpace(text[end - 1])) --end;
-  return text.substr(begin, end - begin);
+  return std::string(text.substr(begin, end - begin));
 }
 
 // Decimal digits, one decimal point and an exponent only: no hex, inf or nan.
@@ -90,7 +90,7 @@ std::string ShortestText(double value) {
 // times: read exactly as strtod reads them. With at most 15 digits the
 // digits as an integer and the power of ten are exact doubles, so their
 // quotient is the correctly rounded value. False for any other text.
-bool PlainDecimal(const std::string& text, double* value) {
+bool PlainDecimal(std::string_view text, double* value) {
   constexpr size_t kExactDigits = 15;
   static const double kPowers[] = {1e0, 1e1, 1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
                                    1e8, 1e9, 1e10, 1e11, 1e12, 1e13, 1e14, 1e15};
@@ -116,7 +116,7 @@ bool PlainDecimal(const std::string& text, double* value) {
 
 }  // namespace
 
-bool RecordTime::Parse(const std::string& text, double* seconds) {
+bool RecordTime::Parse(std::string_view text, double* seconds) {
   *seconds = 0.0;
   if (PlainDecimal(text, seconds)) return true;
   std::string trimmed = Trimmed(text);

@@ -6,13 +6,14 @@
 // Stateless.
 
 #include <string>
+#include <string_view>
 
 namespace PelorinHost {
 
 class RecordTime {
  public:
   // False (and `seconds` 0) when the text is not a number.
-  static bool Parse(const std::string& text, double* seconds);
+  static bool Parse(std::string_view text, double* seconds);
   // Rewrites the time as a JSON number: "1416131460.50" stays as written,
   // "1,5" becomes 1.5, a text that is not a number 0.
   static void MakeJsonNumber(std::string* text);

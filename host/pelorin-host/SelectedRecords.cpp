@@ -44,7 +44,8 @@ bool SelectedRecords::Next(SelectedRecord* record) {
       break;
     }
     double time = 0.0;
-    RecordTime::Parse(record->timeText, &time);
+    // From the line itself: the fresh copy may still be on its way to memory.
+    RecordTime::Parse(record->text.substr(0, record->timeText.size()), &time);
     if (!m_firstKnown) {
       m_firstKnown = true;
       m_firstTime = time;
