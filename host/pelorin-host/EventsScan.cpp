@@ -1,7 +1,6 @@
 #include "EventsScan.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <cstring>
 #include <string_view>
 
@@ -126,18 +125,6 @@ void EventsScan::Scan(EventLines& lines, const std::atomic<bool>& cancel, ScanRe
   scan.m_result.lines = scan.m_lines;
   RecordTime::Parse(scan.m_lastTimeText, &scan.m_result.lastTime);
   *result = scan.m_result;
-}
-
-bool EventsScan::ScanFile(const std::string& path, ScanResult* result, std::string* error) {
-  EventLines lines;
-  if (!lines.Open(path, error)) return false;
-  const std::atomic<bool> never{false};
-  Scan(lines, never, result);
-  if (lines.ReadError() == EISDIR) {
-    *error = std::strerror(EISDIR);
-    return false;
-  }
-  return true;
 }
 
 }  // namespace PelorinHost

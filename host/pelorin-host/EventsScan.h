@@ -31,9 +31,6 @@ struct ScanResult {
 
 class EventsScan {
  public:
-  // Scans the file at `path`; false with `error` (strerror) when it cannot
-  // be opened or is a directory.
-  static bool ScanFile(const std::string& path, ScanResult* result, std::string* error);
   // Scans the lines of an open file up to the stop or the end, or until
   // `cancel` is set (the result then tells of the lines seen).
   static void Scan(EventLines& lines, const std::atomic<bool>& cancel, ScanResult* result);
