@@ -139,6 +139,8 @@ TEST(Utf8Text, KeepsUtf8AndReadsOtherHighBytesAsLatin1) {
       {"\xED\xA0\x80", "\xC3\xAD\xC2\xA0\xC2\x80"},  // surrogate
       {"\xE2\x82", "\xC3\xA2\xC2\x82"},              // cut short
       {"\xF5\x80\x80\x80", "\xC3\xB5\xC2\x80\xC2\x80\xC2\x80"},
+      {"\xF0\x8F\xBF\xBF", "\xC3\xB0\xC2\x8F\xC2\xBF\xC2\xBF"},  // overlong U+FFFF
+      {"\xF4\x90\x80\x80", "\xC3\xB4\xC2\x90\xC2\x80\xC2\x80"},  // above U+10FFFF
   };
   for (const auto& c : cases) {
     SCOPED_TRACE("bytes: " + c.first);
