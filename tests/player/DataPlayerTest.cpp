@@ -1,5 +1,5 @@
-// DataPlayer: configuration, moving message date-times to the present, and
-// shutting down in the middle of playback with each runner.
+// DataPlayer: configuration, its lifecycle, moving message date-times to the
+// present, and shutting down in the middle of playback with each runner.
 
 #include "player/DataPlayer.h"
 
@@ -14,6 +14,7 @@
 
 #include "OnlineTrafficReply.h"
 #include "OnlineTrafficService.h"
+#include "comm/Lifecycle.h"
 #include "player/InteractiveRunner.h"
 #include "player/Runner.h"
 #include "producers/RecordDispatcher.h"
@@ -98,6 +99,34 @@ TEST(DataPlayerTest, AFileOfTmcRecordsReachesTheTrafficListeners) {
   EXPECT_EQ(listener.Messages(), 5000u);
   EXPECT_EQ(player.GetRecordDispatcher()->GetLastTmcTime(), 1416136459u);
   EXPECT_EQ(service->Run(), 2);
+}
+
+// The lifecycle the host gets from the service: each start and stop is told
+// to the peer and shows in the flags the host may ask.
+TEST(DataPlayerTest, TheLifecycleTellsItsPeerAndKeepsItsState) {
+  struct Peer : comm::LifecyclePeer {
+    void OnStarted(comm::Lifecycle* of, const comm::LifecycleRequest&) override {
+      seen += "S", from = of;
+    }
+    void OnStopped(comm::Lifecycle* of, const comm::LifecycleRequest&) override {
+      seen += "s", from = of;
+    }
+    std::string seen;
+    comm::Lifecycle* from = nullptr;
+  } peer;
+  DataPlayer player(MakeConfig(""));
+  comm::Lifecycle* lifecycle = player.GetLifecycle();
+  ASSERT_NE(lifecycle, nullptr);
+  EXPECT_TRUE(lifecycle->IsStopped());
+  lifecycle->SetPeer(&peer);
+  for (int round = 0; round < 2; ++round) {
+    lifecycle->Start();
+    EXPECT_TRUE(lifecycle->IsStarted() && !lifecycle->IsStopped());
+    lifecycle->Stop();
+    EXPECT_TRUE(lifecycle->IsStopped() && !lifecycle->IsStarted());
+  }
+  EXPECT_EQ(peer.seen, "SsSs");
+  EXPECT_EQ(peer.from, lifecycle);
 }
 
 // --- Moving message date-times to the present -----------------------------
