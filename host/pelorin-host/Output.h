@@ -38,6 +38,8 @@ class Output {
     Line(const Line&) = delete;
     Line& operator=(const Line&) = delete;
     std::string& Text() { return m_output.m_buffer; }
+    // The output already refuses lines or is closed: this one will be dropped.
+    bool Refused() const { return m_output.m_closed || m_output.m_refusing.load(); }
 
    private:
     Output& m_output;

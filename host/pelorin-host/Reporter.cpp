@@ -230,8 +230,9 @@ void AppendHex(std::string& line, uint32_t id) {
 
 void Reporter::Emit(const std::string& line) { m_output.WriteLine(line); }
 
-bool Reporter::Locate(ItemKind kind, ItemOrigin* origin) {
-  // Every caller holds an Output::Line: one writer at a time.
+bool Reporter::Locate(const Output::Line& out, ItemKind kind, ItemOrigin* origin) {
+  // `out` holds the output's lock: one writer at a time.
+  if (out.Refused()) return false;
   m_records.store(m_records.load(std::memory_order_relaxed) + 1, std::memory_order_relaxed);
   return m_origins != nullptr && m_origins->Find(kind, origin);
 }
@@ -260,7 +261,7 @@ int64_t Reporter::RecordTime() const {
 void Reporter::Tmc(const Quillan::TmcMessageData& message) {
   Output::Line out(m_output);
   ItemOrigin origin;
-  const bool known = Locate(ItemKind::kTmc, &origin);
+  const bool known = Locate(out, ItemKind::kTmc, &origin);
   const CIUInt8Array* data = message.tmcData.get();
   if (m_json) {
     TmcJson(out.Text(), message, known ? &origin : nullptr);
@@ -326,7 +327,7 @@ void Reporter::TmcJson(std::string& text, const Quillan::TmcMessageData& message
 void Reporter::ServiceList(const Quillan::ServiceListEntries* entries) {
   Output::Line out(m_output);
   ItemOrigin origin;
-  const bool known = Locate(ItemKind::kServiceList, &origin);
+  const bool known = Locate(out, ItemKind::kServiceList, &origin);
   static const Quillan::ServiceListEntries kEmpty;
   const Quillan::ServiceListEntries& list = entries ? *entries : kEmpty;
   if (m_json) {
@@ -361,7 +362,7 @@ void Reporter::ServiceList(const Quillan::ServiceListEntries* entries) {
 void Reporter::OnlineTrafficCall(const char* call, const std::vector<CallArgument>& args) {
   Output::Line out(m_output);
   ItemOrigin origin;
-  const bool known = Locate(ItemKind::kOnlineTraffic, &origin);
+  const bool known = Locate(out, ItemKind::kOnlineTraffic, &origin);
   if (m_json) {
     JsonWriter& json = ThreadWriter();
     BeginItem(json, "onlineTraffic");

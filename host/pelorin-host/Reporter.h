@@ -19,6 +19,7 @@
 
 #include "EventsScan.h"
 #include "ItemOrigins.h"
+#include "Output.h"
 #include "PlaybackSummary.h"
 #include "producers/ServiceList.h"
 #include "producers/TmcMessageData.h"
@@ -30,7 +31,6 @@ class JsonWriter;
 namespace PelorinHost {
 
 class BackgroundScan;
-class Output;
 
 // One argument of an online traffic service call.
 struct CallArgument {
@@ -85,8 +85,9 @@ class Reporter {
   // Appends the JSON tmc item; `origin` null when the item's record is not known.
   void TmcJson(std::string& text, const Quillan::TmcMessageData& message, const ItemOrigin* origin);
   // Counts a record item and finds its origin; false when the item's record
-  // is not known. Called holding an Output::Line.
-  bool Locate(ItemKind kind, ItemOrigin* origin);
+  // is not known. An item that `out` will drop (after a stop) is neither
+  // counted nor located: the summary tells only of items shown.
+  bool Locate(const Output::Line& out, ItemKind kind, ItemOrigin* origin);
   void OriginFields(PelorinTools::JsonWriter& json, const ItemOrigin& origin) const;
   void OriginFields(std::string& line, const ItemOrigin& origin) const;
   PlaybackSummary SummaryNow() const;

@@ -53,5 +53,25 @@ TEST(HostStop, NothingFromTheModuleAfterTheStop) {
   }
 }
 
+// Records keep coming for a moment after a signal until playback halts; the
+// summary counts only those whose items were shown.
+TEST(HostStop, TheSummaryCountsOnlyTheItemsShown) {
+  TestFolder folder;
+  std::string text;
+  for (int i = 0; i < 300; ++i) {
+    text += std::to_string(1416131460 + i * 0.01) + " $TMC SID=" + std::to_string(i % 200) + "\n";
+  }
+  const std::string events = folder.Write("events", text);
+  ToolProcess host;
+  ASSERT_TRUE(host.Start(PELORIN_HOST_PROGRAM, {"--json", "--realtime", "1", events}));
+  host.CloseInput();
+  ASSERT_TRUE(host.WaitForItem("tmc", ScaledMs(10000)));
+  host.Signal(SIGINT);
+  EXPECT_EQ(host.Wait(ScaledMs(20000)), 128 + SIGINT);
+  const std::string shown = std::to_string(host.ItemsOfType("tmc").size());
+  EXPECT_NE(host.Stderr().find("records dispatched: $TMC " + shown + "\n"), std::string::npos)
+      << host.Stderr();
+}
+
 }  // namespace
 }  // namespace pelorin_tool_test
