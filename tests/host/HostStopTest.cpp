@@ -1,7 +1,7 @@
 // pelorin-host stops when told: after a signal or --timeout nothing more
-// from the module is printed, even while playback waits for an online
-// traffic answer that would set the rest of the recording going; every
-// stop removes the private storage root and ends with its own status.
+// from the module is printed or counted, even while playback waits for an
+// online traffic answer that would set the rest of the recording going;
+// every stop removes the private storage root and ends with its own status.
 
 #include <gtest/gtest.h>
 #include <signal.h>
