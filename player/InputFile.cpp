@@ -10,6 +10,7 @@
 #include <new>
 
 #include "Storage.h"
+#include "runtime/SystemExtensions.h"
 
 namespace Quillan {
 namespace {
@@ -21,7 +22,6 @@ constexpr uint32_t kBufferSize = 64u * 1024u;
 // The open call takes at most this many bytes of the path.
 constexpr size_t kMaxPathBytes = 254;
 
-static_assert(sizeof(off64_t) == 8, "file offsets must be 64 bits");
 
 // The path as the open call gets it: cut to 254 bytes, backslashes turned
 // into slashes, runs of slashes collapsed. Bytes outside ASCII are passed on
@@ -139,7 +139,7 @@ FileStatus InputFile::Seek(int64_t offset, int origin) {
     offset -= pending;
   }
   errno = 0;
-  const off64_t result = ::lseek64(m_descriptor, static_cast<off64_t>(offset), whence);
+  const int64_t result = SeekLarge(m_descriptor, offset, whence);
   if (result == -1 && errno != 0) return FileStatus::kIoError;  // position unchanged
   DropBuffered();
   return FileStatus::kSuccess;

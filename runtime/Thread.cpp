@@ -5,28 +5,11 @@
 #include <cstring>
 
 #include "runtime/ScopedLock.h"
+#include "runtime/SystemExtensions.h"
 #include "runtime/ThreadClient.h"
 #include "runtime/ThreadPriorityTable.h"
 
 namespace Quillan {
-namespace {
-
-#if defined(__linux__)
-// Linux keeps at most 15 characters of a thread name; longer names are
-// refused, so only the system's copy is cut.
-constexpr size_t kSystemNameLength = 15;
-#else
-constexpr size_t kSystemNameLength = Thread::kNameCapacity - 1;
-#endif
-
-void NameSystemThread(const char* name) {
-  char systemName[kSystemNameLength + 1];
-  std::strncpy(systemName, name, kSystemNameLength);
-  systemName[kSystemNameLength] = '\0';
-  pthread_setname_np(pthread_self(), systemName);
-}
-
-}  // namespace
 
 Thread::Thread(ThreadClient* client) : m_client(client) {
   SetName("nameless_thread");
@@ -142,7 +125,7 @@ bool Thread::IsOtherThread() {
 
 void* Thread::Entry(void* argument) {
   Thread* thread = static_cast<Thread*>(argument);
-  NameSystemThread(thread->GetName().c_str());
+  NameCurrentThread(thread->GetName().c_str());
   return thread->Main();
 }
 

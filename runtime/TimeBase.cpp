@@ -1,6 +1,6 @@
 #include "runtime/TimeBase.h"
 
-#include <unistd.h>
+#include <cerrno>
 
 namespace Quillan {
 
@@ -11,7 +11,15 @@ uint32_t GetTickMs() {
   return seconds * 1000u + static_cast<uint32_t>(now.tv_nsec / 1000000);
 }
 
-void SleepMs(uint32_t ms) { usleep(static_cast<useconds_t>(ms * 1000u)); }
+void SleepMs(uint32_t ms) {
+  // POSIX.1-2008 has no usleep: the same 32-bit product of microseconds,
+  // slept with nanosleep, and slept on after a signal.
+  const uint32_t microseconds = ms * 1000u;
+  timespec left{static_cast<time_t>(microseconds / 1000000u),
+                static_cast<long>(microseconds % 1000000u) * 1000L};
+  while (nanosleep(&left, &left) != 0 && errno == EINTR) {
+  }
+}
 
 timespec DeadlineAfter(const timespec& now, uint32_t ms) {
   timespec deadline = now;
