@@ -39,3 +39,14 @@ function(pelorin_link_folder name)
     target_link_libraries(${name} PUBLIC ${ARGN})
   endif()
 endfunction()
+
+# The head unit's C library is not glibc: with PELORIN_POSIX_ONLY the module
+# and the platform stand-ins compile against POSIX.1-2008 alone, so that a
+# glibc-only call, a Linux header or a GNU extension fails to build. The one
+# file that needs more (runtime/SystemExtensions.cpp) asks for it itself.
+option(PELORIN_POSIX_ONLY "Compile the module against POSIX.1-2008 only" OFF)
+add_library(pelorin_posix_flags INTERFACE)
+if(PELORIN_POSIX_ONLY)
+  target_compile_options(pelorin_posix_flags INTERFACE -U_GNU_SOURCE -D_POSIX_C_SOURCE=200809L)
+endif()
+target_link_libraries(pelorin_module_flags INTERFACE pelorin_posix_flags)
