@@ -68,7 +68,11 @@ void CatchSignals() {
   for (int number : {SIGINT, SIGTERM, SIGHUP, SIGQUIT}) sigaction(number, &action, nullptr);
 }
 
-void Complain(const std::string& text) { std::fprintf(stderr, "pelorin-host: %s\n", text.c_str()); }
+// Every message leaves escaped: it may echo file names, options and bytes
+// of the recording.
+void Complain(const std::string& text) {
+  std::fprintf(stderr, "pelorin-host: %s\n", TerminalText::Escaped(text).c_str());
+}
 
 // Events that can be read only once (standard input, a pipe such as
 // <(command)): the host reads them first, so the module plays a copy.
@@ -82,7 +86,7 @@ bool ReadOnce(const std::string& eventsFile) {
 int OpenOnce(const std::string& eventsFile, std::string* error) {
   if (eventsFile == "-") return STDIN_FILENO;
   const int fd = ::open(eventsFile.c_str(), O_RDONLY | O_CLOEXEC);
-  if (fd < 0) *error = TerminalText::Escaped(eventsFile) + ": " + std::strerror(errno);
+  if (fd < 0) *error = eventsFile + ": " + std::strerror(errno);
   return fd;
 }
 
@@ -163,7 +167,7 @@ bool HostProgram::ScanEvents(const StorageRoot& root, const std::string& recordi
                                                 : m_options.eventsFile;
   std::string reason;
   if (!scan->Start(path, &reason)) {
-    *error = TerminalText::Escaped(m_eventsName) + ": " + reason;
+    *error = m_eventsName + ": " + reason;
     return false;
   }
   return true;
@@ -171,10 +175,10 @@ bool HostProgram::ScanEvents(const StorageRoot& root, const std::string& recordi
 
 // What a finished playback tells on standard error besides the items.
 void HostProgram::TellPlayback(const ScanResult& scan) const {
-  const std::string name = TerminalText::Escaped(m_eventsName);
+  const std::string& name = m_eventsName;
   if (!scan.complete) {
     Complain(name + ":" + std::to_string(scan.stopLine) +
-             ": playback ended before the end of the file: " + TerminalText::Escaped(scan.reason));
+             ": playback ended before the end of the file: " + scan.reason);
   } else if (scan.records == 0) {
     Complain(name + ": the recording is empty: nothing to play");
   } else if (scan.playable == 0) {

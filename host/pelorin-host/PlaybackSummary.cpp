@@ -3,14 +3,12 @@
 #include <cstdio>
 
 #include "host/common/JsonWriter.h"
-#include "host/common/TerminalText.h"
 #include "host/common/TimeText.h"
 
 namespace PelorinHost {
 namespace {
 
 using PelorinTools::JsonWriter;
-using PelorinTools::TerminalText;
 using PelorinTools::TimeText;
 
 // A recording full of made-up tags keeps the tally small.
@@ -77,7 +75,7 @@ std::vector<std::string> PlaybackSummary::Lines() const {
   if (tallyKnown) {
     std::string byTag = "records dispatched:";
     for (const auto& entry : tally.byTag) {
-      byTag += ' ' + TerminalText::Escaped(entry.first) + ' ' + std::to_string(entry.second);
+      byTag += ' ' + entry.first + ' ' + std::to_string(entry.second);
     }
     if (tally.byTag.empty()) byTag += " none";
     lines.push_back(byTag);
