@@ -27,6 +27,17 @@ bool Opens(const std::string& path) {
   return file.Open() == Quillan::FileStatus::kSuccess;
 }
 
+// The head unit joins a folder that ends in "/" and a name with another
+// one; both file systems read "//" as "/", and people read it better so.
+std::string SingleSlashes(const std::string& path) {
+  std::string single;
+  single.reserve(path.size());
+  for (const char c : path) {
+    if (c != '/' || single.empty() || single.back() != '/') single += c;
+  }
+  return single;
+}
+
 }  // namespace
 
 TpegDirectory::TpegDirectory(std::string configuredDir, std::string root)
@@ -66,8 +77,8 @@ std::string TpegDirectory::LocalPath(const std::string& eventsPath,
   const size_t storageLength = sizeof(kStorage) - 1;
   const bool onStorage = path.compare(0, storageLength, kStorage) == 0 &&
                          (path.size() == storageLength || path[storageLength] == '/');
-  if (m_root.empty() || !onStorage) return path;
-  return m_root + path.substr(storageLength);
+  if (m_root.empty() || !onStorage) return SingleSlashes(path);
+  return SingleSlashes(m_root + path.substr(storageLength));
 }
 
 bool TpegDirectory::FileExists(const std::string& localPath) {
