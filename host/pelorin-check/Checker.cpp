@@ -1,12 +1,11 @@
 #include "host/pelorin-check/Checker.h"
 
-#include <sys/stat.h>
-
 #include <cerrno>
 #include <cstring>
 
 #include "host/pelorin-check/CheckObserver.h"
 #include "host/pelorin-check/LineTap.h"
+#include "host/pelorin-check/LocalFile.h"
 #include "host/pelorin-check/RecordChecks.h"
 #include "player/InputFile.h"
 #include "player/Record.h"
@@ -18,15 +17,14 @@ namespace {
 const char kStandardInputPath[] = "/dev/stdin";
 const char kByteOrderMark[] = "\xEF\xBB\xBF";
 
-// Why `path` cannot be read as an events file; empty when it can be opened.
-std::string OpenFailure(const std::string& path, Quillan::InputFile& file) {
-  struct stat info;
-  if (::stat(path.c_str(), &info) == 0 && S_ISDIR(info.st_mode)) return std::strerror(EISDIR);
+// Why the module's reader cannot open `local` again as `file`; empty when
+// it can.
+std::string OpenFailure(const LocalFile& local, Quillan::InputFile& file) {
   errno = 0;
   const Quillan::FileStatus status = file.Open();
   if (status == Quillan::FileStatus::kSuccess) return "";
   if (status == Quillan::FileStatus::kOpenFailed && errno != 0) return std::strerror(errno);
-  return path.empty() ? "empty path" : "open failed";
+  return "open failed (" + local.ModulePath() + ")";
 }
 
 }  // namespace
@@ -45,8 +43,15 @@ FileSummary Checker::CheckFile(const std::string& name) {
   // input that is the current folder.
   const std::string eventsPath = standardInput ? std::string() : name;
   const std::string path = standardInput ? std::string(kStandardInputPath) : name;
-  Quillan::InputFile file(path, 0);
-  const std::string failure = OpenFailure(path, file);
+  // Opened by this computer's path rules, then read with the module's reader.
+  LocalFile local;
+  std::string failure;
+  if (!local.Open(path, &failure)) {
+    summary.SetUnusable(failure);
+    return summary;
+  }
+  Quillan::InputFile file(local.ModulePath(), 0);
+  failure = OpenFailure(local, file);
   if (!failure.empty()) {
     summary.SetUnusable(failure);
     return summary;

@@ -1,6 +1,7 @@
 #pragma once
 // Checker: checks one events file after another the way playback reads
-// them: the module's InputFile and RecordReader take the file line by line
+// them: opened by this computer's path rules (LocalFile), the module's
+// InputFile and RecordReader take the file line by line
 // (every ReadRecord call is one line; the lines are numbered the same way)
 // and RecordChecks looks at each record. Lines the reader rejects and read
 // errors are errors (playback ends at the first of them); everything else is

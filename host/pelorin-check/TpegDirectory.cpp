@@ -4,9 +4,9 @@
 
 #include <utility>
 
+#include "host/pelorin-check/LocalFile.h"
 #include "host/pelorin-check/Options.h"
 #include "player/Config.h"
-#include "player/InputFile.h"
 #include "producers/Utf8Text.h"
 #include "runtime/SplitPath.h"
 
@@ -19,12 +19,6 @@ const char kConfigUnderRoot[] = "/quillan/Pelorin.cfg";
 bool IsDirectory(const std::string& path) {
   struct stat info;
   return ::stat(path.c_str(), &info) == 0 && S_ISDIR(info.st_mode);
-}
-
-// Whether the module's own file reader can open `path`.
-bool Opens(const std::string& path) {
-  Quillan::InputFile file(path, 0);
-  return file.Open() == Quillan::FileStatus::kSuccess;
 }
 
 // The head unit joins a folder that ends in "/" and a name with another
@@ -51,14 +45,18 @@ bool TpegDirectory::FromOptions(const Options& options, TpegDirectory* directory
     *error = "--root: '" + options.root + "' is not a directory";
     return false;
   }
-  std::string configPath = options.configFile;
-  if (configPath.empty()) {
-    configPath = options.root + kConfigUnderRoot;
-  } else if (!Opens(configPath) || IsDirectory(configPath)) {
-    *error = "--config: cannot read '" + configPath + "'";
+  // A path of this computer: opened by its rules, read by the module's.
+  const bool named = !options.configFile.empty();
+  const std::string configPath = named ? options.configFile : options.root + kConfigUnderRoot;
+  LocalFile local;
+  std::string reason;
+  const bool opened = local.Open(configPath, &reason);
+  if (named && !opened) {
+    *error = "--config: cannot read '" + configPath + "': " + reason;
     return false;
   }
-  const Quillan::Config config = Quillan::Config::FromFile(configPath);
+  const Quillan::Config config =
+      opened ? Quillan::Config::FromFile(local.ModulePath()) : Quillan::Config();
   *directory = TpegDirectory(config.GetString("tpegsDir", ""), options.root);
   return true;
 }
