@@ -25,6 +25,7 @@ enum class DiagnosticKind {
   kTimeNotPositive,   // the time stamp is 0 or negative
   kTimeBackwards,     // earlier than the record before: plays without delay
   kTpegFileMissing,   // a "setNewData" file is not in the TPEG directory
+  kTpegFileOutside,   // a "setNewData" file name climbs out of the TPEG directory
   kValueNotNumber,    // a numeric value that does not convert: it is delivered as 0
   kValueOutOfRange,   // a number that does not fit its field: it is delivered changed
 };
