@@ -57,8 +57,7 @@ FileSummary Checker::CheckFile(const std::string& name) {
     return summary;
   }
   m_shown = 0;
-  m_binaryByte = 0;
-  m_binaryLine = 0;
+  m_pastBinary = false;
   LineTap tap(file);
   ReadRecords(name, eventsPath, tap, summary);
   if (m_stopped) return summary;
@@ -113,27 +112,34 @@ void Checker::CheckLineBytes(const std::string& name, uint64_t line, const LineT
         "convert and its record plays as time 0 (the interactive player never reaches it)";
     Emit(diagnostic, summary);
   }
-  if (m_binaryByte != 0) return;
-  const void* nul = std::memchr(shape.head.data(), 0, shape.head.size());
-  if (nul == nullptr) return;
-  m_binaryByte = shape.start + 1 +
-                 static_cast<uint64_t>(static_cast<const char*>(nul) - shape.head.data());
-  m_binaryLine = line;
 }
 
 void Checker::ReportMalformedLine(const std::string& name, uint64_t line, const LineTap& tap,
                                   FileSummary& summary) {
-  const std::string reason = tap.Line().MalformedReason();
+  const std::string reason = tap.Line().StopReason();
+  const uint64_t binary = tap.Line().BinaryByte();
   const bool first = summary.StopLine() == 0;
   summary.AddMalformedLine(line, reason);
   Diagnostic diagnostic;
   diagnostic.file = name;
   diagnostic.line = line;
   diagnostic.severity = Severity::kError;
-  diagnostic.kind = DiagnosticKind::kMalformedLine;
-  diagnostic.message = "malformed line: " + reason +
+  diagnostic.kind = binary != 0 ? DiagnosticKind::kBinaryData : DiagnosticKind::kMalformedLine;
+  diagnostic.message = (binary != 0 ? "" : "malformed line: ") + reason +
                        (first ? "; playback ends here" : "; playback would end here too");
-  Emit(diagnostic, summary);
+  if (binary == 0) {
+    Emit(diagnostic, summary);
+    return;
+  }
+  if (m_pastBinary) return;
+  diagnostic.hasByte = true;
+  diagnostic.byte = binary;
+  diagnostic.message += " (later findings in this file are not shown)";
+  // Shown whatever the limit: it explains why the rest is not.
+  if (m_observer != nullptr) m_observer->OnDiagnostic(diagnostic);
+  summary.AddDiagnostic(diagnostic.severity);
+  m_writer.WriteDiagnostic(diagnostic);
+  m_pastBinary = true;
 }
 
 void Checker::ReportReadError(const std::string& name, uint64_t line, const LineTap& tap,
@@ -152,29 +158,11 @@ void Checker::ReportReadError(const std::string& name, uint64_t line, const Line
   Emit(diagnostic, summary);
 }
 
-// What only the whole file tells: binary data and an empty recording.
+// What only the whole file tells: an empty recording.
 void Checker::ReportEnd(const std::string& name, FileSummary& summary) {
+  if (summary.Lines() != 0) return;
   Diagnostic diagnostic;
   diagnostic.file = name;
-  if (m_binaryByte != 0) {
-    const bool stops = summary.StopLine() != 0;
-    diagnostic.line = m_binaryLine;
-    diagnostic.severity = stops ? Severity::kError : Severity::kWarning;
-    diagnostic.kind = DiagnosticKind::kBinaryData;
-    diagnostic.hasByte = true;
-    diagnostic.byte = m_binaryByte;
-    diagnostic.message =
-        "binary data at byte " + std::to_string(m_binaryByte) +
-        (stops ? "; playback stops at line " + std::to_string(summary.StopLine())
-               : "; playback reads it as records to the end") +
-        " (later findings in this file are not shown)";
-    // Shown whatever the limit: it explains why the rest is not.
-    m_binaryByte = 0;
-    summary.AddDiagnostic(diagnostic.severity);
-    m_writer.WriteDiagnostic(diagnostic);
-    return;
-  }
-  if (summary.Lines() != 0) return;
   diagnostic.severity = m_strict ? Severity::kError : Severity::kWarning;
   diagnostic.kind = DiagnosticKind::kEmptyRecording;
   diagnostic.message = "empty recording: the file has no line, nothing plays";
@@ -184,7 +172,7 @@ void Checker::ReportEnd(const std::string& name, FileSummary& summary) {
 void Checker::Emit(const Diagnostic& diagnostic, FileSummary& summary) {
   if (m_observer != nullptr) m_observer->OnDiagnostic(diagnostic);
   // Past binary data findings are noise: neither counted nor shown.
-  if (m_binaryByte != 0) return;
+  if (m_pastBinary) return;
   summary.AddDiagnostic(diagnostic.severity);
   if (m_maxShown != 0 && m_shown >= m_maxShown) {
     summary.AddHiddenDiagnostic();

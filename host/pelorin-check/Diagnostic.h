@@ -12,7 +12,7 @@ enum class Severity { kWarning, kError };
 // What was found; each kind has a stable code for machine readers.
 enum class DiagnosticKind {
   kReadError,         // reading failed: playback ends here
-  kBinaryData,        // a NUL byte: the file is not text; later findings are not shown
+  kBinaryData,        // a rejected line of binary bytes; later findings are not shown
   kEmptyRecording,    // the file has no line: nothing plays
   kByteOrderMark,     // a UTF-8 byte-order mark spoils the first time stamp
   kMalformedLine,     // the reader rejects the line: playback ends here
