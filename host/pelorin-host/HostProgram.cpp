@@ -308,7 +308,10 @@ void HostProgram::TellSummary(Reporter& reporter, bool finished) const {
 
 StatusInfo HostProgram::StatusNow(const Watched& watched) const {
   int64_t clock = watched.reporter.RecordTime();
-  if (clock == 0 && watched.origins != nullptr) clock = watched.origins->Clock();
+  // The module's clock value is signed 32-bit and stands still at its
+  // largest after 2038; the record's own time goes on.
+  const bool clockKnown = clock != 0 && clock != INT32_MAX;
+  if (!clockKnown && watched.origins != nullptr) clock = watched.origins->Clock();
   StatusInfo info = watched.unit.Status(watched.reporter.RecordsPlayed(), clock);
   if (watched.origins != nullptr) info.line = watched.origins->Line();
   // Until the scan has read the whole file the line count is not known.

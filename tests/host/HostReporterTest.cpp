@@ -1,0 +1,73 @@
+// What pelorin-host tells of a run from inside: the status line's clock
+// past 2038.
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <string>
+
+#include "ItemOrigins.h"
+#include "Output.h"
+#include "Reporter.h"
+#include "Selection.h"
+#include "StatusLine.h"
+#include "tests/host/Examples.h"
+
+namespace PelorinHost {
+namespace {
+
+using pelorin_tool_test::TestFolder;
+
+// A reporter writing to a file of `folder`, following the items' records
+// in `recording`.
+struct Rig {
+  Rig(TestFolder& folder, const std::string& recording)
+      : path(folder.Write("items")),
+        fd(::open(path.c_str(), O_WRONLY | O_CLOEXEC)),
+        output(fd, fd),
+        reporter(output, true),
+        origins(selection) {
+    std::string error;
+    EXPECT_TRUE(origins.Open(folder.Write("events", recording), &error)) << error;
+    reporter.SetOrigins(&origins, false);
+  }
+  ~Rig() { ::close(fd); }
+  std::string Items() {
+    output.Flush();
+    return pelorin_tool_test::ReadFile(path);
+  }
+
+  const std::string path;
+  const int fd;
+  Output output;
+  Reporter reporter;
+  Selection selection;
+  ItemOrigins origins;
+};
+
+// The status line's clock is a date past 2038 too, however wide time_t is,
+// and the record's own clock is read as the module's consumers get it.
+TEST(HostStatusLine, ClockPast2038) {
+  const struct {
+    int64_t seconds;
+    const char* text;
+  } cases[] = {
+      {1416131460, "2014-11-16 09:51:00 UTC"},
+      {2147483647, "2038-01-19 03:14:07 UTC"},
+      {2147483648, "2038-01-19 03:14:08 UTC"},
+      {4102444800, "2100-01-01 00:00:00 UTC"},
+      {0, "--"},
+      {-1, "--"},
+      {4294967296, "--"},
+  };
+  for (const auto& c : cases) EXPECT_EQ(StatusLine::FormatUtc(c.seconds), c.text) << c.seconds;
+
+  TestFolder folder;
+  Rig rig(folder, "4102444800.5 $TMC SID=1\n");
+  rig.reporter.Tmc(Quillan::TmcMessageData());
+  EXPECT_EQ(rig.origins.Clock(), 4102444800);
+}
+
+}  // namespace
+}  // namespace PelorinHost
