@@ -11,10 +11,6 @@ namespace {
 using PelorinTools::JsonWriter;
 using PelorinTools::TimeText;
 
-// A recording full of made-up tags keeps the tally small.
-constexpr size_t kMostTags = 32;
-constexpr char kOtherTags[] = "(other tags)";
-
 std::string Decimal(double value, int decimals) {
   char text[48];
   std::snprintf(text, sizeof(text), "%.*f", decimals, value);
@@ -24,20 +20,19 @@ std::string Decimal(double value, int decimals) {
 }  // namespace
 
 void RecordTally::Count(const std::string& tag, bool known, bool yields) {
-  if (!known) ++unknownTag;
-  if (known && !yields) ++badPayload;
+  if (!known) {
+    // No producer takes it: dropped, not dispatched.
+    ++unknownTag;
+    return;
+  }
+  if (!yields) ++badPayload;
   for (auto& entry : byTag) {
     if (entry.first == tag) {
       ++entry.second;
       return;
     }
   }
-  if (byTag.size() + 1 < kMostTags) {
-    byTag.emplace_back(tag, 1);
-    return;
-  }
-  if (byTag.size() + 1 == kMostTags) byTag.emplace_back(kOtherTags, 0);
-  ++byTag.back().second;
+  byTag.emplace_back(tag, 1);
 }
 
 void PlaybackSummary::AppendJson(JsonWriter& json) const {

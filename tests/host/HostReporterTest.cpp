@@ -1,5 +1,5 @@
-// What pelorin-host tells of a run from inside: the status line's clock
-// past 2038.
+// What pelorin-host tells of a run from inside: what the summary counts,
+// and the status line's clock past 2038.
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -45,6 +45,19 @@ struct Rig {
   Selection selection;
   ItemOrigins origins;
 };
+
+const char kRecording[] = "1 $TMC SID=1\n2 $TMC SID=2\n3 $XYZ a\n4 $TMC SID=3\n";
+
+// Records no producer takes are dropped, not dispatched.
+TEST(HostReporter, AnUnknownTagIsDroppedNotDispatched) {
+  TestFolder folder;
+  Rig rig(folder, kRecording);
+  rig.reporter.Finished();
+  const std::vector<std::string> lines = rig.reporter.Summary(false).Lines();
+  ASSERT_GE(lines.size(), 2u);
+  EXPECT_EQ(lines[0], "records dispatched: $TMC 3");
+  EXPECT_EQ(lines[1], "records dropped: 1 (1 unknown tag, 0 unusable payload)");
+}
 
 // The status line's clock is a date past 2038 too, however wide time_t is,
 // and the record's own clock is read as the module's consumers get it.
