@@ -260,8 +260,8 @@ int HostProgram::Run() {
   }
 
   // The end is decided: first nothing more from the module reaches the
-  // output, then playback goes inert, the waits are released, and only then
-  // does the module go down.
+  // output but its traces, then playback goes inert, the waits are
+  // released, and only then does the module go down, telling of it.
   output.Close();
   unit->Halt();
   onlineTraffic.Stop();
@@ -278,10 +278,13 @@ int HostProgram::Run() {
   trace.Remove();
   loader.Unload();
   g_output.store(nullptr);
+  output.Flush();
   if (end.writeError == 0) end.writeError = output.WriteError();
   TellTheEnd(end, error, trace.FinishedCount() > 0 ? &scan.Result() : nullptr);
   if (!end.unusable && end.writeError == 0 && !m_options.quiet) {
-    TellSummary(reporter, trace.FinishedCount() > 0);
+    // A stop tells the figures of the items shown until then.
+    const bool stopped = end.signal != 0 || end.timedOut;
+    TellSummary(reporter, trace.FinishedCount() > 0 && !stopped);
   }
   return end.ExitStatus();
 }

@@ -1,5 +1,6 @@
-// What pelorin-host tells of a run from inside: what the summary counts,
-// and the status line's clock past 2038.
+// What pelorin-host tells of a run from inside: which items still go out
+// once the end is decided, what the summary counts, and the status line's
+// clock past 2038.
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -46,7 +47,43 @@ struct Rig {
   ItemOrigins origins;
 };
 
+size_t Count(const std::string& text, const std::string& part) {
+  size_t count = 0;
+  for (size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + 1)) ++count;
+  return count;
+}
+
 const char kRecording[] = "1 $TMC SID=1\n2 $TMC SID=2\n3 $XYZ a\n4 $TMC SID=3\n";
+
+// A stop (RefuseLines) or the decided end (Close) keeps every item back but
+// the module's traces of its shutdown; the summary counts only what was
+// shown, and a finish after the stop counts nothing more.
+TEST(HostReporter, AfterTheEndOnlyTracesGoOutAndNothingMoreIsCounted) {
+  for (const bool signalled : {true, false}) {
+    SCOPED_TRACE(signalled ? "signal" : "close");
+    TestFolder folder;
+    Rig rig(folder, kRecording);
+    const Quillan::TmcMessageData message;
+    rig.reporter.Tmc(message);
+    if (signalled) {
+      rig.output.RefuseLines();
+    } else {
+      rig.output.Close();
+    }
+    rig.reporter.Tmc(message);
+    rig.reporter.Event(0x4d000000);
+    rig.reporter.Finished();
+    rig.reporter.Trace("Pelorin", 2, "HMI_DESTROY_MODULE_SYMBOL");
+    const std::string items = rig.Items();
+    EXPECT_EQ(Count(items, "\"type\":\"tmc\""), 1u) << items;
+    EXPECT_EQ(Count(items, "\"type\":\"event\""), 0u) << items;
+    EXPECT_EQ(Count(items, "\"type\":\"finished\""), 0u) << items;
+    EXPECT_EQ(Count(items, "HMI_DESTROY_MODULE_SYMBOL"), 1u) << items;
+    const PlaybackSummary summary = rig.reporter.Summary(true);
+    EXPECT_EQ(summary.Lines().front(), "records dispatched: $TMC 1");
+    EXPECT_EQ(summary.tally.unknownTag, 0u);
+  }
+}
 
 // Records no producer takes are dropped, not dispatched.
 TEST(HostReporter, AnUnknownTagIsDroppedNotDispatched) {
