@@ -1,7 +1,8 @@
 #pragma once
 // LineShape: what a tool saw of one events-file line (without its line
 // end), enough to say in words why playback would stop there. Both tools
-// word a malformed line through it, so that they say the same. A value.
+// word a line that the reader rejects through it, binary data included, so
+// that they say the same. A value.
 
 #include <cstddef>
 #include <cstdint>
@@ -25,6 +26,17 @@ struct LineShape {
 
   // Why a line that the reader rejected is malformed, in words.
   std::string MalformedReason() const;
+
+  // Bytes that no text recording holds: NUL and the C0 controls other than
+  // tab, line ends, form feed and ESC.
+  static bool IsBinaryByte(unsigned char byte);
+  // The byte number in the file (from 1) of the first binary byte of the
+  // head; 0 when it holds none.
+  uint64_t BinaryByte() const;
+  // Why playback stops at a line that the reader rejected: a line of binary
+  // bytes is no recording at all ("binary data at byte N"); any other is
+  // malformed. A line the reader accepts plays, whatever bytes it holds.
+  std::string StopReason() const;
 };
 
 }  // namespace PelorinTools

@@ -1,12 +1,11 @@
 #include "host/pelorin-check/Checker.h"
 
-#include <sys/stat.h>
-
 #include <cerrno>
 #include <cstring>
 
 #include "host/pelorin-check/CheckObserver.h"
 #include "host/pelorin-check/LineTap.h"
+#include "host/pelorin-check/LocalFile.h"
 #include "host/pelorin-check/RecordChecks.h"
 #include "player/InputFile.h"
 #include "player/Record.h"
@@ -18,15 +17,14 @@ namespace {
 const char kStandardInputPath[] = "/dev/stdin";
 const char kByteOrderMark[] = "\xEF\xBB\xBF";
 
-// Why `path` cannot be read as an events file; empty when it can be opened.
-std::string OpenFailure(const std::string& path, Quillan::InputFile& file) {
-  struct stat info;
-  if (::stat(path.c_str(), &info) == 0 && S_ISDIR(info.st_mode)) return std::strerror(EISDIR);
+// Why the module's reader cannot open `local` again as `file`; empty when
+// it can.
+std::string OpenFailure(const LocalFile& local, Quillan::InputFile& file) {
   errno = 0;
   const Quillan::FileStatus status = file.Open();
   if (status == Quillan::FileStatus::kSuccess) return "";
   if (status == Quillan::FileStatus::kOpenFailed && errno != 0) return std::strerror(errno);
-  return path.empty() ? "empty path" : "open failed";
+  return "open failed (" + local.ModulePath() + ")";
 }
 
 }  // namespace
@@ -45,15 +43,21 @@ FileSummary Checker::CheckFile(const std::string& name) {
   // input that is the current folder.
   const std::string eventsPath = standardInput ? std::string() : name;
   const std::string path = standardInput ? std::string(kStandardInputPath) : name;
-  Quillan::InputFile file(path, 0);
-  const std::string failure = OpenFailure(path, file);
+  // Opened by this computer's path rules, then read with the module's reader.
+  LocalFile local;
+  std::string failure;
+  if (!local.Open(path, &failure)) {
+    summary.SetUnusable(failure);
+    return summary;
+  }
+  Quillan::InputFile file(local.ModulePath(), 0);
+  failure = OpenFailure(local, file);
   if (!failure.empty()) {
     summary.SetUnusable(failure);
     return summary;
   }
   m_shown = 0;
-  m_binaryByte = 0;
-  m_binaryLine = 0;
+  m_pastBinary = false;
   LineTap tap(file);
   ReadRecords(name, eventsPath, tap, summary);
   if (m_stopped) return summary;
@@ -108,27 +112,34 @@ void Checker::CheckLineBytes(const std::string& name, uint64_t line, const LineT
         "convert and its record plays as time 0 (the interactive player never reaches it)";
     Emit(diagnostic, summary);
   }
-  if (m_binaryByte != 0) return;
-  const void* nul = std::memchr(shape.head.data(), 0, shape.head.size());
-  if (nul == nullptr) return;
-  m_binaryByte = shape.start + 1 +
-                 static_cast<uint64_t>(static_cast<const char*>(nul) - shape.head.data());
-  m_binaryLine = line;
 }
 
 void Checker::ReportMalformedLine(const std::string& name, uint64_t line, const LineTap& tap,
                                   FileSummary& summary) {
-  const std::string reason = tap.Line().MalformedReason();
+  const std::string reason = tap.Line().StopReason();
+  const uint64_t binary = tap.Line().BinaryByte();
   const bool first = summary.StopLine() == 0;
   summary.AddMalformedLine(line, reason);
   Diagnostic diagnostic;
   diagnostic.file = name;
   diagnostic.line = line;
   diagnostic.severity = Severity::kError;
-  diagnostic.kind = DiagnosticKind::kMalformedLine;
-  diagnostic.message = "malformed line: " + reason +
+  diagnostic.kind = binary != 0 ? DiagnosticKind::kBinaryData : DiagnosticKind::kMalformedLine;
+  diagnostic.message = (binary != 0 ? "" : "malformed line: ") + reason +
                        (first ? "; playback ends here" : "; playback would end here too");
-  Emit(diagnostic, summary);
+  if (binary == 0) {
+    Emit(diagnostic, summary);
+    return;
+  }
+  if (m_pastBinary) return;
+  diagnostic.hasByte = true;
+  diagnostic.byte = binary;
+  diagnostic.message += " (later findings in this file are not shown)";
+  // Shown whatever the limit: it explains why the rest is not.
+  if (m_observer != nullptr) m_observer->OnDiagnostic(diagnostic);
+  summary.AddDiagnostic(diagnostic.severity);
+  m_writer.WriteDiagnostic(diagnostic);
+  m_pastBinary = true;
 }
 
 void Checker::ReportReadError(const std::string& name, uint64_t line, const LineTap& tap,
@@ -147,29 +158,11 @@ void Checker::ReportReadError(const std::string& name, uint64_t line, const Line
   Emit(diagnostic, summary);
 }
 
-// What only the whole file tells: binary data and an empty recording.
+// What only the whole file tells: an empty recording.
 void Checker::ReportEnd(const std::string& name, FileSummary& summary) {
+  if (summary.Lines() != 0) return;
   Diagnostic diagnostic;
   diagnostic.file = name;
-  if (m_binaryByte != 0) {
-    const bool stops = summary.StopLine() != 0;
-    diagnostic.line = m_binaryLine;
-    diagnostic.severity = stops ? Severity::kError : Severity::kWarning;
-    diagnostic.kind = DiagnosticKind::kBinaryData;
-    diagnostic.hasByte = true;
-    diagnostic.byte = m_binaryByte;
-    diagnostic.message =
-        "binary data at byte " + std::to_string(m_binaryByte) +
-        (stops ? "; playback stops at line " + std::to_string(summary.StopLine())
-               : "; playback reads it as records to the end") +
-        " (later findings in this file are not shown)";
-    // Shown whatever the limit: it explains why the rest is not.
-    m_binaryByte = 0;
-    summary.AddDiagnostic(diagnostic.severity);
-    m_writer.WriteDiagnostic(diagnostic);
-    return;
-  }
-  if (summary.Lines() != 0) return;
   diagnostic.severity = m_strict ? Severity::kError : Severity::kWarning;
   diagnostic.kind = DiagnosticKind::kEmptyRecording;
   diagnostic.message = "empty recording: the file has no line, nothing plays";
@@ -179,7 +172,7 @@ void Checker::ReportEnd(const std::string& name, FileSummary& summary) {
 void Checker::Emit(const Diagnostic& diagnostic, FileSummary& summary) {
   if (m_observer != nullptr) m_observer->OnDiagnostic(diagnostic);
   // Past binary data findings are noise: neither counted nor shown.
-  if (m_binaryByte != 0) return;
+  if (m_pastBinary) return;
   summary.AddDiagnostic(diagnostic.severity);
   if (m_maxShown != 0 && m_shown >= m_maxShown) {
     summary.AddHiddenDiagnostic();

@@ -1,15 +1,17 @@
 #pragma once
 // Checker: checks one events file after another the way playback reads
-// them: the module's InputFile and RecordReader take the file line by line
+// them: opened by this computer's path rules (LocalFile), the module's
+// InputFile and RecordReader take the file line by line
 // (every ReadRecord call is one line; the lines are numbered the same way)
 // and RecordChecks looks at each record. Lines the reader rejects and read
 // errors are errors (playback ends at the first of them); everything else is
 // a warning. Lines after the end of playback are still checked, so that one
 // run shows everything there is to fix, but do not count as played.
 //
-// A file with a NUL byte is binary: it gets one diagnostic at its end, and
-// nothing after that byte is shown. At most --max-errors diagnostics per file
-// are written; the rest are counted in the summary.
+// A line that the reader rejects and that holds binary bytes (LineShape)
+// is binary data: it gets one diagnostic, and nothing after it is shown. At
+// most --max-errors diagnostics per file are written; the rest are counted
+// in the summary.
 //
 // Diagnostics go to the ReportWriter as soon as they are found, and one
 // summary after each file. Memory does not grow with the file. One thread.
@@ -76,8 +78,7 @@ class Checker {
   bool m_stopped = false;
   // Of the file being checked.
   uint32_t m_shown = 0;
-  uint64_t m_binaryByte = 0;  // of the first NUL byte; 0 for none
-  uint64_t m_binaryLine = 0;
+  bool m_pastBinary = false;        // a line of binary data was reported
   std::vector<Diagnostic> m_found;  // of the record being checked; reused
 };
 

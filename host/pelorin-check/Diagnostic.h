@@ -12,7 +12,7 @@ enum class Severity { kWarning, kError };
 // What was found; each kind has a stable code for machine readers.
 enum class DiagnosticKind {
   kReadError,         // reading failed: playback ends here
-  kBinaryData,        // a NUL byte: the file is not text; later findings are not shown
+  kBinaryData,        // a rejected line of binary bytes; later findings are not shown
   kEmptyRecording,    // the file has no line: nothing plays
   kByteOrderMark,     // a UTF-8 byte-order mark spoils the first time stamp
   kMalformedLine,     // the reader rejects the line: playback ends here
@@ -25,6 +25,7 @@ enum class DiagnosticKind {
   kTimeNotPositive,   // the time stamp is 0 or negative
   kTimeBackwards,     // earlier than the record before: plays without delay
   kTpegFileMissing,   // a "setNewData" file is not in the TPEG directory
+  kTpegFileOutside,   // a "setNewData" file name climbs out of the TPEG directory
   kValueNotNumber,    // a numeric value that does not convert: it is delivered as 0
   kValueOutOfRange,   // a number that does not fit its field: it is delivered changed
 };

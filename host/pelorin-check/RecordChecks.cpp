@@ -99,6 +99,24 @@ std::string PayloadFailureText(const Quillan::ParseError& error) {
   return Quillan::PayloadProducer::FailureText(error.kind);
 }
 
+// Whether a file name, joined to a folder, climbs above it through "..".
+bool LeavesFolder(const std::string& name) {
+  int64_t depth = 0;
+  size_t start = 0;
+  while (start <= name.size()) {
+    size_t end = name.find('/', start);
+    if (end == std::string::npos) end = name.size();
+    const size_t length = end - start;
+    if (length == 2 && name.compare(start, 2, "..") == 0) {
+      if (--depth < 0) return true;
+    } else if (length > 0 && !(length == 1 && name[start] == '.')) {
+      ++depth;
+    }
+    start = end + 1;
+  }
+  return false;
+}
+
 }  // namespace
 
 RecordChecks::RecordChecks(std::string file, std::string eventsPath, const TpegDirectory& tpegs)
@@ -268,6 +286,15 @@ void RecordChecks::CheckIntegerArguments(uint64_t line, const Quillan::TotCall& 
 void RecordChecks::CheckTpegFile(uint64_t line, const std::string& fileName,
                                  std::vector<Diagnostic>& out) {
   const std::string local = m_tpegs.LocalPath(m_eventsPath, fileName);
+  if (LeavesFolder(fileName)) {
+    Diagnostic diagnostic =
+        Make(line, DiagnosticKind::kTpegFileOutside,
+             "\"setNewData\" file " + TerminalText::Quoted(fileName) +
+                 " leaves the TPEG directory; the head unit would read a file outside it (" +
+                 TerminalText::Quoted(local, 200) + ")");
+    diagnostic.tag = kOnlineTrafficTag;
+    out.push_back(std::move(diagnostic));
+  }
   if (TpegDirectory::FileExists(local)) return;
   Diagnostic diagnostic =
       Make(line, DiagnosticKind::kTpegFileMissing,

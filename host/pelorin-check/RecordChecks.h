@@ -6,7 +6,7 @@
 // failure report and every value they store (CheckedProducer), and the
 // online traffic producer's check of a "$TOT" call (method, argument count
 // and integer arguments, without a service). It also checks that every
-// "setNewData" file exists in the TPEG directory.
+// "setNewData" file exists in the TPEG directory and stays inside it.
 //
 // One object per events file, fed its records in file order; it keeps only
 // the previous record's time stamp. One thread.

@@ -89,6 +89,7 @@ void Timeline::OnDiagnostic(const Diagnostic& diagnostic) {
       AddProblem(ProblemKind::kTimeBackwards, diagnostic);
       break;
     case DiagnosticKind::kMalformedLine:
+    case DiagnosticKind::kBinaryData:
     case DiagnosticKind::kReadError:
       // Only the first such line ends playback; it is placed after the
       // latest record read before it.

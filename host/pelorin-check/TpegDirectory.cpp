@@ -4,9 +4,9 @@
 
 #include <utility>
 
+#include "host/pelorin-check/LocalFile.h"
 #include "host/pelorin-check/Options.h"
 #include "player/Config.h"
-#include "player/InputFile.h"
 #include "producers/Utf8Text.h"
 #include "runtime/SplitPath.h"
 
@@ -21,10 +21,15 @@ bool IsDirectory(const std::string& path) {
   return ::stat(path.c_str(), &info) == 0 && S_ISDIR(info.st_mode);
 }
 
-// Whether the module's own file reader can open `path`.
-bool Opens(const std::string& path) {
-  Quillan::InputFile file(path, 0);
-  return file.Open() == Quillan::FileStatus::kSuccess;
+// The head unit joins a folder that ends in "/" and a name with another
+// one; both file systems read "//" as "/", and people read it better so.
+std::string SingleSlashes(const std::string& path) {
+  std::string single;
+  single.reserve(path.size());
+  for (const char c : path) {
+    if (c != '/' || single.empty() || single.back() != '/') single += c;
+  }
+  return single;
 }
 
 }  // namespace
@@ -40,14 +45,18 @@ bool TpegDirectory::FromOptions(const Options& options, TpegDirectory* directory
     *error = "--root: '" + options.root + "' is not a directory";
     return false;
   }
-  std::string configPath = options.configFile;
-  if (configPath.empty()) {
-    configPath = options.root + kConfigUnderRoot;
-  } else if (!Opens(configPath) || IsDirectory(configPath)) {
-    *error = "--config: cannot read '" + configPath + "'";
+  // A path of this computer: opened by its rules, read by the module's.
+  const bool named = !options.configFile.empty();
+  const std::string configPath = named ? options.configFile : options.root + kConfigUnderRoot;
+  LocalFile local;
+  std::string reason;
+  const bool opened = local.Open(configPath, &reason);
+  if (named && !opened) {
+    *error = "--config: cannot read '" + configPath + "': " + reason;
     return false;
   }
-  const Quillan::Config config = Quillan::Config::FromFile(configPath);
+  const Quillan::Config config =
+      opened ? Quillan::Config::FromFile(local.ModulePath()) : Quillan::Config();
   *directory = TpegDirectory(config.GetString("tpegsDir", ""), options.root);
   return true;
 }
@@ -66,8 +75,8 @@ std::string TpegDirectory::LocalPath(const std::string& eventsPath,
   const size_t storageLength = sizeof(kStorage) - 1;
   const bool onStorage = path.compare(0, storageLength, kStorage) == 0 &&
                          (path.size() == storageLength || path[storageLength] == '/');
-  if (m_root.empty() || !onStorage) return path;
-  return m_root + path.substr(storageLength);
+  if (m_root.empty() || !onStorage) return SingleSlashes(path);
+  return SingleSlashes(m_root + path.substr(storageLength));
 }
 
 bool TpegDirectory::FileExists(const std::string& localPath) {

@@ -34,7 +34,7 @@ class TpegDirectory {
   // The path the head unit hands to the service for `fileName` recorded in
   // events file `eventsPath` (as the module builds it, in UTF-8).
   std::string HeadUnitPath(const std::string& eventsPath, const std::string& fileName) const;
-  // The same file on this computer.
+  // The same file on this computer, runs of slashes written as one.
   std::string LocalPath(const std::string& eventsPath, const std::string& fileName) const;
   // Whether the file exists (and is not a directory) on this computer.
   static bool FileExists(const std::string& localPath);

@@ -14,13 +14,6 @@ using PelorinTools::LineShape;
 
 constexpr size_t kTagBytes = 5;
 
-// Bytes that no text recording holds: NUL and the C0 controls other than
-// tab, line ends, form feed and ESC.
-bool IsBinary(unsigned char byte) {
-  return byte < 0x20 && byte != '\t' && byte != '\n' && byte != '\r' && byte != '\f' &&
-         byte != 0x1b;
-}
-
 bool IsPlayableTag(std::string_view tag) {
   using namespace std::string_view_literals;
   return tag == "$TMC"sv || tag == "$TSL"sv || tag == "$TOT"sv;
@@ -39,7 +32,6 @@ void EventsScan::Take(const char* bytes, size_t size, uint64_t offset) {
     m_line.afterBlank = -1;
     m_tag.clear();
     m_inTag = false;
-    m_binaryAt = UINT64_MAX;
     m_shapeKnown = false;
   }
   if (m_shapeKnown) {
@@ -72,14 +64,11 @@ void EventsScan::Take(const char* bytes, size_t size, uint64_t offset) {
   }
   m_line.length += size;
   // A line with a time, a tag and its tag bytes read is a record whatever
-  // follows: the rest of it (binary bytes included) needs no look. Only a
-  // line that may still be malformed looks for binary bytes.
+  // follows: the rest of it (binary bytes included) needs no look. A line
+  // that may still be malformed keeps its head, where binary bytes are
+  // looked for once it is.
   m_shapeKnown = m_line.firstBlank != LineShape::kNoBlank && m_line.firstBlank > 0 &&
                  m_line.afterBlank >= 0 && m_line.afterBlank != ' ' && !m_inTag;
-  if (m_shapeKnown) return;
-  for (size_t at = 0; m_binaryAt == UINT64_MAX && at < size; ++at) {
-    if (IsBinary(static_cast<unsigned char>(bytes[at]))) m_binaryAt = offset + at;
-  }
 }
 
 void EventsScan::Stop(const std::string& reason) {
@@ -95,12 +84,7 @@ void EventsScan::EndLine() {
                          m_line.firstBlank == 0 || m_line.afterBlank < 0 ||
                          m_line.afterBlank == ' ';
   if (malformed) {
-    if (m_binaryAt != UINT64_MAX) {
-      // Byte numbers count from 1, as in pelorin-check's reports.
-      Stop("binary data at byte " + std::to_string(m_binaryAt + 1));
-    } else {
-      Stop(m_line.MalformedReason());
-    }
+    Stop(m_line.StopReason());
     return;
   }
   ++m_result.records;

@@ -49,7 +49,6 @@ class EventsScan {
   std::string m_lastTimeText;  // of the last well-formed record
   bool m_inTag = false;
   bool m_shapeKnown = false;  // the line is a record; its other bytes do not matter
-  uint64_t m_binaryAt = UINT64_MAX;  // offset of the line's first binary byte
 };
 
 }  // namespace PelorinHost

@@ -9,7 +9,6 @@
 #include "Reporter.h"
 #include "SimulatedOnlineTraffic.h"
 #include "TraceFollower.h"
-#include "host/common/TerminalText.h"
 #include "player/PlayerService.h"
 #include "producers/RecordDispatcher.h"
 #include "producers/TrafficListenerRegistry.h"
@@ -116,7 +115,7 @@ bool HeadUnit::Start(bool raiseStartEvent, std::string* error) {
   if (status != 0) {
     const std::string cause = m_trace.FirstFailure();
     *error = "playback cannot start (Run returned " + std::to_string(status) + ")" +
-             (cause.empty() ? std::string() : ": " + PelorinTools::TerminalText::Escaped(cause));
+             (cause.empty() ? std::string() : ": " + cause);
     return false;
   }
   // A module that did not say which runner it chose runs the interactive

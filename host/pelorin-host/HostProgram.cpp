@@ -68,7 +68,11 @@ void CatchSignals() {
   for (int number : {SIGINT, SIGTERM, SIGHUP, SIGQUIT}) sigaction(number, &action, nullptr);
 }
 
-void Complain(const std::string& text) { std::fprintf(stderr, "pelorin-host: %s\n", text.c_str()); }
+// Every message leaves escaped: it may echo file names, options and bytes
+// of the recording.
+void Complain(const std::string& text) {
+  std::fprintf(stderr, "pelorin-host: %s\n", TerminalText::Escaped(text).c_str());
+}
 
 // Events that can be read only once (standard input, a pipe such as
 // <(command)): the host reads them first, so the module plays a copy.
@@ -82,7 +86,7 @@ bool ReadOnce(const std::string& eventsFile) {
 int OpenOnce(const std::string& eventsFile, std::string* error) {
   if (eventsFile == "-") return STDIN_FILENO;
   const int fd = ::open(eventsFile.c_str(), O_RDONLY | O_CLOEXEC);
-  if (fd < 0) *error = TerminalText::Escaped(eventsFile) + ": " + std::strerror(errno);
+  if (fd < 0) *error = eventsFile + ": " + std::strerror(errno);
   return fd;
 }
 
@@ -163,7 +167,7 @@ bool HostProgram::ScanEvents(const StorageRoot& root, const std::string& recordi
                                                 : m_options.eventsFile;
   std::string reason;
   if (!scan->Start(path, &reason)) {
-    *error = TerminalText::Escaped(m_eventsName) + ": " + reason;
+    *error = m_eventsName + ": " + reason;
     return false;
   }
   return true;
@@ -171,10 +175,10 @@ bool HostProgram::ScanEvents(const StorageRoot& root, const std::string& recordi
 
 // What a finished playback tells on standard error besides the items.
 void HostProgram::TellPlayback(const ScanResult& scan) const {
-  const std::string name = TerminalText::Escaped(m_eventsName);
+  const std::string& name = m_eventsName;
   if (!scan.complete) {
     Complain(name + ":" + std::to_string(scan.stopLine) +
-             ": playback ended before the end of the file: " + TerminalText::Escaped(scan.reason));
+             ": playback ended before the end of the file: " + scan.reason);
   } else if (scan.records == 0) {
     Complain(name + ": the recording is empty: nothing to play");
   } else if (scan.playable == 0) {
@@ -256,8 +260,8 @@ int HostProgram::Run() {
   }
 
   // The end is decided: first nothing more from the module reaches the
-  // output, then playback goes inert, the waits are released, and only then
-  // does the module go down.
+  // output but its traces, then playback goes inert, the waits are
+  // released, and only then does the module go down, telling of it.
   output.Close();
   unit->Halt();
   onlineTraffic.Stop();
@@ -274,10 +278,13 @@ int HostProgram::Run() {
   trace.Remove();
   loader.Unload();
   g_output.store(nullptr);
+  output.Flush();
   if (end.writeError == 0) end.writeError = output.WriteError();
   TellTheEnd(end, error, trace.FinishedCount() > 0 ? &scan.Result() : nullptr);
   if (!end.unusable && end.writeError == 0 && !m_options.quiet) {
-    TellSummary(reporter, trace.FinishedCount() > 0);
+    // A stop tells the figures of the items shown until then.
+    const bool stopped = end.signal != 0 || end.timedOut;
+    TellSummary(reporter, trace.FinishedCount() > 0 && !stopped);
   }
   return end.ExitStatus();
 }
@@ -304,7 +311,10 @@ void HostProgram::TellSummary(Reporter& reporter, bool finished) const {
 
 StatusInfo HostProgram::StatusNow(const Watched& watched) const {
   int64_t clock = watched.reporter.RecordTime();
-  if (clock == 0 && watched.origins != nullptr) clock = watched.origins->Clock();
+  // The module's clock value is signed 32-bit and stands still at its
+  // largest after 2038; the record's own time goes on.
+  const bool clockKnown = clock != 0 && clock != INT32_MAX;
+  if (!clockKnown && watched.origins != nullptr) clock = watched.origins->Clock();
   StatusInfo info = watched.unit.Status(watched.reporter.RecordsPlayed(), clock);
   if (watched.origins != nullptr) info.line = watched.origins->Line();
   // Until the scan has read the whole file the line count is not known.

@@ -1,6 +1,16 @@
 #include "ItemOrigins.h"
 
 namespace PelorinHost {
+namespace {
+
+// A record time cut to whole seconds; 0 for what 32 unsigned bits cannot
+// hold (and for what is not a number).
+uint32_t WholeSeconds(double time) {
+  if (!(time >= 0.0 && time < 4294967296.0)) return 0;
+  return static_cast<uint32_t>(time);
+}
+
+}  // namespace
 
 bool ItemOrigins::Open(const std::string& recording, std::string* error) {
   return m_records.Start(recording, error);
@@ -20,7 +30,7 @@ bool ItemOrigins::Pass() {
   m_passLast = m_record->time;
   m_tally.Count(m_record->tag, m_record->yield.kind != ItemKind::kNone, m_record->yield.yields);
   m_line.store(static_cast<uint32_t>(m_record->line), std::memory_order_relaxed);
-  m_clock.store(static_cast<int32_t>(m_record->time), std::memory_order_relaxed);
+  m_clock.store(WholeSeconds(m_record->time), std::memory_order_relaxed);
   return true;
 }
 

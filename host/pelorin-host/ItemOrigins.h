@@ -48,7 +48,8 @@ class ItemOrigins {
 
   // The line of the record last passed, 0 before the first.
   uint32_t Line() const { return m_line.load(std::memory_order_relaxed); }
-  // Its record time in whole seconds, 0 before the first.
+  // Its record time in whole seconds as the module's consumers get it
+  // (unsigned 32-bit, past 2038 too), 0 before the first.
   int64_t Clock() const { return m_clock.load(std::memory_order_relaxed); }
 
  private:
@@ -64,7 +65,7 @@ class ItemOrigins {
   RecordTally m_tally;
   // 32-bit atomics: lock-free on the 32-bit ARM head unit too.
   std::atomic<uint32_t> m_line{0};
-  std::atomic<int32_t> m_clock{0};
+  std::atomic<uint32_t> m_clock{0};
 };
 
 }  // namespace PelorinHost

@@ -393,7 +393,8 @@ real-time and interactive playback, the time left at that speed. At the
 end a summary follows: records dispatched per tag, records dropped, where
 and why playback stopped short, wall time and mean speed.
 Once the run is to end (end of playback, quit, --timeout, a signal), nothing
-more from the module is shown, nor counted in the summary.
+more from the module is shown, nor counted in the summary, but its trace
+messages (--trace), which tell of its shutdown.
 
 Exit status:
   0    played to the end of the file, or quit (an empty recording or one

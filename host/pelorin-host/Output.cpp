@@ -34,18 +34,30 @@ int Output::WriteAll(int fd, const char* data, size_t size) {
 void Output::WriteLine(const char* line, size_t size) {
   if (m_refusing.load()) return;
   std::lock_guard<std::mutex> guard(m_lock);
+  if (RefusesItemsLocked()) return;
   const size_t start = m_buffer.size();
   m_buffer.append(line, size);
-  EndLineLocked(start);
+  EndLineLocked(start, false);
+}
+
+void Output::WriteTrace(const std::string& line) {
+  std::lock_guard<std::mutex> guard(m_lock);
+  if (m_failed) return;
+  const size_t start = m_buffer.size();
+  m_buffer += line;
+  EndLineLocked(start, false);
 }
 
 Output::Line::Line(Output& output)
-    : m_output(output), m_guard(output.m_lock), m_start(output.m_buffer.size()) {}
+    : m_output(output),
+      m_guard(output.m_lock),
+      m_start(output.m_buffer.size()),
+      m_refused(output.RefusesItemsLocked()) {}
 
-Output::Line::~Line() { m_output.EndLineLocked(m_start); }
+Output::Line::~Line() { m_output.EndLineLocked(m_start, m_refused); }
 
-void Output::EndLineLocked(size_t start) {
-  if (m_closed || m_refusing.load() || m_buffer.size() == start) {
+void Output::EndLineLocked(size_t start, bool drop) {
+  if (drop || m_failed || m_buffer.size() == start) {
     m_buffer.resize(start);
     return;
   }
@@ -85,7 +97,7 @@ void Output::FlushLocked() {
   // write no more.
   int none = 0;
   m_writeError.compare_exchange_strong(none, error);
-  m_closed = true;
+  m_failed = true;
 }
 
 void Output::EraseStatusLocked() {

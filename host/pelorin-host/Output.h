@@ -8,9 +8,9 @@
 // on a terminal is erased before an item line goes out and redrawn by the
 // next ShowStatus.
 // Close (the main thread, once the run's end is decided) writes what was
-// written before and drops every later line. A failed write closes the
-// output too and keeps the error for WriteError. Thread-safe; owns neither
-// descriptor.
+// written before and drops every later item but the module's traces, which
+// tell of its shutdown. A failed write drops every later line and keeps the
+// error for WriteError. Thread-safe; owns neither descriptor.
 
 #include <atomic>
 #include <cstddef>
@@ -30,7 +30,7 @@ class Output {
   // must keep the order of the lines (the reporter reads each record item's
   // origin while it holds one). Append to Text(); the destructor ends the
   // line and writes it as WriteLine would, or drops it when it is empty or
-  // the output refuses lines or is closed. One at a time per thread.
+  // was Refused() when it began. One at a time per thread.
   class Line {
    public:
     explicit Line(Output& output);
@@ -38,23 +38,27 @@ class Output {
     Line(const Line&) = delete;
     Line& operator=(const Line&) = delete;
     std::string& Text() { return m_output.m_buffer; }
-    // The output already refuses lines or is closed: this one will be dropped.
-    bool Refused() const { return m_output.m_closed || m_output.m_refusing.load(); }
+    // The output refused items or was closed when this line began: it will
+    // be dropped, even when a stop comes while it is made.
+    bool Refused() const { return m_refused; }
 
    private:
     Output& m_output;
     std::lock_guard<std::mutex> m_guard;
     size_t m_start;
+    bool m_refused;
   };
 
   // Writes `line` and a line feed.
   void WriteLine(const char* line, size_t size);
   void WriteLine(const std::string& line) { WriteLine(line.data(), line.size()); }
+  // A trace item: written as WriteLine does, after Close and RefuseLines too.
+  void WriteTrace(const std::string& line);
   void Flush();
-  // Flushes, then drops every later item line.
+  // Flushes, then drops every later item line but traces.
   void Close();
-  // Drops every later item line; what was written before still goes out at
-  // the next Flush. Only sets a flag: safe in a signal handler.
+  // Drops every later item line but traces; what was written before still
+  // goes out at the next Flush. Only sets a flag: safe in a signal handler.
   void RefuseLines() { m_refusing.store(true); }
 
   // The errno of the first failed write of an item line, 0 when none.
@@ -78,8 +82,9 @@ class Output {
 
   void FlushLocked();
   void EraseStatusLocked();
-  // Ends the line that began at `start` of the buffer.
-  void EndLineLocked(size_t start);
+  bool RefusesItemsLocked() const { return m_failed || m_closed || m_refusing.load(); }
+  // Ends the line that began at `start` of the buffer, or drops it.
+  void EndLineLocked(size_t start, bool drop);
   // The errno of a failed write, 0 when all was written.
   static int WriteAll(int fd, const char* data, size_t size);
 
@@ -88,7 +93,8 @@ class Output {
   int m_statusFd;
   bool m_itemsToTerminal;
   bool m_statusShown = false;
-  bool m_closed = false;
+  bool m_closed = false;  // by Close: traces only
+  bool m_failed = false;  // by a failed write: nothing more
   std::atomic<int> m_writeError{0};
   std::atomic<bool> m_refusing{false};
   std::string m_buffer;

@@ -3,19 +3,13 @@
 #include <cstdio>
 
 #include "host/common/JsonWriter.h"
-#include "host/common/TerminalText.h"
 #include "host/common/TimeText.h"
 
 namespace PelorinHost {
 namespace {
 
 using PelorinTools::JsonWriter;
-using PelorinTools::TerminalText;
 using PelorinTools::TimeText;
-
-// A recording full of made-up tags keeps the tally small.
-constexpr size_t kMostTags = 32;
-constexpr char kOtherTags[] = "(other tags)";
 
 std::string Decimal(double value, int decimals) {
   char text[48];
@@ -26,20 +20,19 @@ std::string Decimal(double value, int decimals) {
 }  // namespace
 
 void RecordTally::Count(const std::string& tag, bool known, bool yields) {
-  if (!known) ++unknownTag;
-  if (known && !yields) ++badPayload;
+  if (!known) {
+    // No producer takes it: dropped, not dispatched.
+    ++unknownTag;
+    return;
+  }
+  if (!yields) ++badPayload;
   for (auto& entry : byTag) {
     if (entry.first == tag) {
       ++entry.second;
       return;
     }
   }
-  if (byTag.size() + 1 < kMostTags) {
-    byTag.emplace_back(tag, 1);
-    return;
-  }
-  if (byTag.size() + 1 == kMostTags) byTag.emplace_back(kOtherTags, 0);
-  ++byTag.back().second;
+  byTag.emplace_back(tag, 1);
 }
 
 void PlaybackSummary::AppendJson(JsonWriter& json) const {
@@ -77,7 +70,7 @@ std::vector<std::string> PlaybackSummary::Lines() const {
   if (tallyKnown) {
     std::string byTag = "records dispatched:";
     for (const auto& entry : tally.byTag) {
-      byTag += ' ' + TerminalText::Escaped(entry.first) + ' ' + std::to_string(entry.second);
+      byTag += ' ' + entry.first + ' ' + std::to_string(entry.second);
     }
     if (tally.byTag.empty()) byTag += " none";
     lines.push_back(byTag);

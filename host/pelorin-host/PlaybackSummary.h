@@ -1,9 +1,9 @@
 #pragma once
 // PlaybackSummary: the figures of a run that tell how playback went: the
-// records the module read per tag, those it dropped (an unknown tag, a
-// payload it cannot use), the wall time and the mean speed (recorded time
-// played per wall time); where playback stopped short of the end of the file
-// comes from the events scan. The "finished" JSON item and the summary on
+// records the module dispatched to a producer per tag, those it dropped (an
+// unknown tag, a payload it cannot use), the wall time and the mean speed
+// (recorded time played per wall time); where playback stopped short of the
+// end of the file comes from the events scan. The "finished" JSON item and the summary on
 // standard error are written from it, so both tell the same. A value.
 
 #include <cstdint>
@@ -19,7 +19,8 @@ namespace PelorinHost {
 
 // Records as the module read them, counted while their items are followed.
 struct RecordTally {
-  std::vector<std::pair<std::string, uint64_t>> byTag;  // in order of first sight
+  // Records handed to a producer, per tag in order of first sight.
+  std::vector<std::pair<std::string, uint64_t>> byTag;
   uint64_t unknownTag = 0;
   uint64_t badPayload = 0;
   double spanSeconds = 0.0;  // recorded time played, summed over passes

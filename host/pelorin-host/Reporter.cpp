@@ -458,7 +458,7 @@ void Reporter::Trace(const char* channel, int level, const char* text) {
     json.Key("text");
     json.String(text, textSize);
     json.EndObject();
-    Emit(json.Text());
+    m_output.WriteTrace(json.Text());
     return;
   }
   std::string& line = ThreadLine();
@@ -469,7 +469,7 @@ void Reporter::Trace(const char* channel, int level, const char* text) {
   JsonWriter::AppendSigned(line, level);
   line += ' ';
   TerminalText::AppendEscaped(line, text, textSize);
-  Emit(line);
+  m_output.WriteTrace(line);
 }
 
 PlaybackSummary Reporter::SummaryNow() const {
@@ -492,9 +492,12 @@ PlaybackSummary Reporter::Summary(bool now) {
 }
 
 void Reporter::Finished() {
-  if (m_origins != nullptr) {
+  {
+    // After the stop nothing more is told or counted: the rest of the pass
+    // was never shown.
     Output::Line none(m_output);
-    m_origins->EndOfPass();
+    if (none.Refused()) return;
+    if (m_origins != nullptr) m_origins->EndOfPass();
   }
   const PlaybackSummary summary = SummaryNow();
   {

@@ -60,7 +60,7 @@ class Reporter {
   // it. Called by the main thread before the module starts.
   void AwaitFileScan(BackgroundScan* scan) { m_pendingScan = scan; }
   // The module reported the end of playback: the "finished" item with the
-  // run's figures so far.
+  // run's figures so far; nothing once the output refuses items.
   void Finished();
   // The figures of the run: those of the last "finished" item, or of now
   // when `now` or none was written.

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <ctime>
 
 #include "Output.h"
 #include "host/common/TimeText.h"
@@ -10,15 +9,10 @@
 namespace PelorinHost {
 
 std::string StatusLine::FormatUtc(int64_t seconds) {
-  if (seconds <= 0) return "--";
-  const time_t value = static_cast<time_t>(seconds);
-  if (static_cast<int64_t>(value) != seconds) return "--";  // beyond a 32-bit time_t
-  tm parts{};
-  if (gmtime_r(&value, &parts) == nullptr) return "--";
-  char text[40];
-  std::snprintf(text, sizeof(text), "%04d-%02d-%02d %02d:%02d:%02d UTC", parts.tm_year + 1900,
-                parts.tm_mon + 1, parts.tm_mday, parts.tm_hour, parts.tm_min, parts.tm_sec);
-  return text;
+  // Calendar arithmetic of its own: past 2038 whatever the width of time_t.
+  const std::string text = PelorinTools::TimeText::DateTime(static_cast<double>(seconds),
+                                                            PelorinTools::TimeText::Style::kText);
+  return text.empty() ? "--" : text;
 }
 
 std::string StatusLine::FormatSpeed(double factor) {

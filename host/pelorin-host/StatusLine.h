@@ -35,7 +35,8 @@ class StatusLine {
   void Clear();
 
   static std::string Format(const StatusInfo& info);
-  // "2014-11-16 09:51:00 UTC", or "--" for 0.
+  // "2014-11-16 09:51:00 UTC", or "--" for 0 and for times beyond the
+  // module's 32-bit seconds.
   static std::string FormatUtc(int64_t seconds);
   // A speed factor as a person reads it: "1x", "1.5x", "0.25x".
   static std::string FormatSpeed(double factor);

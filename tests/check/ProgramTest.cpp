@@ -1,5 +1,5 @@
 // The pelorin-check program itself, for what the recorded examples cannot
-// show: failed output, stop signals, standard input.
+// show: failed output, stop signals, standard input, paths of any length.
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -80,6 +80,29 @@ TEST(ProgramTest, StandardInputAndTheEndOfOptions) {
   EXPECT_EQ(process.Wait(pelorin_tool_test::ScaledMs(60000)), 2);  // no file "--strict"
   EXPECT_THAT(process.Output(), HasSubstr("-: summary: 2 lines; 2 records play"));
   EXPECT_THAT(process.Stderr(), HasSubstr("pelorin-check: --strict: No such file or directory"));
+}
+
+// Paths name files of this computer as they stand: no cut at 254 bytes, a
+// backslash is part of a name. pelorin-host plays the same files.
+TEST(ProgramTest, PathsOfThisComputerAreTakenAsTheyAre) {
+  TestFolder dir;
+  const std::string deep = std::string(150, 'd') + "/" + std::string(150, 'e') + "/";
+  const std::string tpegs = dir.Write(deep + "tpeg/");
+  dir.Write(deep + "tpeg/a.bin", "x");
+  const std::string config = dir.Write(deep + "Pelorin.cfg", "tpegsDir=" + tpegs + "\n");
+  for (const std::string& name : {deep + "events", std::string("back\\slash")}) {
+    const std::string events = dir.Write(name, "1 $TOT setNewData:a.bin\n");
+    pelorin_tool_test::ToolProcess check;
+    EXPECT_EQ(pelorin_tool_test::RunTool(PELORIN_CHECK_PROGRAM,
+                                         {"--strict", "--config", config, events}, &check),
+              0)
+        << check.Stderr() << check.Output();
+    pelorin_tool_test::ToolProcess host;
+    EXPECT_EQ(pelorin_tool_test::RunTool(PELORIN_HOST_PROGRAM,
+                                         {"--batched", "--tpegs-dir", tpegs, events}, &host),
+              0)
+        << host.Stderr();
+  }
 }
 
 }  // namespace

@@ -1,10 +1,12 @@
 // Bytes of a recording never reach a terminal raw: escape sequences, C1
 // controls and bytes that are not UTF-8 are escaped wherever the report
-// shows recording bytes or file names, in text and in JSON.
+// shows recording bytes or file names, in text and in JSON, and wherever
+// either tool's messages echo its arguments.
 
 #include <gtest/gtest.h>
 
 #include <string>
+#include <vector>
 
 #include "host/common/Utf8.h"
 #include "tests/host/ToolProcess.h"
@@ -47,6 +49,29 @@ TEST(TerminalSafetyTest, NoRawControlByteReachesTheReport) {
                   1);
         EXPECT_EQ(FirstUnsafeByte(check.Output()), std::string::npos) << check.Output();
       }
+    }
+  }
+}
+
+TEST(TerminalSafetyTest, MessagesEchoArgumentsEscaped) {
+  TestFolder dir;
+  const std::string events = dir.Write("events", "1 $TMC\n");
+  const std::string bytes = "\x1b]0;retitled\x07\xc2\x9b";
+  const std::vector<std::vector<std::string>> both = {
+      {"--a" + bytes}, {"--speed", bytes, events}, {"--root", "/no" + bytes}, {"/no" + bytes}};
+  const std::vector<std::vector<std::string>> host = {{"--tpegs-dir", "/no" + bytes, events},
+                                                      {"--module", "/no" + bytes, events}};
+  const std::vector<std::vector<std::string>> check = {{"--config", "/no" + bytes, events}};
+  for (const char* program : {PELORIN_HOST_PROGRAM, PELORIN_CHECK_PROGRAM}) {
+    const bool isHost = std::string(program) == PELORIN_HOST_PROGRAM;
+    std::vector<std::vector<std::string>> cases = both;
+    cases.insert(cases.end(), (isHost ? host : check).begin(), (isHost ? host : check).end());
+    for (const std::vector<std::string>& args : cases) {
+      SCOPED_TRACE(::testing::PrintToString(args));
+      pelorin_tool_test::ToolProcess tool;
+      EXPECT_EQ(pelorin_tool_test::RunTool(program, args, &tool), 2);
+      EXPECT_NE(tool.Stderr(), "");
+      EXPECT_EQ(FirstUnsafeByte(tool.Stderr()), std::string::npos) << tool.Stderr();
     }
   }
 }

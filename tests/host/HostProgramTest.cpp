@@ -63,7 +63,25 @@ TEST(HostEndToEnd, TraceShowsTheModulesMessagesFromTheGivenLevel) {
     }
     EXPECT_EQ(AnyTraceContains(host, "Runner::NotifyFinished"), level == 2);
     EXPECT_EQ(host.ItemsOfType("finished").size(), 1u);
+    // The module's shutdown, as a head unit's log shows it.
+    EXPECT_EQ(AnyTraceContains(host, "HMI_DESTROY_MODULE_SYMBOL"), level == 2);
   }
+}
+
+// After a stop the module's items stay back, its traces of its shutdown
+// do not: here playback waits for an answer that never comes.
+TEST(HostEndToEnd, TraceShowsTheShutdownAfterAStop) {
+  TestFolder folder;
+  const std::string events =
+      folder.Write("events", "1 $TOT setOnlineTrafficDataStatus:0\n1 $TOT getInventory\n2 $TMC\n");
+  ToolProcess host;
+  ASSERT_EQ(RunHost({"--batched", "--json", "--tpeg-offline", "--trace", "2", "--timeout", "0.2",
+                     events},
+                    &host),
+            kTimeout);
+  ExpectWellFormed(host);
+  EXPECT_TRUE(host.ItemsOfType("tmc").empty());
+  EXPECT_TRUE(AnyTraceContains(host, "HMI_DESTROY_MODULE_SYMBOL"));
 }
 
 // A shared library that is not a module: it lacks the entry points.
