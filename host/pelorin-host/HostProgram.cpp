@@ -18,6 +18,7 @@
 #include "Controls.h"
 #include "EndSignal.h"
 #include "EventsScan.h"
+#include "ExpectedItems.h"
 #include "HeadUnit.h"
 #include "PlaybackSummary.h"
 #include "ItemOrigins.h"
@@ -191,6 +192,8 @@ int HostProgram::Run() {
   PrivateEvents privateEvents(m_options.selection, m_options.passes);
   ItemOrigins origins(m_options.selection);
   const bool interactive = m_options.runner == RunnerChoice::kInteractive;
+  EndSignal endSignal;
+  ExpectedItems expected(endSignal);
   bool ready = PrepareRoot(root, &recording, &error);
   if (ready) {
     Storage::SetStorageRoot(root.Path());
@@ -200,7 +203,8 @@ int HostProgram::Run() {
              ((!CopiesRecording() ||
                privateEvents.Create(recording, root.Path() + "/quillan/" + PrivateEvents::kFileName,
                                     !interactive, &error)) &&
-              origins.Open(recording, &error)));
+              origins.Open(recording, &error))) &&
+            LoadExpected(&expected, &error);
   }
   RunEnd end;
   end.signal = g_signal.load();
@@ -217,7 +221,7 @@ int HostProgram::Run() {
   Reporter reporter(output, m_options.json);
   reporter.AwaitFileScan(&scan);
   if (!recording.empty()) reporter.SetOrigins(&origins, m_options.loopGiven);
-  EndSignal endSignal;
+  if (!m_options.expectFile.empty()) reporter.SetExpected(&expected);
   TraceFollower trace(reporter, endSignal, m_options.traceLevel);
   trace.Install();
 
@@ -276,6 +280,7 @@ int HostProgram::Run() {
   g_output.store(nullptr);
   if (end.writeError == 0) end.writeError = output.WriteError();
   TellTheEnd(end, error, trace.FinishedCount() > 0 ? &scan.Result() : nullptr);
+  if (!m_options.expectFile.empty() && !end.unusable) TellExpected(expected, trace, &end);
   if (!end.unusable && end.writeError == 0 && !m_options.quiet) {
     TellSummary(reporter, trace.FinishedCount() > 0);
   }
@@ -292,6 +297,29 @@ void HostProgram::TellTheEnd(const RunEnd& end, const std::string& error,
     Complain(std::string("error writing standard output: ") + std::strerror(end.writeError));
   }
   if (scan != nullptr && end.writeError == 0) TellPlayback(*scan);
+}
+
+bool HostProgram::LoadExpected(ExpectedItems* expected, std::string* error) const {
+  if (m_options.expectFile.empty()) return true;
+  ExpectedItems::RunShape run;
+  run.tmc = m_options.selection.PlaysTag("$TMC");
+  run.serviceList = m_options.selection.PlaysTag("$TSL");
+  run.onlineTraffic = m_options.selection.PlaysTag("$TOT");
+  run.loops = m_options.loopGiven;
+  return expected->Load(m_options.expectFile, m_options.expectFile, run, error);
+}
+
+// --expect: what the comparison found, on standard error. Items not
+// received are missing only when playback ran to its end.
+void HostProgram::TellExpected(ExpectedItems& expected, const TraceFollower& trace,
+                               RunEnd* end) const {
+  expected.End(trace.FinishedCount() > 0 && end->signal == 0 && !end->timedOut &&
+               end->writeError == 0);
+  end->mismatch = expected.Differs();
+  if (end->writeError != 0) return;
+  for (const std::string& line : expected.Verdict(TerminalText::Escaped(m_eventsName))) {
+    Complain(line);
+  }
 }
 
 // The summary of the run on standard error.
@@ -347,7 +375,7 @@ void HostProgram::WaitForTheEnd(const Watched& watched, RunEnd* end) const {
       end->timedOut = true;
       break;
     }
-    if ((reasons & (EndSignal::kQuit | EndSignal::kInputEnded)) != 0) break;
+    if ((reasons & (EndSignal::kQuit | EndSignal::kInputEnded | EndSignal::kMismatch)) != 0) break;
     if ((reasons & EndSignal::kFinished) != 0 && PlaysAgain(finished, watched.replayedRecords)) {
       watched.unit.StartPlayback();
       continue;

@@ -94,6 +94,7 @@ const OptionSpec kOptions[] = {
     {"--help", Kind::kFlag},         {"--version", Kind::kFlag},   {"--from", Kind::kValue},
     {"--until", Kind::kValue},       {"--only", Kind::kValue},     {"--skip", Kind::kValue},
     {"--loop", Kind::kOptionalValue}, {"--quiet", Kind::kFlag},  {"--progress", Kind::kFlag},
+    {"--expect", Kind::kValue},
 };
 
 // A pass count after --loop: digits, or a sign and digits (refused later).
@@ -180,6 +181,12 @@ bool ApplyValue(Options* options, const std::string& name, const std::string& va
       return false;
     }
     options->timeoutSeconds = number;
+  } else if (name == "--expect") {
+    if (value.empty()) {
+      *error = "--expect needs the file of an earlier --json run";
+      return false;
+    }
+    options->expectFile = value;
   } else if (name == "--module") {
     options->modulePath = value;
   } else if (name == "--root") {
@@ -379,6 +386,13 @@ Output (standard output):
                     "recordTime" of the record (not with --root)
   --trace LEVEL     also show the module's trace messages of LEVEL and above
                     (2 progress, 3 warnings, 4 failures)
+  --expect FILE     compare the traffic items (tmc, serviceList,
+                    onlineTraffic) with those of FILE, the output of an
+                    earlier --json run, leaving out "t"; the run ends at the
+                    first difference, which standard error shows with the
+                    line of the recording (exit status 5). A file made with
+                    other options is compared only on what both runs have,
+                    and standard error says what was left out.
   -h, --help        this text
   -V, --version     the version
 
@@ -404,6 +418,7 @@ Exit status:
        is missing, a directory or unreadable, a module that does not load
   3    --timeout reached
   4    writing standard output failed (e.g. a full disk)
+  5    an item differed from --expect FILE, or one was missing or extra
   141  the reader of standard output went away (the run ends quietly)
   128+N  ended by signal N: 130 SIGINT, 129 SIGHUP, 131 SIGQUIT, 143 SIGTERM
 
@@ -420,6 +435,9 @@ Examples:
       play a head unit's storage folder as it would, for at most a minute
   pelorin-host --realtime 1 --from +60 --until +120 --only TMC --loop rec.txt
       play the TMC messages of the recording's second minute over and over
+  pelorin-host --batched --json rec.txt > rec.jsonl
+  pelorin-host --batched --expect rec.jsonl rec.txt
+      keep a run's items, then check that later runs still make them
   pelorin-host --tpeg-offline --trace 3 --timeout 20 recording.txt
       watch playback block on an online traffic service that never answers
 )";

@@ -39,6 +39,7 @@ struct Options {
   int traceLevel = -1;  // -1: no trace lines
   bool quiet = false;     // no status line, no summary
   bool progress = false;  // the status line also when not on a terminal
+  std::string expectFile;  // --expect: the traffic items are compared with it
 
   // Where things are.
   std::string modulePath;

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "BackgroundScan.h"
+#include "ExpectedItems.h"
 #include "HostClock.h"
 #include "Output.h"
 #include "host/common/JsonWriter.h"
@@ -253,6 +254,11 @@ void Reporter::OriginFields(std::string& line, const ItemOrigin& origin) const {
   if (m_showPass) AppendField(line, "pass", origin.pass);
 }
 
+// The first item that differs is not shown, nor anything after it.
+void Reporter::Expect(const Output::Line& out, std::string_view json) {
+  if (m_expected != nullptr && !out.Refused() && !m_expected->Check(json)) m_output.RefuseLines();
+}
+
 int64_t Reporter::RecordTime() const {
   const int32_t tick = m_tickTime.load(std::memory_order_relaxed);
   return tick > 0 ? tick : 0;
@@ -264,8 +270,15 @@ void Reporter::Tmc(const Quillan::TmcMessageData& message) {
   const bool known = Locate(out, ItemKind::kTmc, &origin);
   const CIUInt8Array* data = message.tmcData.get();
   if (m_json) {
+    const size_t begin = out.Text().size();
     TmcJson(out.Text(), message, known ? &origin : nullptr);
+    Expect(out, std::string_view(out.Text()).substr(begin));
     return;
+  }
+  if (m_expected != nullptr) {
+    std::string& json = ThreadLine();
+    TmcJson(json, message, known ? &origin : nullptr);
+    Expect(out, json);
   }
   std::string& line = out.Text();
   BeginReadable(line, "tmc");
@@ -330,7 +343,7 @@ void Reporter::ServiceList(const Quillan::ServiceListEntries* entries) {
   const bool known = Locate(out, ItemKind::kServiceList, &origin);
   static const Quillan::ServiceListEntries kEmpty;
   const Quillan::ServiceListEntries& list = entries ? *entries : kEmpty;
-  if (m_json) {
+  if (m_json || m_expected != nullptr) {
     JsonWriter& json = ThreadWriter();
     BeginItem(json, "serviceList");
     if (known) OriginFields(json, origin);
@@ -345,8 +358,11 @@ void Reporter::ServiceList(const Quillan::ServiceListEntries* entries) {
     }
     json.EndArray();
     json.EndObject();
-    out.Text() += json.Text();
-    return;
+    Expect(out, json.Text());
+    if (m_json) {
+      out.Text() += json.Text();
+      return;
+    }
   }
   std::string& line = out.Text();
   BeginReadable(line, "serviceList");
@@ -363,7 +379,7 @@ void Reporter::OnlineTrafficCall(const char* call, const std::vector<CallArgumen
   Output::Line out(m_output);
   ItemOrigin origin;
   const bool known = Locate(out, ItemKind::kOnlineTraffic, &origin);
-  if (m_json) {
+  if (m_json || m_expected != nullptr) {
     JsonWriter& json = ThreadWriter();
     BeginItem(json, "onlineTraffic");
     if (known) OriginFields(json, origin);
@@ -380,8 +396,11 @@ void Reporter::OnlineTrafficCall(const char* call, const std::vector<CallArgumen
     }
     json.EndArray();
     json.EndObject();
-    out.Text() += json.Text();
-    return;
+    Expect(out, json.Text());
+    if (m_json) {
+      out.Text() += json.Text();
+      return;
+    }
   }
   std::string& line = out.Text();
   BeginReadable(line, "onlineTraffic");

@@ -15,6 +15,7 @@
 #include <cstdint>
 #include <mutex>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "EventsScan.h"
@@ -31,6 +32,7 @@ class JsonWriter;
 namespace PelorinHost {
 
 class BackgroundScan;
+class ExpectedItems;
 
 // One argument of an online traffic service call.
 struct CallArgument {
@@ -73,6 +75,11 @@ class Reporter {
     m_showPass = showPass;
   }
 
+  // --expect: each traffic item shown is also compared with `expected`
+  // (as its JSON line, whether or not the output is JSON); from the first
+  // that differs on, no item is shown. Set before the module plays, not owned.
+  void SetExpected(ExpectedItems* expected) { m_expected = expected; }
+
   // Items that carried traffic data: TMC messages, service lists and online
   // traffic calls.
   uint32_t RecordsPlayed() const { return m_records.load(std::memory_order_relaxed); }
@@ -91,11 +98,14 @@ class Reporter {
   void OriginFields(PelorinTools::JsonWriter& json, const ItemOrigin& origin) const;
   void OriginFields(std::string& line, const ItemOrigin& origin) const;
   PlaybackSummary SummaryNow() const;
+  // Hands a traffic item that `out` will show to the comparison.
+  void Expect(const Output::Line& out, std::string_view json);
 
   Output& m_output;
   const bool m_json;
   ItemOrigins* m_origins = nullptr;
   bool m_showPass = false;
+  ExpectedItems* m_expected = nullptr;
   // 32-bit atomics: lock-free on the 32-bit ARM head unit too. m_records
   // is written holding an Output::Line only.
   std::atomic<uint32_t> m_records{0};
