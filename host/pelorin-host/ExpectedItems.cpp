@@ -16,7 +16,8 @@ using PelorinTools::TerminalText;
 // A number value's text, 0 when absent or not a plain count.
 uint64_t CountOf(const JsonMembers& members, std::string_view key) {
   const std::string* text = members.Find(key);
-  if (text == nullptr || text->empty() || text->find_first_not_of("0123456789") != std::string::npos) {
+  if (text == nullptr || text->empty() ||
+      text->find_first_not_of("0123456789") != std::string::npos) {
     return 0;
   }
   return std::strtoull(text->c_str(), nullptr, 10);
@@ -30,7 +31,8 @@ bool Before(const JsonMembers& a, const JsonMembers& b) {
 }
 
 // The value as compared: a setNewData path by its file name.
-std::string_view Compared(const JsonMembers& item, const std::string& key, const std::string& value) {
+std::string_view Compared(const JsonMembers& item, const std::string& key,
+                          const std::string& value) {
   const std::string* call = item.Find("call");
   if (key != "args" || call == nullptr || *call != "\"setNewData\"") return value;
   const size_t slash = value.rfind('/');
@@ -38,9 +40,7 @@ std::string_view Compared(const JsonMembers& item, const std::string& key, const
                                     : std::string_view(value).substr(slash + 1);
 }
 
-std::string Shown(std::string_view item) {
-  return TerminalText::Escaped(std::string(item));
-}
+std::string Shown(std::string_view item) { return TerminalText::Escaped(std::string(item)); }
 
 }  // namespace
 
@@ -83,9 +83,9 @@ bool ExpectedItems::Load(const std::string& path, const std::string& name, const
 
 bool ExpectedItems::Keep(const JsonMembers& members, const RunShape& run) {
   const std::string& type = *members.Find("type");
-  const bool plays = type == "\"tmc\"" ? run.tmc
+  const bool plays = type == "\"tmc\""           ? run.tmc
                      : type == "\"serviceList\"" ? run.serviceList
-                                                  : run.onlineTraffic;
+                                                 : run.onlineTraffic;
   if (type != "\"tmc\"" && type != "\"serviceList\"" && type != "\"onlineTraffic\"") return false;
   m_seenKinds.insert(type);
   if (!plays) {
@@ -158,11 +158,12 @@ void ExpectedItems::Record(Difference difference, const Item* expected, std::str
     m_difference.push_back("the item of " + where + " was not received");
   } else {
     m_difference.push_back("an item that " + m_name + " does not hold was received" +
-                           (expected != nullptr ? " before line " + std::to_string(expected->fileLine)
-                                                : std::string()));
+                           (expected != nullptr
+                                ? " before line " + std::to_string(expected->fileLine)
+                                : std::string()));
   }
-  m_difference.push_back("  expected: " + (expected != nullptr ? Shown(expected->text)
-                                                               : std::string("nothing more")));
+  m_difference.push_back(
+      "  expected: " + (expected != nullptr ? Shown(expected->text) : std::string("nothing more")));
   m_difference.push_back("  received: " + (receivedMembers != nullptr
                                                ? Shown(received)
                                                : std::string("nothing (playback ended)")));
@@ -195,7 +196,8 @@ std::vector<std::string> ExpectedItems::Verdict(const std::string& recording) co
     lines.push_back(m_name + " holds no " + kind + " items: this run's were not compared");
   }
   for (const std::string& kind : m_skippedKinds) {
-    lines.push_back(m_name + "'s " + kind + " items were not compared: this run does not play them");
+    lines.push_back(m_name + "'s " + kind +
+                    " items were not compared: this run does not play them");
   }
   for (const std::string& key : m_keysOnlyInFile) {
     lines.push_back("compared without \"" + key + "\", which only " + m_name + " has");

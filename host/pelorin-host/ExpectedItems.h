@@ -66,13 +66,13 @@ class ExpectedItems {
   EndSignal& m_endSignal;
   std::string m_name;
   std::vector<Item> m_items;
-  size_t m_next = 0;  // the next expected item
-  std::set<std::string> m_skippedKinds;   // in the file, not played by this run
-  std::set<std::string> m_seenKinds;      // in the file
-  std::set<std::string> m_uncompared;     // kinds this run made that the file lacks
+  size_t m_next = 0;                     // the next expected item
+  std::set<std::string> m_skippedKinds;  // in the file, not played by this run
+  std::set<std::string> m_seenKinds;     // in the file
+  std::set<std::string> m_uncompared;    // kinds this run made that the file lacks
   std::set<std::string> m_keysOnlyInFile;
   std::set<std::string> m_keysOnlyInRun;
-  uint64_t m_laterPasses = 0;  // file items of passes this run does not play
+  uint64_t m_laterPasses = 0;             // file items of passes this run does not play
   std::vector<std::string> m_difference;  // the lines that tell it, empty when none
   uint64_t m_recordingLine = 0;           // of the difference, 0 when not known
   bool m_ended = false;

@@ -76,13 +76,20 @@ bool JsonMembers::Array(int depth) {
 bool JsonMembers::Value(int depth) {
   if (m_at >= m_text.size()) return false;
   switch (m_text[m_at]) {
-    case '{': return Object(depth + 1, false);
-    case '[': return Array(depth + 1);
-    case '"': return String();
-    case 't': return Literal("true");
-    case 'f': return Literal("false");
-    case 'n': return Literal("null");
-    default: return Number();
+    case '{':
+      return Object(depth + 1, false);
+    case '[':
+      return Array(depth + 1);
+    case '"':
+      return String();
+    case 't':
+      return Literal("true");
+    case 'f':
+      return Literal("false");
+    case 'n':
+      return Literal("null");
+    default:
+      return Number();
   }
 }
 

@@ -48,21 +48,42 @@ TEST(HostExpectedItems, DifferencesAreToldWithTheLineOfTheRecording) {
     bool differs;
     std::string first;
   } cases[] = {
-      {"the same items, other times", {R"({"t":9,"type":"tmc","line":5,"recordTime":15,"sid":1})",
-       R"({"t":9,"type":"tmc","line":6,"recordTime":16,"sid":2})",
-       R"({"t":9,"type":"serviceList","line":7,"recordTime":17,"entries":[]})"},
-       true, false, "the items match expected.jsonl (3 compared)"},
-      {"a value", {kTmc5, R"({"t":2,"type":"tmc","line":6,"recordTime":16,"sid":3})"}, true, true,
+      {"the same items, other times",
+       {R"({"t":9,"type":"tmc","line":5,"recordTime":15,"sid":1})",
+        R"({"t":9,"type":"tmc","line":6,"recordTime":16,"sid":2})",
+        R"({"t":9,"type":"serviceList","line":7,"recordTime":17,"entries":[]})"},
+       true,
+       false,
+       "the items match expected.jsonl (3 compared)"},
+      {"a value",
+       {kTmc5, R"({"t":2,"type":"tmc","line":6,"recordTime":16,"sid":3})"},
+       true,
+       true,
        "rec.txt:6: the item differs from expected.jsonl:2"},
-      {"a record that made nothing", {kTmc5, kList7}, true, true,
+      {"a record that made nothing",
+       {kTmc5, kList7},
+       true,
+       true,
        "rec.txt:6: the item of expected.jsonl:2 was not received"},
-      {"an item too many", {kTmc5, R"({"type":"tmc","line":5,"recordTime":15,"sid":1})"}, true, true,
+      {"an item too many",
+       {kTmc5, R"({"type":"tmc","line":5,"recordTime":15,"sid":1})"},
+       true,
+       true,
        "rec.txt:5: an item that expected.jsonl does not hold was received before line 2"},
-      {"more after the last", {kTmc5, kTmc6, kList7, kList7}, true, true,
+      {"more after the last",
+       {kTmc5, kTmc6, kList7, kList7},
+       true,
+       true,
        "rec.txt:7: an item that expected.jsonl does not hold was received"},
-      {"playback ended early", {kTmc5}, true, true,
+      {"playback ended early",
+       {kTmc5},
+       true,
+       true,
        "rec.txt:6: the item of expected.jsonl:2 was not received"},
-      {"the run was stopped", {kTmc5}, false, false,
+      {"the run was stopped",
+       {kTmc5},
+       false,
+       false,
        "1 items matched expected.jsonl before the run ended; 2 were not reached"},
   };
   for (const auto& test : cases) {
@@ -75,8 +96,10 @@ TEST(HostExpectedItems, DifferencesAreToldWithTheLineOfTheRecording) {
 }
 
 TEST(HostExpectedItems, AFileOfOtherOptionsIsComparedOnWhatBothHave) {
-  const std::string looped = R"({"type":"tmc","line":5,"pass":1,"sid":1})" "\n"
-                             R"({"type":"tmc","line":5,"pass":2,"sid":1})" "\n";
+  const std::string looped = R"({"type":"tmc","line":5,"pass":1,"sid":1})"
+                             "\n"
+                             R"({"type":"tmc","line":5,"pass":2,"sid":1})"
+                             "\n";
   ExpectedItems::RunShape onlyTmc;
   onlyTmc.serviceList = false;
   const struct {
@@ -86,30 +109,40 @@ TEST(HostExpectedItems, AFileOfOtherOptionsIsComparedOnWhatBothHave) {
     ExpectedItems::RunShape run;
     std::vector<std::string> verdict;
   } cases[] = {
-      {"kinds the file lacks", kTmc5, {kList7, kTmc5}, {},
+      {"kinds the file lacks",
+       kTmc5,
+       {kList7, kTmc5},
+       {},
        {"the items match expected.jsonl (1 compared)",
         "expected.jsonl holds no \"serviceList\" items: this run's were not compared"}},
-      {"kinds the run does not play", kTmc5 + "\n" + kList7, {kTmc5}, onlyTmc,
+      {"kinds the run does not play",
+       kTmc5 + "\n" + kList7,
+       {kTmc5},
+       onlyTmc,
        {"the items match expected.jsonl (1 compared)",
         "expected.jsonl's \"serviceList\" items were not compared: this run does not play them"}},
-      {"keys only one side has, and later passes", looped,
-       {R"({"type":"tmc","line":5,"recordTime":15,"sid":1})"}, {},
+      {"keys only one side has, and later passes",
+       looped,
+       {R"({"type":"tmc","line":5,"recordTime":15,"sid":1})"},
+       {},
        {"the items match expected.jsonl (1 compared)",
         "compared without \"pass\", which only expected.jsonl has",
         "compared without \"recordTime\", which only this run has",
         "1 items of later passes in expected.jsonl were not compared: this run plays one pass"}},
       {"a TPEG file's folder",
        R"({"type":"onlineTraffic","line":4,"call":"setNewData","args":["/elsewhere/a.bin"]})",
-       {R"({"type":"onlineTraffic","line":4,"call":"setNewData","args":["/here/a.bin"]})"}, {},
+       {R"({"type":"onlineTraffic","line":4,"call":"setNewData","args":["/here/a.bin"]})"},
+       {},
        {"the items match expected.jsonl (1 compared)"}},
   };
   for (const auto& test : cases) {
     const Outcome outcome = Compare(test.file, test.received, true, test.run);
     EXPECT_EQ(outcome.verdict, test.verdict) << test.what;
   }
-  EXPECT_TRUE(Compare(R"({"type":"onlineTraffic","line":4,"call":"setNewData","args":["/x/a.bin"]})",
-                      {R"({"type":"onlineTraffic","line":4,"call":"setNewData","args":["/x/b.bin"]})"})
-                  .differs);
+  EXPECT_TRUE(
+      Compare(R"({"type":"onlineTraffic","line":4,"call":"setNewData","args":["/x/a.bin"]})",
+              {R"({"type":"onlineTraffic","line":4,"call":"setNewData","args":["/x/b.bin"]})"})
+          .differs);
 }
 
 TEST(HostExpectedItems, TheFileMustBeJsonItems) {
@@ -139,12 +172,14 @@ TEST(HostExpectedItems, TheFileMustBeJsonItems) {
     const std::string path = folder.Write("e", std::string("\n") + test.line + "\n");
     EXPECT_EQ(expected.Load(path, "e", {}, &error), test.item) << test.line;
     if (!test.item) {
-      EXPECT_EQ(error, "e:2: not an item of pelorin-host --json output (one JSON object with \"type\")");
+      EXPECT_EQ(error,
+                "e:2: not an item of pelorin-host --json output (one JSON object with \"type\")");
     }
   }
   // Nesting deep enough to exhaust a stack is refused, not followed.
   JsonMembers members;
-  EXPECT_FALSE(members.Parse("{\"a\":" + std::string(100000, '[') + std::string(100000, ']') + "}"));
+  EXPECT_FALSE(
+      members.Parse("{\"a\":" + std::string(100000, '[') + std::string(100000, ']') + "}"));
   EndSignal endSignal;
   ExpectedItems missing(endSignal);
   std::string error;
