@@ -127,8 +127,7 @@ bool HostProgram::PrepareRoot(StorageRoot& root, std::string* recording,
       return false;
     }
     // The example as it stands, unless options ask to play it another way.
-    const bool asItStands = !m_options.SetsConfiguration() &&
-                            !m_options.selection.Restricts() && !m_options.loopGiven;
+    const bool asItStands = !m_options.SetsConfiguration() && !CopiesRecording();
     if (asItStands) return root.UseFolder(example, error);
     eventsFile = example + "/quillan/events";
   }
@@ -144,7 +143,7 @@ bool HostProgram::PrepareRoot(StorageRoot& root, std::string* recording,
 }
 
 bool HostProgram::CopiesRecording() const {
-  return m_options.selection.Restricts() || m_options.loopGiven;
+  return m_options.selection.Restricts() || m_options.loopGiven || m_options.maxGapSeconds > 0.0;
 }
 
 bool HostProgram::PlaysAgain(uint32_t finished, uint64_t records) const {
@@ -189,8 +188,8 @@ int HostProgram::Run() {
   StorageRoot root;
   BackgroundScan scan(m_options.selection);
   std::string recording;
-  PrivateEvents privateEvents(m_options.selection, m_options.passes);
-  ItemOrigins origins(m_options.selection);
+  PrivateEvents privateEvents(m_options.selection, m_options.passes, m_options.maxGapSeconds);
+  ItemOrigins origins(m_options.selection, m_options.maxGapSeconds);
   const bool interactive = m_options.runner == RunnerChoice::kInteractive;
   EndSignal endSignal;
   ExpectedItems expected(endSignal);
@@ -331,7 +330,8 @@ void HostProgram::TellSummary(Reporter& reporter, bool finished) const {
 }
 
 StatusInfo HostProgram::StatusNow(const Watched& watched) const {
-  int64_t clock = watched.reporter.RecordTime();
+  // The module's clock runs on shortened times under --max-gap.
+  int64_t clock = m_options.maxGapSeconds > 0.0 ? 0 : watched.reporter.RecordTime();
   if (clock == 0 && watched.origins != nullptr) clock = watched.origins->Clock();
   StatusInfo info = watched.unit.Status(watched.reporter.RecordsPlayed(), clock);
   if (watched.origins != nullptr) info.line = watched.origins->Line();

@@ -94,7 +94,7 @@ const OptionSpec kOptions[] = {
     {"--help", Kind::kFlag},         {"--version", Kind::kFlag},   {"--from", Kind::kValue},
     {"--until", Kind::kValue},       {"--only", Kind::kValue},     {"--skip", Kind::kValue},
     {"--loop", Kind::kOptionalValue}, {"--quiet", Kind::kFlag},  {"--progress", Kind::kFlag},
-    {"--expect", Kind::kValue},
+    {"--expect", Kind::kValue},       {"--max-gap", Kind::kValue},
 };
 
 // A pass count after --loop: digits, or a sign and digits (refused later).
@@ -181,6 +181,12 @@ bool ApplyValue(Options* options, const std::string& name, const std::string& va
       return false;
     }
     options->timeoutSeconds = number;
+  } else if (name == "--max-gap") {
+    if (!ParseDouble(value, &number) || number < 0.001 || number > 1.0e6) {
+      *error = "--max-gap needs seconds from 0.001 to 1000000, not '" + value + "'";
+      return false;
+    }
+    options->maxGapSeconds = number;
   } else if (name == "--expect") {
     if (value.empty()) {
       *error = "--expect needs the file of an earlier --json run";
@@ -233,6 +239,10 @@ bool CheckCombinations(const Options& options, std::string* error) {
     *error = "--paused applies to interactive playback only";
     return false;
   }
+  if (options.runner == RunnerChoice::kBatched && options.maxGapSeconds > 0.0) {
+    *error = "--max-gap applies to real-time and interactive playback; --batched has no gaps";
+    return false;
+  }
   if (!options.rootDir.empty() && !options.eventsFile.empty()) {
     *error = "--root and an events file cannot be given together";
     return false;
@@ -241,9 +251,10 @@ bool CheckCombinations(const Options& options, std::string* error) {
     *error = "--control reads standard input, so the events cannot come from it ('-')";
     return false;
   }
-  if (!options.rootDir.empty() && (options.selection.Restricts() || options.loopGiven)) {
+  if (!options.rootDir.empty() &&
+      (options.selection.Restricts() || options.loopGiven || options.maxGapSeconds > 0.0)) {
     *error = "--root plays DIR/quillan/Pelorin.cfg as it stands; --from, --until, --only, "
-             "--skip and --loop need an events file";
+             "--skip, --loop and --max-gap need an events file";
     return false;
   }
   if (!options.selection.Check(error)) return false;
@@ -360,6 +371,12 @@ Part of a recording (EVENTS only; lines keep their numbers in the output):
   --skip TAGS       play all but these tags
   --loop [N]        play the selection N times, or until stopped without N;
                     items then carry the pass (1, 2, ...)
+  --max-gap SECONDS play every gap between two records that is longer than
+                    SECONDS as SECONDS (real-time and interactive playback):
+                    a lunch break or a night goes by at once. Items keep
+                    their recorded "recordTime"; the summary tells the time
+                    skipped. The module's clock (dataPool 0x4d000000) runs
+                    on the shortened times.
 
 The head unit:
   --control         steer playback from standard input, one command a line:
@@ -438,6 +455,8 @@ Examples:
   pelorin-host --batched --json rec.txt > rec.jsonl
   pelorin-host --batched --expect rec.jsonl rec.txt
       keep a run's items, then check that later runs still make them
+  pelorin-host --realtime 1 --max-gap 5 day.txt
+      play a day's recording at its pace, but no gap longer than 5 seconds
   pelorin-host --tpeg-offline --trace 3 --timeout 20 recording.txt
       watch playback block on an online traffic service that never answers
 )";

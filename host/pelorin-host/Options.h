@@ -21,6 +21,7 @@ struct Options {
   double speed = 0.0;          // --speed FACTOR (0: not given)
   bool autostart = false;
   std::string tpegsDir;
+  double maxGapSeconds = 0.0;  // --max-gap: longer gaps play as this (0: as recorded)
 
   // What the head unit does.
   bool paused = false;

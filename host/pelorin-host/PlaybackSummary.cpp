@@ -59,6 +59,10 @@ void PlaybackSummary::AppendJson(JsonWriter& json) const {
     json.Uint(tally.badPayload);
     json.Key("meanSpeed");
     json.Number(Decimal(MeanSpeed(), 3));
+    if (tally.capsGaps) {
+      json.Key("skippedSeconds");
+      json.Number(Decimal(tally.skippedSeconds, 3));
+    }
   }
   json.Key("wallSeconds");
   json.Number(Decimal(wallSeconds, 3));
@@ -68,6 +72,7 @@ void PlaybackSummary::AppendFields(std::string& line) const {
   if (tallyKnown) {
     line += " dropped=" + std::to_string(tally.unknownTag + tally.badPayload);
     line += " meanSpeed=" + Decimal(MeanSpeed(), 3);
+    if (tally.capsGaps) line += " skippedSeconds=" + Decimal(tally.skippedSeconds, 3);
   }
   line += " wallSeconds=" + Decimal(wallSeconds, 3);
 }
@@ -90,6 +95,10 @@ std::vector<std::string> PlaybackSummary::Lines() const {
     time += ", recorded time played " +
             TimeText::Duration(TimeText::RoundedMs(tally.spanSeconds)) + ", mean speed " +
             Decimal(MeanSpeed(), 2) + "x";
+    if (tally.capsGaps) {
+      time += ", skipped in long gaps " +
+              TimeText::Duration(TimeText::RoundedMs(tally.skippedSeconds));
+    }
   }
   lines.push_back(time);
   return lines;

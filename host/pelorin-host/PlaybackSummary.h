@@ -23,6 +23,8 @@ struct RecordTally {
   uint64_t unknownTag = 0;
   uint64_t badPayload = 0;
   double spanSeconds = 0.0;  // recorded time played, summed over passes
+  bool capsGaps = false;      // --max-gap: long gaps were shortened
+  double skippedSeconds = 0.0;  // the recorded time they skipped
 
   void Count(const std::string& tag, bool known, bool yields);
 };
