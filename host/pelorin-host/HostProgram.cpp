@@ -339,6 +339,8 @@ StatusInfo HostProgram::StatusNow(const Watched& watched) const {
   if (!watched.scan.Done()) return info;
   const ScanResult& scan = watched.scan.Result();
   info.lines = scan.lines;
+  // Under --max-gap the gaps still ahead are not known: no time left.
+  if (m_options.maxGapSeconds > 0.0) return info;
   if (info.speedFactor > 0.0 && clock > 0 && scan.lastTime >= static_cast<double>(clock)) {
     info.leftMs = static_cast<int64_t>((scan.lastTime - static_cast<double>(clock)) /
                                        info.speedFactor * 1000.0);
