@@ -221,6 +221,8 @@ int HostProgram::Run() {
   reporter.AwaitFileScan(&scan);
   if (!recording.empty()) reporter.SetOrigins(&origins, m_options.loopGiven);
   if (!m_options.expectFile.empty()) reporter.SetExpected(&expected);
+  reporter.Lag().SetPaced(m_options.runner != RunnerChoice::kBatched);
+  if (m_options.runner == RunnerChoice::kRealtime) reporter.Lag().SetSpeed(m_options.realtimeSpeed);
   TraceFollower trace(reporter, endSignal, m_options.traceLevel);
   trace.Install();
 
@@ -335,6 +337,10 @@ StatusInfo HostProgram::StatusNow(const Watched& watched) const {
   if (clock == 0 && watched.origins != nullptr) clock = watched.origins->Clock();
   StatusInfo info = watched.unit.Status(watched.reporter.RecordsPlayed(), clock);
   if (watched.origins != nullptr) info.line = watched.origins->Line();
+  const LagMeter::Figures lag = watched.reporter.Lag().Now();
+  if (lag.paced && watched.origins != nullptr) {
+    info.lagMs = static_cast<int64_t>(lag.lagMicros / 1000u);
+  }
   // Until the scan has read the whole file the line count is not known.
   if (!watched.scan.Done()) return info;
   const ScanResult& scan = watched.scan.Result();

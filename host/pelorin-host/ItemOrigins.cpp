@@ -40,6 +40,7 @@ bool ItemOrigins::Find(ItemKind kind, ItemOrigin* origin) {
   }
   origin->line = m_record->line;
   origin->recordTime = m_record->timeText;
+  origin->seconds = m_record->time;
   origin->pass = m_pass;
   return true;
 }

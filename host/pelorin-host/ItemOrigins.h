@@ -31,6 +31,7 @@ namespace PelorinHost {
 struct ItemOrigin {
   uint64_t line = 0;
   std::string_view recordTime;  // a JSON number, valid until the next Find
+  double seconds = 0.0;         // the record time as the module reads it
   uint32_t pass = 1;
 };
 

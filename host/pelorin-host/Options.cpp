@@ -420,9 +420,12 @@ Standard error:
 
 On a terminal, playback keeps a status line on standard error: the line
 of the events file reached, the playback clock (UTC), the speed and, for
-real-time and interactive playback, the time left at that speed. At the
-end a summary follows: records dispatched per tag, records dropped, where
-and why playback stopped short, wall time and mean speed.
+real-time and interactive playback, the time left at that speed and how far
+playback is behind the recording's schedule (time spent in the work loop
+and in waits on the online traffic service is never made up). At the end
+a summary follows: records dispatched per tag, records dropped, where and
+why playback stopped short, wall time, mean speed, the lag at the end and
+the longest wait on the online traffic service, with its line.
 Once the run is to end (end of playback, quit, --timeout, a signal), nothing
 more from the module is shown, nor counted in the summary.
 

@@ -63,6 +63,18 @@ void PlaybackSummary::AppendJson(JsonWriter& json) const {
       json.Key("skippedSeconds");
       json.Number(Decimal(tally.skippedSeconds, 3));
     }
+    if (lag.paced) {
+      json.Key("lagSeconds");
+      json.Number(Decimal(static_cast<double>(lag.lagMicros) / 1e6, 3));
+    }
+  }
+  if (lag.longestWaitMicros > 0) {
+    json.Key("longestOnlineWaitSeconds");
+    json.Number(Decimal(static_cast<double>(lag.longestWaitMicros) / 1e6, 3));
+    if (lag.longestWaitLine > 0) {
+      json.Key("longestOnlineWaitLine");
+      json.Uint(lag.longestWaitLine);
+    }
   }
   json.Key("wallSeconds");
   json.Number(Decimal(wallSeconds, 3));
@@ -73,6 +85,7 @@ void PlaybackSummary::AppendFields(std::string& line) const {
     line += " dropped=" + std::to_string(tally.unknownTag + tally.badPayload);
     line += " meanSpeed=" + Decimal(MeanSpeed(), 3);
     if (tally.capsGaps) line += " skippedSeconds=" + Decimal(tally.skippedSeconds, 3);
+    if (lag.paced) line += " lagSeconds=" + Decimal(static_cast<double>(lag.lagMicros) / 1e6, 3);
   }
   line += " wallSeconds=" + Decimal(wallSeconds, 3);
 }
@@ -101,6 +114,16 @@ std::vector<std::string> PlaybackSummary::Lines() const {
     }
   }
   lines.push_back(time);
+  if (tallyKnown && lag.paced) {
+    lines.push_back("behind the recording's schedule at the end: " +
+                    TimeText::Duration(static_cast<int64_t>(lag.lagMicros / 1000u)));
+  }
+  if (lag.longestWaitMicros > 0) {
+    std::string wait = "longest wait on the online traffic service: " +
+                       TimeText::Duration(static_cast<int64_t>(lag.longestWaitMicros / 1000u));
+    if (lag.longestWaitLine > 0) wait += " (line " + std::to_string(lag.longestWaitLine) + ")";
+    lines.push_back(wait);
+  }
   return lines;
 }
 

@@ -2,7 +2,8 @@
 // PlaybackSummary: the figures of a run that tell how playback went: the
 // records the module read per tag, those it dropped (an unknown tag, a
 // payload it cannot use), the wall time and the mean speed (recorded time
-// played per wall time); where playback stopped short of the end of the file
+// played per wall time), how far playback was behind the recording and the
+// longest wait on the online traffic service; where playback stopped short of the end of the file
 // comes from the events scan. The "finished" JSON item and the summary on
 // standard error are written from it, so both tell the same. A value.
 
@@ -10,6 +11,8 @@
 #include <string>
 #include <utility>
 #include <vector>
+
+#include "LagMeter.h"
 
 namespace PelorinTools {
 class JsonWriter;
@@ -33,6 +36,7 @@ struct PlaybackSummary {
   bool tallyKnown = false;  // false when the host does not read the recording
   RecordTally tally;
   double wallSeconds = 0.0;
+  LagMeter::Figures lag;
 
   double MeanSpeed() const { return wallSeconds > 0.0 ? tally.spanSeconds / wallSeconds : 0.0; }
   // The figures as members of the "finished" item.

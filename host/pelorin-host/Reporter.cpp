@@ -235,7 +235,9 @@ bool Reporter::Locate(const Output::Line& out, ItemKind kind, ItemOrigin* origin
   // `out` holds the output's lock: one writer at a time.
   if (out.Refused()) return false;
   m_records.store(m_records.load(std::memory_order_relaxed) + 1, std::memory_order_relaxed);
-  return m_origins != nullptr && m_origins->Find(kind, origin);
+  if (m_origins == nullptr || !m_origins->Find(kind, origin)) return false;
+  m_lag.Item(origin->pass, origin->seconds, HostClock::Micros());
+  return true;
 }
 
 void Reporter::OriginFields(JsonWriter& json, const ItemOrigin& origin) const {
@@ -375,10 +377,11 @@ void Reporter::ServiceList(const Quillan::ServiceListEntries* entries) {
   }
 }
 
-void Reporter::OnlineTrafficCall(const char* call, const std::vector<CallArgument>& args) {
+uint64_t Reporter::OnlineTrafficCall(const char* call, const std::vector<CallArgument>& args) {
   Output::Line out(m_output);
   ItemOrigin origin;
   const bool known = Locate(out, ItemKind::kOnlineTraffic, &origin);
+  const uint64_t line = known ? origin.line : 0;
   if (m_json || m_expected != nullptr) {
     JsonWriter& json = ThreadWriter();
     BeginItem(json, "onlineTraffic");
@@ -399,28 +402,30 @@ void Reporter::OnlineTrafficCall(const char* call, const std::vector<CallArgumen
     Expect(out, json.Text());
     if (m_json) {
       out.Text() += json.Text();
-      return;
+      return line;
     }
   }
-  std::string& line = out.Text();
-  BeginReadable(line, "onlineTraffic");
-  if (known) OriginFields(line, origin);
-  line += ' ';
-  line += call;
-  line += '(';
+  std::string& text = out.Text();
+  BeginReadable(text, "onlineTraffic");
+  if (known) OriginFields(text, origin);
+  text += ' ';
+  text += call;
+  text += '(';
   for (size_t i = 0; i < args.size(); ++i) {
-    if (i > 0) line += ", ";
+    if (i > 0) text += ", ";
     if (args[i].isText) {
-      AppendQuoted(line, args[i].text);
+      AppendQuoted(text, args[i].text);
     } else {
-      JsonWriter::AppendSigned(line, args[i].number);
+      JsonWriter::AppendSigned(text, args[i].number);
     }
   }
-  line += ')';
+  text += ')';
+  return line;
 }
 
 void Reporter::DataPoolValue(uint32_t id, bool known, int32_t value) {
   if (known && id == kTickValueId) m_tickTime.store(value, std::memory_order_relaxed);
+  if (known && id == kSpeedValueId) m_lag.SetSpeed(value / 100.0);
   if (m_json) {
     JsonWriter& json = ThreadWriter();
     BeginItem(json, "dataPool");
@@ -499,6 +504,7 @@ PlaybackSummary Reporter::SummaryNow() const {
     summary.tally = m_origins->Tally();
   }
   summary.wallSeconds = static_cast<double>(HostClock::Micros()) / 1e6;
+  summary.lag = m_lag.Now();
   return summary;
 }
 

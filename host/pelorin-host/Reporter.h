@@ -20,6 +20,7 @@
 
 #include "EventsScan.h"
 #include "ItemOrigins.h"
+#include "LagMeter.h"
 #include "Output.h"
 #include "PlaybackSummary.h"
 #include "producers/ServiceList.h"
@@ -52,7 +53,8 @@ class Reporter {
 
   void Tmc(const Quillan::TmcMessageData& message);
   void ServiceList(const Quillan::ServiceListEntries* entries);
-  void OnlineTrafficCall(const char* call, const std::vector<CallArgument>& args);
+  // Returns the line of the call's record, 0 when not known.
+  uint64_t OnlineTrafficCall(const char* call, const std::vector<CallArgument>& args);
   // `known` false: the value could not be read back (written as null).
   void DataPoolValue(uint32_t id, bool known, int32_t value);
   void Event(uint32_t id);
@@ -80,6 +82,12 @@ class Reporter {
   // that differs on, no item is shown. Set before the module plays, not owned.
   void SetExpected(ExpectedItems* expected) { m_expected = expected; }
 
+  // How far playback is behind the recording; fed by the record items and
+  // the speed values seen here, and by the head unit and the online traffic
+  // service.
+  LagMeter& Lag() { return m_lag; }
+  const LagMeter& Lag() const { return m_lag; }
+
   // Items that carried traffic data: TMC messages, service lists and online
   // traffic calls.
   uint32_t RecordsPlayed() const { return m_records.load(std::memory_order_relaxed); }
@@ -106,6 +114,7 @@ class Reporter {
   ItemOrigins* m_origins = nullptr;
   bool m_showPass = false;
   ExpectedItems* m_expected = nullptr;
+  LagMeter m_lag;
   // 32-bit atomics: lock-free on the 32-bit ARM head unit too. m_records
   // is written holding an Output::Line only.
   std::atomic<uint32_t> m_records{0};

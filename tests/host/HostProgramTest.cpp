@@ -225,6 +225,16 @@ TEST(HostWallClock, OnlineTrafficAnswersAfterItsLatency) {
   // getNewData goes out only once getInventory has been answered.
   EXPECT_GE(calls[1].t - calls[0].t, 300.0);
   EXPECT_LE(calls[1].t - calls[0].t, 300.0 + 500.0 * pelorin_test::TimeScale());
+  // In real time the wait puts playback behind the recording for good.
+  ToolProcess paced;
+  ASSERT_EQ(RunHost({"--json", "--realtime", "4", "--tpeg-latency", "300", events}, &paced), kDone);
+  const auto finished = paced.ItemsOfType("finished");
+  ASSERT_EQ(finished.size(), 1u);
+  EXPECT_GE(finished[0].json["longestOnlineWaitSeconds"].number, 0.3);
+  EXPECT_GE(finished[0].json["lagSeconds"].number, 0.3);
+  EXPECT_LE(finished[0].json["lagSeconds"].number, 0.3 + 0.5 * pelorin_test::TimeScale());
+  EXPECT_NE(paced.Stderr().find("behind the recording's schedule at the end: 0."), std::string::npos)
+      << paced.Stderr();
 }
 
 }  // namespace
