@@ -1,7 +1,8 @@
 #pragma once
 // EndSignal: how the module's threads, the trace sink and the controls tell
 // the main thread that something happened that it must act on (playback
-// finished, quit, end of the control input). They only raise flags here; the
+// finished, quit, end of the control input, an item
+// that differs from the one expected). They only raise flags here; the
 // main thread does the shutting down. Thread-safe; Raise never blocks for
 // long and never calls anything else.
 
@@ -17,6 +18,7 @@ class EndSignal {
     kFinished = 1u << 0,    // the module reported the end of playback
     kQuit = 1u << 1,        // "quit" on the control input
     kInputEnded = 1u << 2,  // the control input reached its end
+    kMismatch = 1u << 3,    // an item differs from --expect FILE
   };
 
   void Raise(Reason reason);

@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "HmiModule.h"
+#include "HostClock.h"
 #include "ModuleLoader.h"
 #include "OnlineTrafficReply.h"
 #include "Reporter.h"
@@ -29,6 +30,7 @@ HeadUnit::HeadUnit(ModuleLoader& module, Reporter& reporter, SimulatedOnlineTraf
     : m_module(module),
       m_onlineTraffic(onlineTraffic),
       m_trace(trace),
+      m_lag(reporter.Lag()),
       m_events(reporter),
       m_dataPool(reporter),
       m_recorder(reporter) {}
@@ -187,6 +189,7 @@ StatusInfo HeadUnit::Status(uint32_t records, int64_t recordTime) const {
 void HeadUnit::StartPlayback() {
   if (!EnterCall()) return;
   m_playing.store(true);
+  m_lag.Started(HostClock::Micros());
   m_events.Raise(SimulatedEvents::kStartEvent);
   LeaveCall();
 }
@@ -194,6 +197,7 @@ void HeadUnit::StartPlayback() {
 void HeadUnit::StopPlayback() {
   if (!EnterCall()) return;
   m_playing.store(false);
+  m_lag.Stopped(HostClock::Micros());
   m_events.Raise(SimulatedEvents::kStopEvent);
   LeaveCall();
 }

@@ -37,6 +37,7 @@
 
 namespace PelorinHost {
 
+class LagMeter;
 class ModuleLoader;
 class Reporter;
 class SimulatedOnlineTraffic;
@@ -78,6 +79,7 @@ class HeadUnit : public ControlTarget {
   ModuleLoader& m_module;
   SimulatedOnlineTraffic& m_onlineTraffic;
   TraceFollower& m_trace;
+  LagMeter& m_lag;  // told when playback stops and starts
   SimulatedHost m_host;
   SimulatedEvents m_events;
   SimulatedDataPool m_dataPool;

@@ -18,6 +18,7 @@
 #include "Controls.h"
 #include "EndSignal.h"
 #include "EventsScan.h"
+#include "ExpectedItems.h"
 #include "HeadUnit.h"
 #include "PlaybackSummary.h"
 #include "ItemOrigins.h"
@@ -130,8 +131,7 @@ bool HostProgram::PrepareRoot(StorageRoot& root, std::string* recording,
       return false;
     }
     // The example as it stands, unless options ask to play it another way.
-    const bool asItStands = !m_options.SetsConfiguration() &&
-                            !m_options.selection.Restricts() && !m_options.loopGiven;
+    const bool asItStands = !m_options.SetsConfiguration() && !CopiesRecording();
     if (asItStands) return root.UseFolder(example, error);
     eventsFile = example + "/quillan/events";
   }
@@ -147,7 +147,7 @@ bool HostProgram::PrepareRoot(StorageRoot& root, std::string* recording,
 }
 
 bool HostProgram::CopiesRecording() const {
-  return m_options.selection.Restricts() || m_options.loopGiven;
+  return m_options.selection.Restricts() || m_options.loopGiven || m_options.maxGapSeconds > 0.0;
 }
 
 bool HostProgram::PlaysAgain(uint32_t finished, uint64_t records) const {
@@ -192,9 +192,11 @@ int HostProgram::Run() {
   StorageRoot root;
   BackgroundScan scan(m_options.selection);
   std::string recording;
-  PrivateEvents privateEvents(m_options.selection, m_options.passes);
-  ItemOrigins origins(m_options.selection);
+  PrivateEvents privateEvents(m_options.selection, m_options.passes, m_options.maxGapSeconds);
+  ItemOrigins origins(m_options.selection, m_options.maxGapSeconds);
   const bool interactive = m_options.runner == RunnerChoice::kInteractive;
+  EndSignal endSignal;
+  ExpectedItems expected(endSignal);
   bool ready = PrepareRoot(root, &recording, &error);
   if (ready) {
     Storage::SetStorageRoot(root.Path());
@@ -204,7 +206,8 @@ int HostProgram::Run() {
              ((!CopiesRecording() ||
                privateEvents.Create(recording, root.Path() + "/quillan/" + PrivateEvents::kFileName,
                                     !interactive, &error)) &&
-              origins.Open(recording, &error)));
+              origins.Open(recording, &error))) &&
+            LoadExpected(&expected, &error);
   }
   RunEnd end;
   end.signal = g_signal.load();
@@ -221,7 +224,9 @@ int HostProgram::Run() {
   Reporter reporter(output, m_options.json);
   reporter.AwaitFileScan(&scan);
   if (!recording.empty()) reporter.SetOrigins(&origins, m_options.loopGiven);
-  EndSignal endSignal;
+  if (!m_options.expectFile.empty()) reporter.SetExpected(&expected);
+  reporter.Lag().SetPaced(m_options.runner != RunnerChoice::kBatched);
+  if (m_options.runner == RunnerChoice::kRealtime) reporter.Lag().SetSpeed(m_options.realtimeSpeed);
   TraceFollower trace(reporter, endSignal, m_options.traceLevel);
   trace.Install();
 
@@ -281,6 +286,7 @@ int HostProgram::Run() {
   output.Flush();
   if (end.writeError == 0) end.writeError = output.WriteError();
   TellTheEnd(end, error, trace.FinishedCount() > 0 ? &scan.Result() : nullptr);
+  if (!m_options.expectFile.empty() && !end.unusable) TellExpected(expected, trace, &end);
   if (!end.unusable && end.writeError == 0 && !m_options.quiet) {
     // A stop tells the figures of the items shown until then.
     const bool stopped = end.signal != 0 || end.timedOut;
@@ -301,6 +307,29 @@ void HostProgram::TellTheEnd(const RunEnd& end, const std::string& error,
   if (scan != nullptr && end.writeError == 0) TellPlayback(*scan);
 }
 
+bool HostProgram::LoadExpected(ExpectedItems* expected, std::string* error) const {
+  if (m_options.expectFile.empty()) return true;
+  ExpectedItems::RunShape run;
+  run.tmc = m_options.selection.PlaysTag("$TMC");
+  run.serviceList = m_options.selection.PlaysTag("$TSL");
+  run.onlineTraffic = m_options.selection.PlaysTag("$TOT");
+  run.loops = m_options.loopGiven;
+  return expected->Load(m_options.expectFile, m_options.expectFile, run, error);
+}
+
+// --expect: what the comparison found, on standard error. Items not
+// received are missing only when playback ran to its end.
+void HostProgram::TellExpected(ExpectedItems& expected, const TraceFollower& trace,
+                               RunEnd* end) const {
+  expected.End(trace.FinishedCount() > 0 && end->signal == 0 && !end->timedOut &&
+               end->writeError == 0);
+  end->mismatch = expected.Differs();
+  if (end->writeError != 0) return;
+  for (const std::string& line : expected.Verdict(TerminalText::Escaped(m_eventsName))) {
+    Complain(line);
+  }
+}
+
 // The summary of the run on standard error.
 void HostProgram::TellSummary(Reporter& reporter, bool finished) const {
   const PlaybackSummary summary = reporter.Summary(!finished);
@@ -310,17 +339,24 @@ void HostProgram::TellSummary(Reporter& reporter, bool finished) const {
 }
 
 StatusInfo HostProgram::StatusNow(const Watched& watched) const {
-  int64_t clock = watched.reporter.RecordTime();
-  // The module's clock value is signed 32-bit and stands still at its
-  // largest after 2038; the record's own time goes on.
+  // The module's clock runs on shortened times under --max-gap, and its
+  // signed 32-bit value stands still at its largest after 2038; the
+  // record's own time goes on.
+  int64_t clock = m_options.maxGapSeconds > 0.0 ? 0 : watched.reporter.RecordTime();
   const bool clockKnown = clock != 0 && clock != INT32_MAX;
   if (!clockKnown && watched.origins != nullptr) clock = watched.origins->Clock();
   StatusInfo info = watched.unit.Status(watched.reporter.RecordsPlayed(), clock);
   if (watched.origins != nullptr) info.line = watched.origins->Line();
+  const LagMeter::Figures lag = watched.reporter.Lag().Now();
+  if (lag.paced && watched.origins != nullptr) {
+    info.lagMs = static_cast<int64_t>(lag.lagMicros / 1000u);
+  }
   // Until the scan has read the whole file the line count is not known.
   if (!watched.scan.Done()) return info;
   const ScanResult& scan = watched.scan.Result();
   info.lines = scan.lines;
+  // Under --max-gap the gaps still ahead are not known: no time left.
+  if (m_options.maxGapSeconds > 0.0) return info;
   if (info.speedFactor > 0.0 && clock > 0 && scan.lastTime >= static_cast<double>(clock)) {
     info.leftMs = static_cast<int64_t>((scan.lastTime - static_cast<double>(clock)) /
                                        info.speedFactor * 1000.0);
@@ -357,7 +393,7 @@ void HostProgram::WaitForTheEnd(const Watched& watched, RunEnd* end) const {
       end->timedOut = true;
       break;
     }
-    if ((reasons & (EndSignal::kQuit | EndSignal::kInputEnded)) != 0) break;
+    if ((reasons & (EndSignal::kQuit | EndSignal::kInputEnded | EndSignal::kMismatch)) != 0) break;
     if ((reasons & EndSignal::kFinished) != 0 && PlaysAgain(finished, watched.replayedRecords)) {
       watched.unit.StartPlayback();
       continue;

@@ -2,13 +2,14 @@
 // HostProgram: pelorin-host from its parsed options to its exit status.
 // It chooses the storage root, loads the module, brings up the HeadUnit,
 // waits on the main thread for the end (playback finished, quit or end of
-// the control input, --timeout, SIGINT/SIGTERM/SIGHUP/SIGQUIT, a failed
-// write or a reader gone), and shuts everything down in order: output
-// closed, playback halted, online traffic and controls stopped, module down
-// and destroyed, private events file stopped, library closed, private
-// storage root removed. It reads the events file, on a thread of its own
-// while the module plays, to tell where playback will stop (events that can
-// be read only once, standard input or a pipe, are played from a copy).
+// the control input, an item unlike --expect FILE's, --timeout,
+// SIGINT/SIGTERM/SIGHUP/SIGQUIT, a failed write or a reader gone), and
+// shuts everything down in order: output closed, playback halted, online
+// traffic and controls stopped, module down and destroyed, private events
+// file stopped, library closed, private storage root removed. It reads the
+// events file, on a thread of its own while the module plays, to tell where
+// playback will stop (events that can be read only once, standard input or
+// a pipe, are played from a copy).
 // With --loop it restarts interactive playback at its end. RunEnd turns how
 // the run ended into the exit status.
 
@@ -22,6 +23,7 @@ namespace PelorinHost {
 
 class BackgroundScan;
 class EndSignal;
+class ExpectedItems;
 class HeadUnit;
 class ItemOrigins;
 class Output;
@@ -69,6 +71,8 @@ class HostProgram {
   void WaitForTheEnd(const Watched& watched, RunEnd* end) const;
   StatusInfo StatusNow(const Watched& watched) const;
   void TellSummary(Reporter& reporter, bool finished) const;
+  bool LoadExpected(ExpectedItems* expected, std::string* error) const;
+  void TellExpected(ExpectedItems& expected, const TraceFollower& trace, RunEnd* end) const;
 
   const Options& m_options;
   const std::string m_programDir;

@@ -26,7 +26,9 @@ bool ItemOrigins::Pass() {
   if (!m_passStarted) {
     m_passStarted = true;
     m_passFirst = m_record->time;
+    m_gaps.Restart();
   }
+  m_tally.skippedSeconds += static_cast<double>(m_gaps.Next(m_record->time)) / 1000.0;
   m_passLast = m_record->time;
   m_tally.Count(m_record->tag, m_record->yield.kind != ItemKind::kNone, m_record->yield.yields);
   m_line.store(static_cast<uint32_t>(m_record->line), std::memory_order_relaxed);
@@ -48,6 +50,7 @@ bool ItemOrigins::Find(ItemKind kind, ItemOrigin* origin) {
   }
   origin->line = m_record->line;
   origin->recordTime = m_record->timeText;
+  origin->seconds = m_record->time;
   origin->pass = m_pass;
   return true;
 }

@@ -19,6 +19,7 @@
 #include <string>
 #include <string_view>
 
+#include "GapCap.h"
 #include "PlaybackSummary.h"
 #include "RecordYield.h"
 #include "RecordsAhead.h"
@@ -30,12 +31,17 @@ namespace PelorinHost {
 struct ItemOrigin {
   uint64_t line = 0;
   std::string_view recordTime;  // a JSON number, valid until the next Find
+  double seconds = 0.0;         // the record time as the module reads it
   uint32_t pass = 1;
 };
 
 class ItemOrigins {
  public:
-  explicit ItemOrigins(const Selection& selection) : m_records(selection) {}
+  // `maxGapSeconds` (--max-gap) > 0: the tally also sums the time skipped.
+  ItemOrigins(const Selection& selection, double maxGapSeconds)
+      : m_records(selection), m_gaps(maxGapSeconds) {
+    m_tally.capsGaps = m_gaps.Limits();
+  }
 
   bool Open(const std::string& recording, std::string* error);
 
@@ -62,6 +68,7 @@ class ItemOrigins {
   bool m_passStarted = false;
   double m_passFirst = 0.0;
   double m_passLast = 0.0;
+  GapCap m_gaps;
   RecordTally m_tally;
   // 32-bit atomics: lock-free on the 32-bit ARM head unit too.
   std::atomic<uint32_t> m_line{0};

@@ -94,6 +94,7 @@ const OptionSpec kOptions[] = {
     {"--help", Kind::kFlag},         {"--version", Kind::kFlag},   {"--from", Kind::kValue},
     {"--until", Kind::kValue},       {"--only", Kind::kValue},     {"--skip", Kind::kValue},
     {"--loop", Kind::kOptionalValue}, {"--quiet", Kind::kFlag},  {"--progress", Kind::kFlag},
+    {"--expect", Kind::kValue},       {"--max-gap", Kind::kValue},
 };
 
 // A pass count after --loop: digits, or a sign and digits (refused later).
@@ -180,6 +181,18 @@ bool ApplyValue(Options* options, const std::string& name, const std::string& va
       return false;
     }
     options->timeoutSeconds = number;
+  } else if (name == "--max-gap") {
+    if (!ParseDouble(value, &number) || number < 0.001 || number > 1.0e6) {
+      *error = "--max-gap needs seconds from 0.001 to 1000000, not '" + value + "'";
+      return false;
+    }
+    options->maxGapSeconds = number;
+  } else if (name == "--expect") {
+    if (value.empty()) {
+      *error = "--expect needs the file of an earlier --json run";
+      return false;
+    }
+    options->expectFile = value;
   } else if (name == "--module") {
     options->modulePath = value;
   } else if (name == "--root") {
@@ -226,6 +239,10 @@ bool CheckCombinations(const Options& options, std::string* error) {
     *error = "--paused applies to interactive playback only";
     return false;
   }
+  if (options.runner == RunnerChoice::kBatched && options.maxGapSeconds > 0.0) {
+    *error = "--max-gap applies to real-time and interactive playback; --batched has no gaps";
+    return false;
+  }
   if (!options.rootDir.empty() && !options.eventsFile.empty()) {
     *error = "--root and an events file cannot be given together";
     return false;
@@ -234,9 +251,10 @@ bool CheckCombinations(const Options& options, std::string* error) {
     *error = "--control reads standard input, so the events cannot come from it ('-')";
     return false;
   }
-  if (!options.rootDir.empty() && (options.selection.Restricts() || options.loopGiven)) {
+  if (!options.rootDir.empty() &&
+      (options.selection.Restricts() || options.loopGiven || options.maxGapSeconds > 0.0)) {
     *error = "--root plays DIR/quillan/Pelorin.cfg as it stands; --from, --until, --only, "
-             "--skip and --loop need an events file";
+             "--skip, --loop and --max-gap need an events file";
     return false;
   }
   if (!options.selection.Check(error)) return false;
@@ -353,6 +371,12 @@ Part of a recording (EVENTS only; lines keep their numbers in the output):
   --skip TAGS       play all but these tags
   --loop [N]        play the selection N times, or until stopped without N;
                     items then carry the pass (1, 2, ...)
+  --max-gap SECONDS play every gap between two records that is longer than
+                    SECONDS as SECONDS (real-time and interactive playback):
+                    a lunch break or a night goes by at once. Items keep
+                    their recorded "recordTime"; the summary tells the time
+                    skipped. The module's clock (dataPool 0x4d000000) runs
+                    on the shortened times.
 
 The head unit:
   --control         steer playback from standard input, one command a line:
@@ -379,6 +403,13 @@ Output (standard output):
                     "recordTime" of the record (not with --root)
   --trace LEVEL     also show the module's trace messages of LEVEL and above
                     (2 progress, 3 warnings, 4 failures)
+  --expect FILE     compare the traffic items (tmc, serviceList,
+                    onlineTraffic) with those of FILE, the output of an
+                    earlier --json run, leaving out "t"; the run ends at the
+                    first difference, which standard error shows with the
+                    line of the recording (exit status 5). A file made with
+                    other options is compared only on what both runs have,
+                    and standard error says what was left out.
   -h, --help        this text
   -V, --version     the version
 
@@ -389,9 +420,12 @@ Standard error:
 
 On a terminal, playback keeps a status line on standard error: the line
 of the events file reached, the playback clock (UTC), the speed and, for
-real-time and interactive playback, the time left at that speed. At the
-end a summary follows: records dispatched per tag, records dropped, where
-and why playback stopped short, wall time and mean speed.
+real-time and interactive playback, the time left at that speed and how far
+playback is behind the recording's schedule (time spent in the work loop
+and in waits on the online traffic service is never made up). At the end
+a summary follows: records dispatched per tag, records dropped, where and
+why playback stopped short, wall time, mean speed, the lag at the end and
+the longest wait on the online traffic service, with its line.
 Once the run is to end (end of playback, quit, --timeout, a signal), nothing
 more from the module is shown, nor counted in the summary, but its trace
 messages (--trace), which tell of its shutdown.
@@ -405,6 +439,7 @@ Exit status:
        is missing, a directory or unreadable, a module that does not load
   3    --timeout reached
   4    writing standard output failed (e.g. a full disk)
+  5    an item differed from --expect FILE, or one was missing or extra
   141  the reader of standard output went away (the run ends quietly)
   128+N  ended by signal N: 130 SIGINT, 129 SIGHUP, 131 SIGQUIT, 143 SIGTERM
 
@@ -421,6 +456,11 @@ Examples:
       play a head unit's storage folder as it would, for at most a minute
   pelorin-host --realtime 1 --from +60 --until +120 --only TMC --loop rec.txt
       play the TMC messages of the recording's second minute over and over
+  pelorin-host --batched --json rec.txt > rec.jsonl
+  pelorin-host --batched --expect rec.jsonl rec.txt
+      keep a run's items, then check that later runs still make them
+  pelorin-host --realtime 1 --max-gap 5 day.txt
+      play a day's recording at its pace, but no gap longer than 5 seconds
   pelorin-host --tpeg-offline --trace 3 --timeout 20 recording.txt
       watch playback block on an online traffic service that never answers
 )";

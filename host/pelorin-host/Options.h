@@ -21,6 +21,7 @@ struct Options {
   double speed = 0.0;          // --speed FACTOR (0: not given)
   bool autostart = false;
   std::string tpegsDir;
+  double maxGapSeconds = 0.0;  // --max-gap: longer gaps play as this (0: as recorded)
 
   // What the head unit does.
   bool paused = false;
@@ -39,6 +40,7 @@ struct Options {
   int traceLevel = -1;  // -1: no trace lines
   bool quiet = false;     // no status line, no summary
   bool progress = false;  // the status line also when not on a terminal
+  std::string expectFile;  // --expect: the traffic items are compared with it
 
   // Where things are.
   std::string modulePath;

@@ -41,6 +41,8 @@ class Output {
     // The output refused items or was closed when this line began: it will
     // be dropped, even when a stop comes while it is made.
     bool Refused() const { return m_refused; }
+    // Drops this line, whatever the output does.
+    void Drop() { m_refused = true; }
 
    private:
     Output& m_output;

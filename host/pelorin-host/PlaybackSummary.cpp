@@ -52,6 +52,22 @@ void PlaybackSummary::AppendJson(JsonWriter& json) const {
     json.Uint(tally.badPayload);
     json.Key("meanSpeed");
     json.Number(Decimal(MeanSpeed(), 3));
+    if (tally.capsGaps) {
+      json.Key("skippedSeconds");
+      json.Number(Decimal(tally.skippedSeconds, 3));
+    }
+    if (lag.paced) {
+      json.Key("lagSeconds");
+      json.Number(Decimal(static_cast<double>(lag.lagMicros) / 1e6, 3));
+    }
+  }
+  if (lag.longestWaitMicros > 0) {
+    json.Key("longestOnlineWaitSeconds");
+    json.Number(Decimal(static_cast<double>(lag.longestWaitMicros) / 1e6, 3));
+    if (lag.longestWaitLine > 0) {
+      json.Key("longestOnlineWaitLine");
+      json.Uint(lag.longestWaitLine);
+    }
   }
   json.Key("wallSeconds");
   json.Number(Decimal(wallSeconds, 3));
@@ -61,6 +77,8 @@ void PlaybackSummary::AppendFields(std::string& line) const {
   if (tallyKnown) {
     line += " dropped=" + std::to_string(tally.unknownTag + tally.badPayload);
     line += " meanSpeed=" + Decimal(MeanSpeed(), 3);
+    if (tally.capsGaps) line += " skippedSeconds=" + Decimal(tally.skippedSeconds, 3);
+    if (lag.paced) line += " lagSeconds=" + Decimal(static_cast<double>(lag.lagMicros) / 1e6, 3);
   }
   line += " wallSeconds=" + Decimal(wallSeconds, 3);
 }
@@ -83,8 +101,22 @@ std::vector<std::string> PlaybackSummary::Lines() const {
     time += ", recorded time played " +
             TimeText::Duration(TimeText::RoundedMs(tally.spanSeconds)) + ", mean speed " +
             Decimal(MeanSpeed(), 2) + "x";
+    if (tally.capsGaps) {
+      time += ", skipped in long gaps " +
+              TimeText::Duration(TimeText::RoundedMs(tally.skippedSeconds));
+    }
   }
   lines.push_back(time);
+  if (tallyKnown && lag.paced) {
+    lines.push_back("behind the recording's schedule at the end: " +
+                    TimeText::Duration(static_cast<int64_t>(lag.lagMicros / 1000u)));
+  }
+  if (lag.longestWaitMicros > 0) {
+    std::string wait = "longest wait on the online traffic service: " +
+                       TimeText::Duration(static_cast<int64_t>(lag.longestWaitMicros / 1000u));
+    if (lag.longestWaitLine > 0) wait += " (line " + std::to_string(lag.longestWaitLine) + ")";
+    lines.push_back(wait);
+  }
   return lines;
 }
 

@@ -9,6 +9,8 @@
 #include <cstring>
 #include <string_view>
 
+#include "GapCap.h"
+
 namespace PelorinHost {
 
 const char PrivateEvents::kModulePath[] = "/fs/sda0/quillan/played-events";
@@ -26,12 +28,23 @@ constexpr int kPollMs = 50;
 // line ends are written when the next line is known.
 class PrivateEvents::Writer {
  public:
+  explicit Writer(double maxGapSeconds) : m_gaps(maxGapSeconds) {}
+
   template <typename Sink>
   bool Pass(SelectedRecords& records, Sink&& sink, uint64_t* count) {
     SelectedRecord record;
     *count = 0;
+    m_gaps.Restart();
     while (records.Next(&record)) {
-      Line(record.text);
+      m_gaps.Next(record.time);
+      if (m_gaps.SkippedMs() > 0 && record.text.size() > record.timeText.size() &&
+          record.text[0] != '\r') {
+        m_moved = m_gaps.Played(record.time);
+        m_moved += record.text.substr(record.timeText.size());
+        Line(m_moved);
+      } else {
+        Line(record.text);
+      }
       ++*count;
       if (m_buffer.size() >= kChunk && !Flush(sink)) return false;
     }
@@ -64,6 +77,8 @@ class PrivateEvents::Writer {
     return written;
   }
 
+  GapCap m_gaps;
+  std::string m_moved;  // a record line with its time moved
   std::string m_buffer;
   bool m_started = false;
 };
@@ -89,11 +104,11 @@ PrivateEvents::~PrivateEvents() {
 }
 
 bool PrivateEvents::Text(const Selection& selection, const std::string& recording,
-                         uint32_t passes, std::string* text) {
+                         uint32_t passes, double maxGapSeconds, std::string* text) {
   SelectedRecords records(selection);
   std::string error;
   if (!records.Open(recording, &error)) return false;
-  Writer writer;
+  Writer writer(maxGapSeconds);
   auto sink = [text](const std::string& bytes) {
     *text += bytes;
     return true;
@@ -125,7 +140,7 @@ bool PrivateEvents::Create(const std::string& recording, const std::string& path
     return false;
   }
   m_path = path;
-  Writer writer;
+  Writer writer(m_maxGapSeconds);
   auto sink = [fd](const std::string& bytes) { return WriteAll(fd, bytes); };
   const bool written = writer.Pass(records, sink, &m_records) && writer.Finish(sink);
   if (::close(fd) != 0 || !written) {
@@ -167,7 +182,7 @@ void PrivateEvents::Feed() {
   };
   SelectedRecords records(m_selection);
   std::string error;
-  Writer writer;
+  Writer writer(m_maxGapSeconds);
   bool going = records.Open(m_recording, &error);
   for (uint32_t pass = 0; going && (m_passes == 0 || pass < m_passes); ++pass) {
     uint64_t count = 0;

@@ -3,7 +3,8 @@
 // recording is played or it is played repeatedly, written by the host into
 // its private storage root: only the selected records, each keeping its
 // bytes (line ends become LF, or a lone CR before a line that starts with a
-// CR).
+// CR). With --max-gap, record times after a long gap move back by the
+// time skipped (GapCap), so that the module plays the gap as the limit.
 // - A regular file holding one pass, for the interactive runner, which
 //   rewinds it for every replay.
 // - A named pipe for the batched and real-time runners, which play a file
@@ -28,9 +29,9 @@ class PrivateEvents {
   static const char kModulePath[];
   static const char kFileName[];
 
-  // `passes` 0: until stopped.
-  PrivateEvents(const Selection& selection, uint32_t passes)
-      : m_selection(selection), m_passes(passes) {}
+  // `passes` 0: until stopped; `maxGapSeconds` 0: gaps as recorded.
+  PrivateEvents(const Selection& selection, uint32_t passes, double maxGapSeconds)
+      : m_selection(selection), m_passes(passes), m_maxGapSeconds(maxGapSeconds) {}
   ~PrivateEvents();
   PrivateEvents(const PrivateEvents&) = delete;
   PrivateEvents& operator=(const PrivateEvents&) = delete;
@@ -45,7 +46,7 @@ class PrivateEvents {
 
   // The private file's bytes for `passes` passes of the recording (tests).
   static bool Text(const Selection& selection, const std::string& recording, uint32_t passes,
-                   std::string* text);
+                   double maxGapSeconds, std::string* text);
 
  private:
   class Writer;
@@ -54,6 +55,7 @@ class PrivateEvents {
 
   const Selection& m_selection;
   const uint32_t m_passes;
+  const double m_maxGapSeconds;
   std::string m_recording;
   std::string m_path;
   uint64_t m_records = 0;

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "BackgroundScan.h"
+#include "ExpectedItems.h"
 #include "HostClock.h"
 #include "Output.h"
 #include "host/common/JsonWriter.h"
@@ -234,7 +235,9 @@ bool Reporter::Locate(const Output::Line& out, ItemKind kind, ItemOrigin* origin
   // `out` holds the output's lock: one writer at a time.
   if (out.Refused()) return false;
   m_records.store(m_records.load(std::memory_order_relaxed) + 1, std::memory_order_relaxed);
-  return m_origins != nullptr && m_origins->Find(kind, origin);
+  if (m_origins == nullptr || !m_origins->Find(kind, origin)) return false;
+  m_lag.Item(origin->pass, origin->seconds, HostClock::Micros());
+  return true;
 }
 
 void Reporter::OriginFields(JsonWriter& json, const ItemOrigin& origin) const {
@@ -253,6 +256,13 @@ void Reporter::OriginFields(std::string& line, const ItemOrigin& origin) const {
   if (m_showPass) AppendField(line, "pass", origin.pass);
 }
 
+// The first item that differs is not shown, nor anything after it.
+void Reporter::Expect(Output::Line& out, std::string_view json) {
+  if (m_expected == nullptr || out.Refused() || m_expected->Check(json)) return;
+  out.Drop();
+  m_output.RefuseLines();
+}
+
 int64_t Reporter::RecordTime() const {
   const int32_t tick = m_tickTime.load(std::memory_order_relaxed);
   return tick > 0 ? tick : 0;
@@ -264,8 +274,15 @@ void Reporter::Tmc(const Quillan::TmcMessageData& message) {
   const bool known = Locate(out, ItemKind::kTmc, &origin);
   const CIUInt8Array* data = message.tmcData.get();
   if (m_json) {
+    const size_t begin = out.Text().size();
     TmcJson(out.Text(), message, known ? &origin : nullptr);
+    Expect(out, std::string_view(out.Text()).substr(begin));
     return;
+  }
+  if (m_expected != nullptr) {
+    std::string& json = ThreadLine();
+    TmcJson(json, message, known ? &origin : nullptr);
+    Expect(out, json);
   }
   std::string& line = out.Text();
   BeginReadable(line, "tmc");
@@ -330,7 +347,7 @@ void Reporter::ServiceList(const Quillan::ServiceListEntries* entries) {
   const bool known = Locate(out, ItemKind::kServiceList, &origin);
   static const Quillan::ServiceListEntries kEmpty;
   const Quillan::ServiceListEntries& list = entries ? *entries : kEmpty;
-  if (m_json) {
+  if (m_json || m_expected != nullptr) {
     JsonWriter& json = ThreadWriter();
     BeginItem(json, "serviceList");
     if (known) OriginFields(json, origin);
@@ -345,8 +362,11 @@ void Reporter::ServiceList(const Quillan::ServiceListEntries* entries) {
     }
     json.EndArray();
     json.EndObject();
-    out.Text() += json.Text();
-    return;
+    Expect(out, json.Text());
+    if (m_json) {
+      out.Text() += json.Text();
+      return;
+    }
   }
   std::string& line = out.Text();
   BeginReadable(line, "serviceList");
@@ -359,11 +379,12 @@ void Reporter::ServiceList(const Quillan::ServiceListEntries* entries) {
   }
 }
 
-void Reporter::OnlineTrafficCall(const char* call, const std::vector<CallArgument>& args) {
+uint64_t Reporter::OnlineTrafficCall(const char* call, const std::vector<CallArgument>& args) {
   Output::Line out(m_output);
   ItemOrigin origin;
   const bool known = Locate(out, ItemKind::kOnlineTraffic, &origin);
-  if (m_json) {
+  const uint64_t line = known ? origin.line : 0;
+  if (m_json || m_expected != nullptr) {
     JsonWriter& json = ThreadWriter();
     BeginItem(json, "onlineTraffic");
     if (known) OriginFields(json, origin);
@@ -380,28 +401,33 @@ void Reporter::OnlineTrafficCall(const char* call, const std::vector<CallArgumen
     }
     json.EndArray();
     json.EndObject();
-    out.Text() += json.Text();
-    return;
-  }
-  std::string& line = out.Text();
-  BeginReadable(line, "onlineTraffic");
-  if (known) OriginFields(line, origin);
-  line += ' ';
-  line += call;
-  line += '(';
-  for (size_t i = 0; i < args.size(); ++i) {
-    if (i > 0) line += ", ";
-    if (args[i].isText) {
-      AppendQuoted(line, args[i].text);
-    } else {
-      JsonWriter::AppendSigned(line, args[i].number);
+    Expect(out, json.Text());
+    if (m_json) {
+      out.Text() += json.Text();
+      return line;
     }
   }
-  line += ')';
+  std::string& text = out.Text();
+  BeginReadable(text, "onlineTraffic");
+  if (known) OriginFields(text, origin);
+  text += ' ';
+  text += call;
+  text += '(';
+  for (size_t i = 0; i < args.size(); ++i) {
+    if (i > 0) text += ", ";
+    if (args[i].isText) {
+      AppendQuoted(text, args[i].text);
+    } else {
+      JsonWriter::AppendSigned(text, args[i].number);
+    }
+  }
+  text += ')';
+  return line;
 }
 
 void Reporter::DataPoolValue(uint32_t id, bool known, int32_t value) {
   if (known && id == kTickValueId) m_tickTime.store(value, std::memory_order_relaxed);
+  if (known && id == kSpeedValueId) m_lag.SetSpeed(value / 100.0);
   if (m_json) {
     JsonWriter& json = ThreadWriter();
     BeginItem(json, "dataPool");
@@ -480,6 +506,7 @@ PlaybackSummary Reporter::SummaryNow() const {
     summary.tally = m_origins->Tally();
   }
   summary.wallSeconds = static_cast<double>(HostClock::Micros()) / 1e6;
+  summary.lag = m_lag.Now();
   return summary;
 }
 

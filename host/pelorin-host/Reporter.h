@@ -15,10 +15,12 @@
 #include <cstdint>
 #include <mutex>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "EventsScan.h"
 #include "ItemOrigins.h"
+#include "LagMeter.h"
 #include "Output.h"
 #include "PlaybackSummary.h"
 #include "producers/ServiceList.h"
@@ -31,6 +33,7 @@ class JsonWriter;
 namespace PelorinHost {
 
 class BackgroundScan;
+class ExpectedItems;
 
 // One argument of an online traffic service call.
 struct CallArgument {
@@ -50,7 +53,8 @@ class Reporter {
 
   void Tmc(const Quillan::TmcMessageData& message);
   void ServiceList(const Quillan::ServiceListEntries* entries);
-  void OnlineTrafficCall(const char* call, const std::vector<CallArgument>& args);
+  // Returns the line of the call's record, 0 when not known.
+  uint64_t OnlineTrafficCall(const char* call, const std::vector<CallArgument>& args);
   // `known` false: the value could not be read back (written as null).
   void DataPoolValue(uint32_t id, bool known, int32_t value);
   void Event(uint32_t id);
@@ -73,6 +77,17 @@ class Reporter {
     m_showPass = showPass;
   }
 
+  // --expect: each traffic item shown is also compared with `expected`
+  // (as its JSON line, whether or not the output is JSON); from the first
+  // that differs on, no item is shown. Set before the module plays, not owned.
+  void SetExpected(ExpectedItems* expected) { m_expected = expected; }
+
+  // How far playback is behind the recording; fed by the record items and
+  // the speed values seen here, and by the head unit and the online traffic
+  // service.
+  LagMeter& Lag() { return m_lag; }
+  const LagMeter& Lag() const { return m_lag; }
+
   // Items that carried traffic data: TMC messages, service lists and online
   // traffic calls.
   uint32_t RecordsPlayed() const { return m_records.load(std::memory_order_relaxed); }
@@ -91,11 +106,15 @@ class Reporter {
   void OriginFields(PelorinTools::JsonWriter& json, const ItemOrigin& origin) const;
   void OriginFields(std::string& line, const ItemOrigin& origin) const;
   PlaybackSummary SummaryNow() const;
+  // Hands a traffic item that `out` will show to the comparison.
+  void Expect(Output::Line& out, std::string_view json);
 
   Output& m_output;
   const bool m_json;
   ItemOrigins* m_origins = nullptr;
   bool m_showPass = false;
+  ExpectedItems* m_expected = nullptr;
+  LagMeter m_lag;
   // 32-bit atomics: lock-free on the 32-bit ARM head unit too. m_records
   // is written holding an Output::Line only.
   std::atomic<uint32_t> m_records{0};

@@ -13,6 +13,7 @@ int RunEnd::ExitStatus() const {
   if (unusable) return kUnusable;
   if (signal != 0) return 128 + signal;
   if (timedOut) return kTimedOut;
+  if (mismatch) return kMismatch;
   if (playedPart) return kPlayedPart;
   return kPlayed;
 }

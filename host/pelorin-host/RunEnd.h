@@ -6,6 +6,7 @@
 //   2    unusable input or usage
 //   3    --timeout reached
 //   4    a write to standard output failed
+//   5    an item differed from --expect FILE
 //   141  the reader of standard output went away (128 + SIGPIPE)
 //   128+N  signal N (130 SIGINT, 129 SIGHUP, 131 SIGQUIT, 143 SIGTERM)
 // A value; main thread only.
@@ -18,12 +19,14 @@ struct RunEnd {
   static constexpr int kUnusable = 2;
   static constexpr int kTimedOut = 3;
   static constexpr int kWriteFailed = 4;
+  static constexpr int kMismatch = 5;
 
   bool unusable = false;
   bool timedOut = false;
   int signal = 0;          // the signal that ended the run, 0 when none
   int writeError = 0;      // errno of the failed write of standard output
   bool playedPart = false;  // playback finished before the end of the file
+  bool mismatch = false;    // an item differed from --expect FILE
 
   int ExitStatus() const;
 };

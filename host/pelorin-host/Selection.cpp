@@ -112,6 +112,10 @@ bool Selection::Accepts(uint64_t line, double time, double first, std::string_vi
       : m_until.kind != SelectionBound::kNone && time > BoundTime(m_until, first)) {
     return false;
   }
+  return PlaysTag(tag);
+}
+
+bool Selection::PlaysTag(std::string_view tag) const {
   if (!m_only.empty() && std::find(m_only.begin(), m_only.end(), tag) == m_only.end()) {
     return false;
   }

@@ -34,6 +34,8 @@ class Selection {
   // Whether the record of `line` with `time` and `tag` is played; `first` is
   // the time of the recording's first record.
   bool Accepts(uint64_t line, double time, double first, std::string_view tag) const;
+  // Whether records of `tag` (with the "$") are played at all.
+  bool PlaysTag(std::string_view tag) const;
   // No record after `line` can be played.
   bool EndsBefore(uint64_t line) const;
 

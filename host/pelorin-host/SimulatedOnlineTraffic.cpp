@@ -53,10 +53,11 @@ void SimulatedOnlineTraffic::Deliver(Answer answer) {
   }
 }
 
-void SimulatedOnlineTraffic::Owe(Answer answer) {
+void SimulatedOnlineTraffic::Owe(Answer answer, uint64_t line) {
   std::lock_guard<std::mutex> guard(m_lock);
   if (m_stopped) return;
-  m_owed.push_back(Owed{answer, Clock::now() + m_latency, m_offline});
+  const Clock::time_point now = Clock::now();
+  m_owed.push_back(Owed{answer, now, now + m_latency, m_offline, line});
   m_wake.notify_all();
 }
 
@@ -82,6 +83,13 @@ void SimulatedOnlineTraffic::AnswerLoop() {
     m_owed.pop_front();
     lock.unlock();
     Deliver(next.answer);
+    // Playback waits for these answers; a setNewData is waited for only by
+    // the next one.
+    if (next.answer != Answer::kSetNewDataDone) {
+      const auto waited =
+          std::chrono::duration_cast<std::chrono::microseconds>(Clock::now() - next.called);
+      m_reporter.Lag().OnlineWait(next.line, static_cast<uint64_t>(waited.count()));
+    }
     lock.lock();
   }
 }
@@ -92,21 +100,19 @@ int SimulatedOnlineTraffic::setOnlineTrafficDataStatus(int32_t status) {
 }
 
 int SimulatedOnlineTraffic::getInventory() {
-  m_reporter.OnlineTrafficCall("getInventory", {});
-  Owe(Answer::kInventory);
+  Owe(Answer::kInventory, m_reporter.OnlineTrafficCall("getInventory", {}));
   return 0;
 }
 
 int SimulatedOnlineTraffic::getNewData() {
-  m_reporter.OnlineTrafficCall("getNewData", {});
-  Owe(Answer::kNewData);
+  Owe(Answer::kNewData, m_reporter.OnlineTrafficCall("getNewData", {}));
   return 0;
 }
 
 int SimulatedOnlineTraffic::setNewData(std::shared_ptr<CIString> path) {
-  m_reporter.OnlineTrafficCall("setNewData",
-                               {CallArgument::Text(path ? path->utf8() : std::string())});
-  Owe(Answer::kSetNewDataDone);
+  Owe(Answer::kSetNewDataDone,
+      m_reporter.OnlineTrafficCall(
+          "setNewData", {CallArgument::Text(path ? path->utf8() : std::string())}));
   return 0;
 }
 

@@ -56,11 +56,14 @@ class SimulatedOnlineTraffic : public OnlineTrafficService {
   enum class Answer { kInventory, kNewData, kSetNewDataDone };
   struct Owed {
     Answer answer;
+    Clock::time_point called;
     Clock::time_point due;
     bool never;
+    uint64_t line;  // of the call's record, 0 when not known
   };
 
-  void Owe(Answer answer);
+  // `line`: of the call's record, 0 when not known.
+  void Owe(Answer answer, uint64_t line);
   void Deliver(Answer answer);
   void AnswerLoop();
 

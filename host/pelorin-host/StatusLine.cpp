@@ -32,6 +32,7 @@ std::string StatusLine::Format(const StatusInfo& info) {
   text += FormatUtc(info.recordTime);
   if (!info.speed.empty()) text += "  speed " + info.speed;
   if (info.leftMs >= 0) text += "  left " + PelorinTools::TimeText::Duration(info.leftMs);
+  if (info.lagMs >= 0) text += "  behind " + PelorinTools::TimeText::Duration(info.lagMs);
   if (!info.state.empty()) text += "  " + info.state;
   return text;
 }

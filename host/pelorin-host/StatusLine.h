@@ -1,9 +1,10 @@
 #pragma once
 // StatusLine: the one line on standard error that tells a person where
 // playback stands: the line of the events file reached (of how many), the
-// playback clock as a UTC date-time, the speed, the time left at that speed
-// and whether playback runs. On a terminal it is redrawn in place, only when
-// its text changes; elsewhere (--progress) it is a plain line each Update.
+// playback clock as a UTC date-time, the speed, the time left at that speed,
+// how far playback is behind the recording's schedule and whether it runs.
+// On a terminal it is redrawn in place, only when its text changes;
+// elsewhere (--progress) it is a plain line each Update.
 // Only the main thread calls it.
 
 #include <cstdint>
@@ -19,6 +20,7 @@ struct StatusInfo {
   uint64_t line = 0;       // the line reached, 0 when not known
   uint64_t lines = 0;      // lines of the events file, 0 when not known
   int64_t leftMs = -1;     // time left at the current speed, -1 when not known
+  int64_t lagMs = -1;      // behind the recording's schedule, -1 when not known
   std::string speed;  // e.g. "1.5x"
   double speedFactor = 0.0;  // of real-time and interactive playback, else 0
   std::string state;  // e.g. "playing", "stopped", "finished"

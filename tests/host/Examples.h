@@ -33,16 +33,21 @@ inline void ReplaceAll(std::string& text, const std::string& from, const std::st
 }
 
 // What a run shows, in the form of the .expected files: without the wall
-// times at the start of readable lines and the figures that depend on them.
+// times at the start of readable lines and the figures that depend on them
+// (wall time, mean speed, lag, waits on the online traffic service).
 inline std::string ExampleOutput(const ToolProcess& tool, int status, const std::string& folder) {
   static const std::regex kWallTime("^ *[0-9]+\\.[0-9]{3}  ");
-  static const std::regex kJsonFigures("\"(t|wallSeconds|meanSpeed)\":[-+.0-9eE]+,?");
-  static const std::regex kTextFigures("(wall time |mean speed |meanSpeed=|wallSeconds=)[0-9.]+");
+  static const std::regex kJsonFigures(
+      "\"(t|wallSeconds|meanSpeed|lagSeconds|longestOnlineWait(Seconds|Line))\":[-+.0-9eE]+,?");
+  static const std::regex kTextFigures(
+      "(wall time |mean speed |meanSpeed=|wallSeconds=|lagSeconds=)[0-9.]+");
+  static const std::regex kDurations("(at the end: |service: )[0-9.hms]+( \\(line [0-9]+\\))?");
   std::string text;
   const auto add = [&text](const std::string& prefix, const std::string& lines) {
     std::istringstream split(lines);
     for (std::string line; std::getline(split, line);) {
       line = std::regex_replace(std::regex_replace(line, kWallTime, ""), kJsonFigures, "");
+      line = std::regex_replace(line, kDurations, "$1#");
       text += prefix + std::regex_replace(line, kTextFigures, "$1#") + "\n";
     }
   };

@@ -211,6 +211,28 @@ TEST(HostWallClock, ControlsStopStartSpeedAndReplayAfterTheEnd) {
   EXPECT_TRUE(host.TempDirEmpty());
 }
 
+// Three hours between two records play as two seconds; the items keep
+// their recorded times.
+TEST(HostWallClock, LongGapsPlayAsTheLimit) {
+  TestFolder folder;
+  const std::string events = folder.Write(
+      "events", "1416131460 $TMC SID=1\n1416142260 $TMC SID=2\n1416142260.5 $TMC SID=3\n");
+  ToolProcess host;
+  ASSERT_EQ(RunHost({"--json", "--realtime", "1", "--max-gap", "2", events}, &host,
+                    ScaledMs(20000)),
+            kDone);
+  const auto tmc = host.ItemsOfType("tmc");
+  ASSERT_EQ(tmc.size(), 3u);
+  EXPECT_GE(tmc[1].t - tmc[0].t, 2000.0);
+  EXPECT_LE(tmc[1].t - tmc[0].t, 2000.0 + 500.0 * pelorin_test::TimeScale());
+  EXPECT_EQ(tmc[1].json["recordTime"].number, 1416142260.0);
+  const auto finished = host.ItemsOfType("finished");
+  ASSERT_EQ(finished.size(), 1u);
+  EXPECT_EQ(finished[0].json["skippedSeconds"].number, 10798.0);
+  EXPECT_NE(host.Stderr().find("skipped in long gaps 2h59m58s"), std::string::npos)
+      << host.Stderr();
+}
+
 TEST(HostWallClock, OnlineTrafficAnswersAfterItsLatency) {
   TestFolder folder;
   const std::string events = folder.Write("events", "1 $TOT getInventory\n2 $TOT getNewData\n");
@@ -221,6 +243,16 @@ TEST(HostWallClock, OnlineTrafficAnswersAfterItsLatency) {
   // getNewData goes out only once getInventory has been answered.
   EXPECT_GE(calls[1].t - calls[0].t, 300.0);
   EXPECT_LE(calls[1].t - calls[0].t, 300.0 + 500.0 * pelorin_test::TimeScale());
+  // In real time the wait puts playback behind the recording for good.
+  ToolProcess paced;
+  ASSERT_EQ(RunHost({"--json", "--realtime", "4", "--tpeg-latency", "300", events}, &paced), kDone);
+  const auto finished = paced.ItemsOfType("finished");
+  ASSERT_EQ(finished.size(), 1u);
+  EXPECT_GE(finished[0].json["longestOnlineWaitSeconds"].number, 0.3);
+  EXPECT_GE(finished[0].json["lagSeconds"].number, 0.3);
+  EXPECT_LE(finished[0].json["lagSeconds"].number, 0.3 + 0.5 * pelorin_test::TimeScale());
+  EXPECT_NE(paced.Stderr().find("behind the recording's schedule at the end: 0."), std::string::npos)
+      << paced.Stderr();
 }
 
 }  // namespace

@@ -28,7 +28,7 @@ struct Rig {
         fd(::open(path.c_str(), O_WRONLY | O_CLOEXEC)),
         output(fd, fd),
         reporter(output, true),
-        origins(selection) {
+        origins(selection, 0.0) {
     std::string error;
     EXPECT_TRUE(origins.Open(folder.Write("events", recording), &error)) << error;
     reporter.SetOrigins(&origins, false);
