@@ -25,6 +25,7 @@
 #include "ModuleLoader.h"
 #include "Output.h"
 #include "Paths.h"
+#include "PausePoints.h"
 #include "PrivateEvents.h"
 #include "Reporter.h"
 #include "RunEnd.h"
@@ -127,7 +128,8 @@ bool HostProgram::PrepareRoot(StorageRoot& root, std::string* recording,
       return false;
     }
     // The example as it stands, unless options ask to play it another way.
-    const bool asItStands = !m_options.SetsConfiguration() && !CopiesRecording();
+    const bool asItStands =
+        !m_options.SetsConfiguration() && !CopiesRecording() && m_options.pauseAt.empty();
     if (asItStands) return root.UseFolder(example, error);
     eventsFile = example + "/quillan/events";
   }
@@ -193,6 +195,7 @@ int HostProgram::Run() {
   const bool interactive = m_options.runner == RunnerChoice::kInteractive;
   EndSignal endSignal;
   ExpectedItems expected(endSignal);
+  PausePoints pauses;
   bool ready = PrepareRoot(root, &recording, &error);
   if (ready) {
     Storage::SetStorageRoot(root.Path());
@@ -202,7 +205,8 @@ int HostProgram::Run() {
              ((!CopiesRecording() ||
                privateEvents.Create(recording, root.Path() + "/quillan/" + PrivateEvents::kFileName,
                                     !interactive, &error)) &&
-              origins.Open(recording, &error))) &&
+              origins.Open(recording, &error) &&
+              pauses.Resolve(recording, m_options.selection, m_options.pauseAt, &error))) &&
             LoadExpected(&expected, &error);
   }
   RunEnd end;
@@ -240,14 +244,25 @@ int HostProgram::Run() {
   SimulatedOnlineTraffic onlineTraffic(reporter, m_options.tpegLatencyMs, m_options.tpegOffline);
   auto unit = std::make_unique<HeadUnit>(loader, reporter, onlineTraffic, trace);
   std::unique_ptr<Controls> controls;
+  HeadUnit& headUnit = *unit;
+  const auto pause = [&headUnit, &reporter, &output](const PausePoint& point) {
+    headUnit.PauseWithin();
+    TellPause(reporter, output, point);
+  };
+  if (!m_options.pauseAt.empty()) reporter.SetPauses(&pauses, pause);
+  for (const std::string& bound : pauses.Unreached()) {
+    Complain("--pause-at " + TerminalText::Escaped(bound) +
+             " reaches no record that plays: no pause there");
+  }
 
-  if (!unit->Start(!m_options.paused, &error)) {
+  if (!unit->Start(!m_options.paused && pauses.AtStart() == nullptr, &error)) {
     end.unusable = true;
   } else {
     if (m_options.control) {
       controls = std::make_unique<Controls>(*unit, endSignal, output, STDIN_FILENO, STDERR_FILENO);
       controls->Start();
     }
+    if (pauses.AtStart() != nullptr && !m_options.paused) TellPause(reporter, output, *pauses.AtStart());
     const Watched watched{*unit,
                           output,
                           reporter,
@@ -298,6 +313,14 @@ void HostProgram::TellTheEnd(const RunEnd& end, const std::string& error,
     Complain(std::string("error writing standard output: ") + std::strerror(end.writeError));
   }
   if (scan != nullptr && end.writeError == 0) TellPlayback(*scan);
+}
+
+// A pause of --pause-at, as an item and on standard error.
+void HostProgram::TellPause(Reporter& reporter, Output& output, const PausePoint& point) {
+  reporter.Paused(point);
+  output.ClearStatus();
+  Complain("paused before line " + std::to_string(point.line) + " (--pause-at " +
+           TerminalText::Escaped(point.bound) + "); \"start\" goes on");
 }
 
 bool HostProgram::LoadExpected(ExpectedItems* expected, std::string* error) const {

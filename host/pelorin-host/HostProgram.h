@@ -25,6 +25,7 @@ class BackgroundScan;
 class EndSignal;
 class ExpectedItems;
 class HeadUnit;
+struct PausePoint;
 class ItemOrigins;
 class Output;
 class Reporter;
@@ -71,6 +72,7 @@ class HostProgram {
   void WaitForTheEnd(const Watched& watched, RunEnd* end) const;
   StatusInfo StatusNow(const Watched& watched) const;
   void TellSummary(Reporter& reporter, bool finished) const;
+  static void TellPause(Reporter& reporter, Output& output, const PausePoint& point);
   bool LoadExpected(ExpectedItems* expected, std::string* error) const;
   void TellExpected(ExpectedItems& expected, const TraceFollower& trace, RunEnd* end) const;
 
