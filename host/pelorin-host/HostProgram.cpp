@@ -15,6 +15,7 @@
 
 #include "BackgroundScan.h"
 #include "ConfiguredEvents.h"
+#include "ControlSocket.h"
 #include "Controls.h"
 #include "EndSignal.h"
 #include "EventsScan.h"
@@ -196,6 +197,7 @@ int HostProgram::Run() {
   EndSignal endSignal;
   ExpectedItems expected(endSignal);
   PausePoints pauses;
+  ControlSocket socket(endSignal);
   bool ready = PrepareRoot(root, &recording, &error);
   if (ready) {
     Storage::SetStorageRoot(root.Path());
@@ -207,7 +209,8 @@ int HostProgram::Run() {
                                     !interactive, &error)) &&
               origins.Open(recording, &error) &&
               pauses.Resolve(recording, m_options.selection, m_options.pauseAt, &error))) &&
-            LoadExpected(&expected, &error);
+            LoadExpected(&expected, &error) &&
+            (m_options.controlSocket.empty() || socket.Open(m_options.controlSocket, &error));
   }
   RunEnd end;
   end.signal = g_signal.load();
@@ -262,6 +265,7 @@ int HostProgram::Run() {
       controls = std::make_unique<Controls>(*unit, endSignal, output, STDIN_FILENO, STDERR_FILENO);
       controls->Start();
     }
+    if (!m_options.controlSocket.empty()) socket.Start(*unit);
     if (pauses.AtStart() != nullptr && !m_options.paused) TellPause(reporter, output, *pauses.AtStart());
     const Watched watched{*unit,
                           output,
@@ -270,7 +274,8 @@ int HostProgram::Run() {
                           endSignal,
                           recording.empty() ? nullptr : &origins,
                           scan,
-                          interactive && !recording.empty() ? privateEvents.Records() : 0};
+                          interactive && !recording.empty() ? privateEvents.Records() : 0,
+                          m_options.controlSocket.empty() ? nullptr : &socket};
     WaitForTheEnd(watched, &end);
     end.playedPart = trace.FinishedCount() > 0 && !scan.Result().complete;
   }
@@ -282,13 +287,16 @@ int HostProgram::Run() {
   unit->Halt();
   onlineTraffic.Stop();
   if (controls) controls->Wake();
+  socket.Wake();
   if (!unit->Shutdown()) {
     Complain("a control call still waits in the module; leaving it without shutting it down");
     root.Remove();
+    socket.Remove();
     std::fflush(stderr);
     std::_Exit(end.ExitStatus());
   }
   if (controls) controls->Stop();
+  socket.Stop();
   unit.reset();
   privateEvents.Stop();
   trace.Remove();
@@ -389,6 +397,7 @@ void HostProgram::WaitForTheEnd(const Watched& watched, RunEnd* end) const {
   for (int loop = 1;; ++loop) {
     const uint32_t reasons = watched.endSignal.WaitFor(kLoopPeriodMs);
     watched.output.Flush();
+    if (watched.socket != nullptr) watched.socket->Publish(StatusNow(watched));
     if (reasons & EndSignal::kFinished) {
       watched.unit.OnFinished();
       ++finished;

@@ -22,6 +22,7 @@
 namespace PelorinHost {
 
 class BackgroundScan;
+class ControlSocket;
 class EndSignal;
 class ExpectedItems;
 class HeadUnit;
@@ -68,6 +69,7 @@ class HostProgram {
     const ItemOrigins* origins;  // null when the host does not read the recording
     BackgroundScan& scan;
     uint64_t replayedRecords;  // records of a pass played again (--loop), else 0
+    ControlSocket* socket;     // --control-socket, else null
   };
   void WaitForTheEnd(const Watched& watched, RunEnd* end) const;
   StatusInfo StatusNow(const Watched& watched) const;
