@@ -3,8 +3,9 @@
 // read: lines, the records that play (up to the first line where playback
 // ends) by tag, the records that reach no consumer (dropped), their first
 // and last time stamps, the play time at speed 1.0 and at an optional second
-// speed and what waits for online traffic answers add to it at the least, where playback ends and how many lines
-// follow that never play, and how many errors and warnings were found.
+// speed and what waits for online traffic answers add to it at the least,
+// where playback ends and how many lines follow that never play, and how
+// many errors and warnings were found.
 // Constant memory. Fed by the Checker, read by the report writers.
 
 #include <cstdint>

@@ -226,10 +226,7 @@ int HostProgram::Run() {
   if (g_signal.load() != 0) output.RefuseLines();
   Reporter reporter(output, m_options.json);
   reporter.AwaitFileScan(&scan);
-  if (!recording.empty()) reporter.SetOrigins(&origins, m_options.loopGiven);
-  if (!m_options.expectFile.empty()) reporter.SetExpected(&expected);
-  reporter.Lag().SetPaced(m_options.runner != RunnerChoice::kBatched);
-  if (m_options.runner == RunnerChoice::kRealtime) reporter.Lag().SetSpeed(m_options.realtimeSpeed);
+  PrepareReporter(reporter, recording.empty() ? nullptr : &origins, expected);
   TraceFollower trace(reporter, endSignal, m_options.traceLevel);
   trace.Install();
 
@@ -247,16 +244,7 @@ int HostProgram::Run() {
   SimulatedOnlineTraffic onlineTraffic(reporter, m_options.tpegLatencyMs, m_options.tpegOffline);
   auto unit = std::make_unique<HeadUnit>(loader, reporter, onlineTraffic, trace);
   std::unique_ptr<Controls> controls;
-  HeadUnit& headUnit = *unit;
-  const auto pause = [&headUnit, &reporter, &output](const PausePoint& point) {
-    headUnit.PauseWithin();
-    TellPause(reporter, output, point);
-  };
-  if (!m_options.pauseAt.empty()) reporter.SetPauses(&pauses, pause);
-  for (const std::string& bound : pauses.Unreached()) {
-    Complain("--pause-at " + TerminalText::Escaped(bound) +
-             " reaches no record that plays: no pause there");
-  }
+  PreparePauses(pauses, *unit, reporter, output);
 
   if (!unit->Start(!m_options.paused && pauses.AtStart() == nullptr, &error)) {
     end.unusable = true;
@@ -266,7 +254,9 @@ int HostProgram::Run() {
       controls->Start();
     }
     if (!m_options.controlSocket.empty()) socket.Start(*unit);
-    if (pauses.AtStart() != nullptr && !m_options.paused) TellPause(reporter, output, *pauses.AtStart());
+    if (pauses.AtStart() != nullptr && !m_options.paused) {
+      TellPause(reporter, output, *pauses.AtStart());
+    }
     const Watched watched{*unit,
                           output,
                           reporter,
@@ -321,6 +311,31 @@ void HostProgram::TellTheEnd(const RunEnd& end, const std::string& error,
     Complain(std::string("error writing standard output: ") + std::strerror(end.writeError));
   }
   if (scan != nullptr && end.writeError == 0) TellPlayback(*scan);
+}
+
+// Where items come from, what they are compared with (--expect), and
+// whether playback keeps a schedule that it can fall behind.
+void HostProgram::PrepareReporter(Reporter& reporter, ItemOrigins* origins,
+                                  ExpectedItems& expected) const {
+  if (origins != nullptr) reporter.SetOrigins(origins, m_options.loopGiven);
+  if (!m_options.expectFile.empty()) reporter.SetExpected(&expected);
+  reporter.Lag().SetPaced(m_options.runner != RunnerChoice::kBatched);
+  if (m_options.runner == RunnerChoice::kRealtime) reporter.Lag().SetSpeed(m_options.realtimeSpeed);
+}
+
+// --pause-at: the module's thread stops playback once the item before a
+// pause is written.
+void HostProgram::PreparePauses(const PausePoints& pauses, HeadUnit& unit, Reporter& reporter,
+                                Output& output) const {
+  if (m_options.pauseAt.empty()) return;
+  reporter.SetPauses(&pauses, [&unit, &reporter, &output](const PausePoint& point) {
+    unit.PauseWithin();
+    TellPause(reporter, output, point);
+  });
+  for (const std::string& bound : pauses.Unreached()) {
+    Complain("--pause-at " + TerminalText::Escaped(bound) +
+             " reaches no record that plays: no pause there");
+  }
 }
 
 // A pause of --pause-at, as an item and on standard error.

@@ -27,6 +27,7 @@ class EndSignal;
 class ExpectedItems;
 class HeadUnit;
 struct PausePoint;
+class PausePoints;
 class ItemOrigins;
 class Output;
 class Reporter;
@@ -74,6 +75,9 @@ class HostProgram {
   void WaitForTheEnd(const Watched& watched, RunEnd* end) const;
   StatusInfo StatusNow(const Watched& watched) const;
   void TellSummary(Reporter& reporter, bool finished) const;
+  void PrepareReporter(Reporter& reporter, ItemOrigins* origins, ExpectedItems& expected) const;
+  void PreparePauses(const PausePoints& pauses, HeadUnit& unit, Reporter& reporter,
+                     Output& output) const;
   static void TellPause(Reporter& reporter, Output& output, const PausePoint& point);
   bool LoadExpected(ExpectedItems* expected, std::string* error) const;
   void TellExpected(ExpectedItems& expected, const TraceFollower& trace, RunEnd* end) const;
