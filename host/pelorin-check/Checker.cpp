@@ -93,7 +93,7 @@ void Checker::ReadRecords(const std::string& name, const std::string& eventsPath
     }
     m_found.clear();
     const bool delivered = checks.Check(line, record, tap.Line(), m_found);
-    summary.AddRecord(record.time, record.tag, delivered);
+    summary.AddRecord(record.time, record.tag, record.payload, delivered);
     if (m_observer != nullptr) m_observer->OnRecord(line, record);
     for (const Diagnostic& diagnostic : m_found) Emit(diagnostic, summary);
   }

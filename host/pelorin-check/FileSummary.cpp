@@ -13,7 +13,8 @@ FileSummary::FileSummary(std::string file, double otherSpeed)
       m_hasOtherSpeed(otherSpeed > 0.0),
       m_otherSpeed(otherSpeed > 0.0 ? otherSpeed : 1.0) {}
 
-void FileSummary::AddRecord(double time, const std::string& tag, bool delivered) {
+void FileSummary::AddRecord(double time, const std::string& tag, const std::string& payload,
+                            bool delivered) {
   ++m_lines;
   if (m_stopLine != 0) return;
   if (!HasRecords()) m_firstTime = time;
@@ -21,11 +22,18 @@ void FileSummary::AddRecord(double time, const std::string& tag, bool delivered)
   if (delivered) {
     ++m_playedRecords;
     m_tags.Add(tag);
+    if (tag == "$TOT" && WaitsForAnswer(payload)) ++m_answeredCalls;
   } else {
     ++m_droppedRecords;
   }
   m_recordedSpeed.AddRecord(time);
   if (m_hasOtherSpeed) m_otherSpeed.AddRecord(time);
+}
+
+// A call's method is every byte before the first ":".
+bool FileSummary::WaitsForAnswer(const std::string& payload) {
+  const std::string method = payload.substr(0, payload.find(':'));
+  return method == "getInventory" || method == "getNewData";
 }
 
 void FileSummary::AddMalformedLine(uint64_t line, const std::string& reason) {

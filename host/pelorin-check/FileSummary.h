@@ -1,9 +1,11 @@
 #pragma once
 // FileSummary: what one events file does when it plays, gathered while it is
 // read: lines, the records that play (up to the first line where playback
-// ends) by tag, the records that reach no consumer (dropped), their first and last time stamps, the play time at speed 1.0
-// and at an optional second speed, where playback ends and how many lines
-// follow that never play, and how many errors and warnings were found.
+// ends) by tag, the records that reach no consumer (dropped), their first
+// and last time stamps, the play time at speed 1.0 and at an optional second
+// speed and what waits for online traffic answers add to it at the least,
+// where playback ends and how many lines follow that never play, and how
+// many errors and warnings were found.
 // Constant memory. Fed by the Checker, read by the report writers.
 
 #include <cstdint>
@@ -24,7 +26,8 @@ class FileSummary {
   // A line that holds a record, in file order. It plays unless playback has
   // already ended; `delivered` false: it takes its time but reaches no
   // consumer (dropped).
-  void AddRecord(double time, const std::string& tag, bool delivered);
+  // `payload` tells the online traffic calls whose answer playback waits for.
+  void AddRecord(double time, const std::string& tag, const std::string& payload, bool delivered);
   // A line that ends playback, or would end it if an earlier one did not.
   void AddMalformedLine(uint64_t line, const std::string& reason);
   // Reading failed at `line`: playback ends there and the lines after it are
@@ -54,6 +57,14 @@ class FileSummary {
   bool HasOtherSpeed() const { return m_hasOtherSpeed; }
   // Meaningful only when HasOtherSpeed.
   const PlayDuration& AtOtherSpeed() const { return m_otherSpeed; }
+  // The online traffic calls that play and whose answer playback waits for
+  // ("getInventory", "getNewData"), and the time they add at any speed at
+  // the least: the module looks for the answer right after the call and
+  // then every 50 ms, so a service that answers after the call has returned
+  // costs a step at least one look.
+  uint64_t AnsweredCalls() const { return m_answeredCalls; }
+  uint64_t AnswerWaitMs() const { return m_answeredCalls * kAnswerPollMs; }
+  static constexpr uint64_t kAnswerPollMs = 50;
 
   // Where playback ends before the end of the file; 0 when it plays to the end.
   uint64_t StopLine() const { return m_stopLine; }
@@ -69,6 +80,8 @@ class FileSummary {
   const std::string& Unusable() const { return m_unusable; }
 
  private:
+  static bool WaitsForAnswer(const std::string& payload);
+
   std::string m_file;
   uint64_t m_lines = 0;
   uint64_t m_playedRecords = 0;
@@ -79,6 +92,7 @@ class FileSummary {
   PlayDuration m_recordedSpeed{1.0};
   bool m_hasOtherSpeed;
   PlayDuration m_otherSpeed;
+  uint64_t m_answeredCalls = 0;
   uint64_t m_stopLine = 0;
   std::string m_stopReason;
   bool m_readError = false;

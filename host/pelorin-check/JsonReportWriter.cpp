@@ -135,6 +135,8 @@ void JsonReportWriter::AppendTimes(std::string& out, const FileSummary& summary)
     AppendNull(out, "speed");
     AppendNull(out, "playSecondsAtSpeed");
   }
+  AppendNumber(out, "onlineWaitSecondsAtLeast",
+               Seconds(static_cast<int64_t>(summary.AnswerWaitMs())));
 }
 
 void JsonReportWriter::AppendStop(std::string& out, const FileSummary& summary) {

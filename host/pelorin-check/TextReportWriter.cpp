@@ -90,6 +90,12 @@ void TextReportWriter::WriteTimes(const FileSummary& summary) {
     m_out << ", " << TimeText::Duration(static_cast<int64_t>(summary.AtOtherSpeed().TotalMs()))
           << ' ' << SpeedText(summary.AtOtherSpeed().Speed());
   }
+  if (summary.AnsweredCalls() > 0) {
+    m_out << "; online traffic calls add at least "
+          << TimeText::Duration(static_cast<int64_t>(summary.AnswerWaitMs())) << " ("
+          << summary.AnsweredCalls() << (summary.AnsweredCalls() == 1 ? " answer" : " answers")
+          << " waited for)";
+  }
   m_out << '\n';
 }
 

@@ -3,6 +3,7 @@
 #include <cctype>
 #include <cstdlib>
 
+#include "JsonMembers.h"
 #include "SpeedText.h"
 #include "host/common/TerminalText.h"
 
@@ -22,6 +23,15 @@ std::string Trimmed(const std::string& text) {
 std::string Lower(std::string text) {
   for (char& c : text) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
   return text;
+}
+
+const char kJsonCommands[] = "commands: start, stop, speed, quit, status";
+
+// A JSON string's characters when it has no escapes, else the JSON text.
+std::string Unquoted(const std::string& json) {
+  const bool plain =
+      json.size() >= 2 && json.front() == '"' && json.find('\\') == std::string::npos;
+  return plain ? json.substr(1, json.size() - 2) : json;
 }
 
 ControlCommand Make(ControlCommand::Kind kind) {
@@ -59,11 +69,39 @@ ControlCommand ControlCommand::FromLine(const std::string& line) {
   const bool known = word == "start" || word == "stop" || word == "quit";
   if (!known) return Invalid("unknown command " + PelorinTools::TerminalText::Quoted(word));
   if (!argument.empty()) {
-    return Invalid(word + " takes no argument, not " + PelorinTools::TerminalText::Quoted(argument));
+    return Invalid(word + " takes no argument, not " +
+                   PelorinTools::TerminalText::Quoted(argument));
   }
   if (word == "start") return Make(kStart);
   if (word == "stop") return Make(kStop);
   return Make(kQuit);
+}
+
+ControlCommand ControlCommand::FromJson(const std::string& line) {
+  ControlCommand invalid = Make(kInvalid);
+  JsonMembers members;
+  const std::string* name = members.Parse(line) ? members.Find("command") : nullptr;
+  if (name == nullptr) {
+    invalid.error = "not a JSON object with \"command\"";
+    return invalid;
+  }
+  const std::string* value = members.Find("value");
+  const std::string word = Unquoted(*name);
+  if (word == "speed") {
+    const ControlCommand speed = value != nullptr ? ParseSpeed(Unquoted(*value)) : invalid;
+    if (speed.kind == kSpeed) return speed;
+    invalid.error = "\"speed\" needs a \"value\" of " + SpeedText::Accepted();
+    return invalid;
+  }
+  const Kind kind = word == "start"    ? kStart
+                    : word == "stop"   ? kStop
+                    : word == "quit"   ? kQuit
+                    : word == "status" ? kStatus
+                                       : kInvalid;
+  if (kind != kInvalid && value == nullptr) return Make(kind);
+  invalid.error = kind != kInvalid ? word + " takes no \"value\""
+                                   : "unknown command " + *name + " (" + kJsonCommands + ")";
+  return invalid;
 }
 
 int32_t StepSpeed(int32_t percent, bool faster) {

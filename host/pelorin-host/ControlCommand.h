@@ -22,6 +22,7 @@ struct ControlCommand {
     kFaster,
     kSlower,
     kQuit,
+    kStatus,  // from a control socket only
     kEndOfInput,
     kInvalid
   };
@@ -30,6 +31,10 @@ struct ControlCommand {
   std::string error;    // kInvalid: what is wrong with the line, and the commands
 
   static ControlCommand FromLine(const std::string& line);
+  // A control socket's line: one JSON object, {"command": "start"} (also
+  // "stop", "quit", "status") or {"command": "speed", "value": "2x"} (a
+  // string or a number). kInvalid with `error` for anything else.
+  static ControlCommand FromJson(const std::string& line);
 };
 
 // The speed after kFaster or kSlower, kept within SpeedText's range.

@@ -131,6 +131,8 @@ bool Controls::Execute(const ControlCommand& command) {
     case ControlCommand::kQuit:
       m_endSignal.Raise(EndSignal::kQuit);
       return false;
+    case ControlCommand::kStatus:  // a control socket's command only
+      break;
     case ControlCommand::kEndOfInput:
       Complain("end of the control input: quitting");
       m_endSignal.Raise(EndSignal::kInputEnded);

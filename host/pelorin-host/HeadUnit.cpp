@@ -194,6 +194,13 @@ void HeadUnit::StartPlayback() {
   LeaveCall();
 }
 
+void HeadUnit::PauseWithin() {
+  if (m_halted.load()) return;
+  m_playing.store(false);
+  m_lag.Stopped(HostClock::Micros());
+  m_events.Raise(SimulatedEvents::kStopEvent);
+}
+
 void HeadUnit::StopPlayback() {
   if (!EnterCall()) return;
   m_playing.store(false);

@@ -65,6 +65,10 @@ class HeadUnit : public ControlTarget {
   void OnFinished() { m_playing.store(false); }
   StatusInfo Status(uint32_t records, int64_t recordTime) const;
 
+  // Stops interactive playback from inside the module's work-loop thread,
+  // while a record item is being made (--pause-at): the module is up while
+  // its step runs and the runner's stop never waits, so no call gate.
+  void PauseWithin();
   void StartPlayback() override;
   void StopPlayback() override;
   void SetSpeedPercent(int32_t percent) override;

@@ -15,6 +15,7 @@
 
 #include "BackgroundScan.h"
 #include "ConfiguredEvents.h"
+#include "ControlSocket.h"
 #include "Controls.h"
 #include "EndSignal.h"
 #include "EventsScan.h"
@@ -25,6 +26,7 @@
 #include "ModuleLoader.h"
 #include "Output.h"
 #include "Paths.h"
+#include "PausePoints.h"
 #include "PrivateEvents.h"
 #include "Reporter.h"
 #include "RunEnd.h"
@@ -131,7 +133,8 @@ bool HostProgram::PrepareRoot(StorageRoot& root, std::string* recording,
       return false;
     }
     // The example as it stands, unless options ask to play it another way.
-    const bool asItStands = !m_options.SetsConfiguration() && !CopiesRecording();
+    const bool asItStands =
+        !m_options.SetsConfiguration() && !CopiesRecording() && m_options.pauseAt.empty();
     if (asItStands) return root.UseFolder(example, error);
     eventsFile = example + "/quillan/events";
   }
@@ -197,6 +200,8 @@ int HostProgram::Run() {
   const bool interactive = m_options.runner == RunnerChoice::kInteractive;
   EndSignal endSignal;
   ExpectedItems expected(endSignal);
+  PausePoints pauses;
+  ControlSocket socket(endSignal);
   bool ready = PrepareRoot(root, &recording, &error);
   if (ready) {
     Storage::SetStorageRoot(root.Path());
@@ -206,8 +211,10 @@ int HostProgram::Run() {
              ((!CopiesRecording() ||
                privateEvents.Create(recording, root.Path() + "/quillan/" + PrivateEvents::kFileName,
                                     !interactive, &error)) &&
-              origins.Open(recording, &error))) &&
-            LoadExpected(&expected, &error);
+              origins.Open(recording, &error) &&
+              pauses.Resolve(recording, m_options.selection, m_options.pauseAt, &error))) &&
+            LoadExpected(&expected, &error) &&
+            (m_options.controlSocket.empty() || socket.Open(m_options.controlSocket, &error));
   }
   RunEnd end;
   end.signal = g_signal.load();
@@ -223,10 +230,7 @@ int HostProgram::Run() {
   if (g_signal.load() != 0) output.RefuseLines();
   Reporter reporter(output, m_options.json);
   reporter.AwaitFileScan(&scan);
-  if (!recording.empty()) reporter.SetOrigins(&origins, m_options.loopGiven);
-  if (!m_options.expectFile.empty()) reporter.SetExpected(&expected);
-  reporter.Lag().SetPaced(m_options.runner != RunnerChoice::kBatched);
-  if (m_options.runner == RunnerChoice::kRealtime) reporter.Lag().SetSpeed(m_options.realtimeSpeed);
+  PrepareReporter(reporter, recording.empty() ? nullptr : &origins, expected);
   TraceFollower trace(reporter, endSignal, m_options.traceLevel);
   trace.Install();
 
@@ -244,13 +248,18 @@ int HostProgram::Run() {
   SimulatedOnlineTraffic onlineTraffic(reporter, m_options.tpegLatencyMs, m_options.tpegOffline);
   auto unit = std::make_unique<HeadUnit>(loader, reporter, onlineTraffic, trace);
   std::unique_ptr<Controls> controls;
+  PreparePauses(pauses, *unit, reporter, output);
 
-  if (!unit->Start(!m_options.paused, &error)) {
+  if (!unit->Start(!m_options.paused && pauses.AtStart() == nullptr, &error)) {
     end.unusable = true;
   } else {
     if (m_options.control) {
       controls = std::make_unique<Controls>(*unit, endSignal, output, STDIN_FILENO, STDERR_FILENO);
       controls->Start();
+    }
+    if (!m_options.controlSocket.empty()) socket.Start(*unit);
+    if (pauses.AtStart() != nullptr && !m_options.paused) {
+      TellPause(reporter, output, *pauses.AtStart());
     }
     const Watched watched{*unit,
                           output,
@@ -259,7 +268,8 @@ int HostProgram::Run() {
                           endSignal,
                           recording.empty() ? nullptr : &origins,
                           scan,
-                          interactive && !recording.empty() ? privateEvents.Records() : 0};
+                          interactive && !recording.empty() ? privateEvents.Records() : 0,
+                          m_options.controlSocket.empty() ? nullptr : &socket};
     WaitForTheEnd(watched, &end);
     end.playedPart = trace.FinishedCount() > 0 && !scan.Result().complete;
   }
@@ -271,13 +281,16 @@ int HostProgram::Run() {
   unit->Halt();
   onlineTraffic.Stop();
   if (controls) controls->Wake();
+  socket.Wake();
   if (!unit->Shutdown()) {
     Complain("a control call still waits in the module; leaving it without shutting it down");
     root.Remove();
+    socket.Remove();
     std::fflush(stderr);
     std::_Exit(end.ExitStatus());
   }
   if (controls) controls->Stop();
+  socket.Stop();
   unit.reset();
   privateEvents.Stop();
   trace.Remove();
@@ -305,6 +318,39 @@ void HostProgram::TellTheEnd(const RunEnd& end, const std::string& error,
     Complain(std::string("error writing standard output: ") + std::strerror(end.writeError));
   }
   if (scan != nullptr && end.writeError == 0) TellPlayback(*scan);
+}
+
+// Where items come from, what they are compared with (--expect), and
+// whether playback keeps a schedule that it can fall behind.
+void HostProgram::PrepareReporter(Reporter& reporter, ItemOrigins* origins,
+                                  ExpectedItems& expected) const {
+  if (origins != nullptr) reporter.SetOrigins(origins, m_options.loopGiven);
+  if (!m_options.expectFile.empty()) reporter.SetExpected(&expected);
+  reporter.Lag().SetPaced(m_options.runner != RunnerChoice::kBatched);
+  if (m_options.runner == RunnerChoice::kRealtime) reporter.Lag().SetSpeed(m_options.realtimeSpeed);
+}
+
+// --pause-at: the module's thread stops playback once the item before a
+// pause is written.
+void HostProgram::PreparePauses(const PausePoints& pauses, HeadUnit& unit, Reporter& reporter,
+                                Output& output) const {
+  if (m_options.pauseAt.empty()) return;
+  reporter.SetPauses(&pauses, [&unit, &reporter, &output](const PausePoint& point) {
+    unit.PauseWithin();
+    TellPause(reporter, output, point);
+  });
+  for (const std::string& bound : pauses.Unreached()) {
+    Complain("--pause-at " + TerminalText::Escaped(bound) +
+             " reaches no record that plays: no pause there");
+  }
+}
+
+// A pause of --pause-at, as an item and on standard error.
+void HostProgram::TellPause(Reporter& reporter, Output& output, const PausePoint& point) {
+  reporter.Paused(point);
+  output.ClearStatus();
+  Complain("paused before line " + std::to_string(point.line) + " (--pause-at " +
+           TerminalText::Escaped(point.bound) + "); \"start\" goes on");
 }
 
 bool HostProgram::LoadExpected(ExpectedItems* expected, std::string* error) const {
@@ -376,6 +422,7 @@ void HostProgram::WaitForTheEnd(const Watched& watched, RunEnd* end) const {
   for (int loop = 1;; ++loop) {
     const uint32_t reasons = watched.endSignal.WaitFor(kLoopPeriodMs);
     watched.output.Flush();
+    if (watched.socket != nullptr) watched.socket->Publish(StatusNow(watched));
     if (reasons & EndSignal::kFinished) {
       watched.unit.OnFinished();
       ++finished;

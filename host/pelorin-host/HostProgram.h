@@ -22,9 +22,12 @@
 namespace PelorinHost {
 
 class BackgroundScan;
+class ControlSocket;
 class EndSignal;
 class ExpectedItems;
 class HeadUnit;
+struct PausePoint;
+class PausePoints;
 class ItemOrigins;
 class Output;
 class Reporter;
@@ -67,10 +70,15 @@ class HostProgram {
     const ItemOrigins* origins;  // null when the host does not read the recording
     BackgroundScan& scan;
     uint64_t replayedRecords;  // records of a pass played again (--loop), else 0
+    ControlSocket* socket;     // --control-socket, else null
   };
   void WaitForTheEnd(const Watched& watched, RunEnd* end) const;
   StatusInfo StatusNow(const Watched& watched) const;
   void TellSummary(Reporter& reporter, bool finished) const;
+  void PrepareReporter(Reporter& reporter, ItemOrigins* origins, ExpectedItems& expected) const;
+  void PreparePauses(const PausePoints& pauses, HeadUnit& unit, Reporter& reporter,
+                     Output& output) const;
+  static void TellPause(Reporter& reporter, Output& output, const PausePoint& point);
   bool LoadExpected(ExpectedItems* expected, std::string* error) const;
   void TellExpected(ExpectedItems& expected, const TraceFollower& trace, RunEnd* end) const;
 

@@ -94,7 +94,8 @@ const OptionSpec kOptions[] = {
     {"--help", Kind::kFlag},         {"--version", Kind::kFlag},   {"--from", Kind::kValue},
     {"--until", Kind::kValue},       {"--only", Kind::kValue},     {"--skip", Kind::kValue},
     {"--loop", Kind::kOptionalValue}, {"--quiet", Kind::kFlag},  {"--progress", Kind::kFlag},
-    {"--expect", Kind::kValue},       {"--max-gap", Kind::kValue},
+    {"--expect", Kind::kValue},       {"--max-gap", Kind::kValue},   {"--pause-at", Kind::kValue},
+    {"--control-socket", Kind::kValue},
 };
 
 // A pass count after --loop: digits, or a sign and digits (refused later).
@@ -181,6 +182,16 @@ bool ApplyValue(Options* options, const std::string& name, const std::string& va
       return false;
     }
     options->timeoutSeconds = number;
+  } else if (name == "--control-socket") {
+    if (value.empty()) {
+      *error = "--control-socket needs the path of the socket to make";
+      return false;
+    }
+    options->controlSocket = value;
+  } else if (name == "--pause-at") {
+    SelectionBound bound;
+    if (!Selection::ParseBound("--pause-at", value, &bound, error)) return false;
+    options->pauseAt.push_back(value);
   } else if (name == "--max-gap") {
     if (!ParseDouble(value, &number) || number < 0.001 || number > 1.0e6) {
       *error = "--max-gap needs seconds from 0.001 to 1000000, not '" + value + "'";
@@ -243,6 +254,14 @@ bool CheckCombinations(const Options& options, std::string* error) {
     *error = "--max-gap applies to real-time and interactive playback; --batched has no gaps";
     return false;
   }
+  if (!options.pauseAt.empty() && !interactive) {
+    *error = "--pause-at applies to interactive playback only, not to --realtime or --batched";
+    return false;
+  }
+  if (!options.pauseAt.empty() && !options.control && options.controlSocket.empty()) {
+    *error = "--pause-at needs --control or --control-socket: \"start\" goes on after a pause";
+    return false;
+  }
   if (!options.rootDir.empty() && !options.eventsFile.empty()) {
     *error = "--root and an events file cannot be given together";
     return false;
@@ -252,9 +271,10 @@ bool CheckCombinations(const Options& options, std::string* error) {
     return false;
   }
   if (!options.rootDir.empty() &&
-      (options.selection.Restricts() || options.loopGiven || options.maxGapSeconds > 0.0)) {
+      (options.selection.Restricts() || options.loopGiven || options.maxGapSeconds > 0.0 ||
+       !options.pauseAt.empty())) {
     *error = "--root plays DIR/quillan/Pelorin.cfg as it stands; --from, --until, --only, "
-             "--skip, --loop and --max-gap need an events file";
+             "--skip, --loop, --max-gap and --pause-at need an events file";
     return false;
   }
   if (!options.selection.Check(error)) return false;
@@ -379,6 +399,12 @@ Part of a recording (EVENTS only; lines keep their numbers in the output):
                     on the shortened times.
 
 The head unit:
+  --pause-at T      (repeatable; T as for --from) stop interactive playback
+                    before the first record of the selection at T, +SECONDS
+                    or @LINE, in every pass; standard error and a "paused"
+                    item say so, and "start" (or space) goes on. Needs
+                    --control or --control-socket. Records before it that
+                    make no item play after the start.
   --control         steer playback from standard input, one command a line:
                       start | stop | speed SPEED | quit
                     On a terminal also single keys: space starts and stops,
@@ -386,6 +412,15 @@ The head unit:
                     The host then ends at "quit" or at the end of its input
                     (said on standard error), not at the end of playback;
                     "start" after the end plays the file again.
+  --control-socket PATH
+                    also listen on a Unix domain socket at PATH (mode 0600,
+                    removed at exit; a stale socket there is replaced) for
+                    programs that steer the run: one JSON object a line,
+                    {"command": "start"}, "stop", "quit", "status", or
+                    {"command": "speed", "value": "2x"}; each gets one JSON
+                    line back: {"ok": true} (for status also "line",
+                    "clock", "speed", "state", "lagSeconds") or {"ok":
+                    false, "error": "..."}. Several clients may connect.
   --tpeg-latency MS the online traffic service answers after MS
                     milliseconds (default 10)
   --tpeg-offline    the online traffic service reports itself ready but

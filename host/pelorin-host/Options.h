@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 #include "Selection.h"
 
@@ -21,6 +22,8 @@ struct Options {
   double speed = 0.0;          // --speed FACTOR (0: not given)
   bool autostart = false;
   std::string tpegsDir;
+  std::string controlSocket;  // --control-socket PATH
+  std::vector<std::string> pauseAt;  // --pause-at bounds, as given
   double maxGapSeconds = 0.0;  // --max-gap: longer gaps play as this (0: as recorded)
 
   // What the head unit does.

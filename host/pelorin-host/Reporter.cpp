@@ -237,6 +237,10 @@ bool Reporter::Locate(const Output::Line& out, ItemKind kind, ItemOrigin* origin
   m_records.store(m_records.load(std::memory_order_relaxed) + 1, std::memory_order_relaxed);
   if (m_origins == nullptr || !m_origins->Find(kind, origin)) return false;
   m_lag.Item(origin->pass, origin->seconds, HostClock::Micros());
+  if (m_pauses != nullptr) {
+    const PausePoint* pause = m_pauses->After(origin->line);
+    if (pause != nullptr) m_duePause.store(pause);
+  }
   return true;
 }
 
@@ -268,7 +272,13 @@ int64_t Reporter::RecordTime() const {
   return tick > 0 ? tick : 0;
 }
 
+Reporter::DuePause::~DuePause() {
+  const PausePoint* pause = reporter.m_duePause.exchange(nullptr);
+  if (pause != nullptr && reporter.m_pause) reporter.m_pause(*pause);
+}
+
 void Reporter::Tmc(const Quillan::TmcMessageData& message) {
+  DuePause due{*this};
   Output::Line out(m_output);
   ItemOrigin origin;
   const bool known = Locate(out, ItemKind::kTmc, &origin);
@@ -342,6 +352,7 @@ void Reporter::TmcJson(std::string& text, const Quillan::TmcMessageData& message
 }
 
 void Reporter::ServiceList(const Quillan::ServiceListEntries* entries) {
+  DuePause due{*this};
   Output::Line out(m_output);
   ItemOrigin origin;
   const bool known = Locate(out, ItemKind::kServiceList, &origin);
@@ -380,6 +391,7 @@ void Reporter::ServiceList(const Quillan::ServiceListEntries* entries) {
 }
 
 uint64_t Reporter::OnlineTrafficCall(const char* call, const std::vector<CallArgument>& args) {
+  DuePause due{*this};
   Output::Line out(m_output);
   ItemOrigin origin;
   const bool known = Locate(out, ItemKind::kOnlineTraffic, &origin);
@@ -469,6 +481,28 @@ void Reporter::Event(uint32_t id) {
   BeginReadable(line, "event");
   line += ' ';
   AppendHex(line, id);
+  Emit(line);
+}
+
+void Reporter::Paused(const PausePoint& point) {
+  if (m_json) {
+    JsonWriter& json = ThreadWriter();
+    BeginItem(json, "paused");
+    json.Key("line");
+    json.Uint(point.line);
+    json.Key("recordTime");
+    json.Number(point.recordTime);
+    json.Key("pauseAt");
+    json.String(point.bound);
+    json.EndObject();
+    Emit(json.Text());
+    return;
+  }
+  std::string& line = ThreadLine();
+  BeginReadable(line, "paused");
+  AppendField(line, "line", point.line);
+  line += " pauseAt=";
+  AppendQuoted(line, point.bound);
   Emit(line);
 }
 

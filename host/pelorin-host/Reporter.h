@@ -13,6 +13,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <functional>
 #include <mutex>
 #include <string>
 #include <string_view>
@@ -21,6 +22,7 @@
 #include "EventsScan.h"
 #include "ItemOrigins.h"
 #include "LagMeter.h"
+#include "PausePoints.h"
 #include "Output.h"
 #include "PlaybackSummary.h"
 #include "producers/ServiceList.h"
@@ -82,6 +84,16 @@ class Reporter {
   // that differs on, no item is shown. Set before the module plays, not owned.
   void SetExpected(ExpectedItems* expected) { m_expected = expected; }
 
+  // --pause-at: once the item of a record that a pause follows is written,
+  // `pause` is called on the thread that made it (the module's work loop),
+  // outside the output's lock. Set before the module plays, not owned.
+  void SetPauses(const PausePoints* points, std::function<void(const PausePoint&)> pause) {
+    m_pauses = points;
+    m_pause = std::move(pause);
+  }
+  // Playback stopped before the record of `point`: the "paused" item.
+  void Paused(const PausePoint& point);
+
   // How far playback is behind the recording; fed by the record items and
   // the speed values seen here, and by the head unit and the online traffic
   // service.
@@ -106,6 +118,12 @@ class Reporter {
   void OriginFields(PelorinTools::JsonWriter& json, const ItemOrigin& origin) const;
   void OriginFields(std::string& line, const ItemOrigin& origin) const;
   PlaybackSummary SummaryNow() const;
+  // Declared before an item's Output::Line: calls the pause that the item
+  // made due once the line is written and the lock released.
+  struct DuePause {
+    Reporter& reporter;
+    ~DuePause();
+  };
   // Hands a traffic item that `out` will show to the comparison.
   void Expect(Output::Line& out, std::string_view json);
 
@@ -115,6 +133,9 @@ class Reporter {
   bool m_showPass = false;
   ExpectedItems* m_expected = nullptr;
   LagMeter m_lag;
+  const PausePoints* m_pauses = nullptr;
+  std::function<void(const PausePoint&)> m_pause;
+  std::atomic<const PausePoint*> m_duePause{nullptr};  // set and taken by the item's thread
   // 32-bit atomics: lock-free on the 32-bit ARM head unit too. m_records
   // is written holding an Output::Line only.
   std::atomic<uint32_t> m_records{0};

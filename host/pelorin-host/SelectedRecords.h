@@ -36,6 +36,8 @@ class SelectedRecords {
   bool Next(SelectedRecord* record);
   // Starts the next pass; false when the file cannot be read again.
   bool Rewind();
+  // The time of the recording's first record (selected or not), once read.
+  double FirstTime() const { return m_firstTime; }
 
  private:
   // Splits a line as the module does; false for a line it rejects.

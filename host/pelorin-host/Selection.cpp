@@ -115,6 +115,10 @@ bool Selection::Accepts(uint64_t line, double time, double first, std::string_vi
   return PlaysTag(tag);
 }
 
+bool Selection::Reached(const SelectionBound& bound, uint64_t line, double time, double first) {
+  return bound.kind == SelectionBound::kLine ? line >= bound.line : time >= BoundTime(bound, first);
+}
+
 bool Selection::PlaysTag(std::string_view tag) const {
   if (!m_only.empty() && std::find(m_only.begin(), m_only.end(), tag) == m_only.end()) {
     return false;

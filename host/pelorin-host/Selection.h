@@ -34,14 +34,18 @@ class Selection {
   // Whether the record of `line` with `time` and `tag` is played; `first` is
   // the time of the recording's first record.
   bool Accepts(uint64_t line, double time, double first, std::string_view tag) const;
+  // Reads a bound as --from does; false with `error` naming `option`.
+  static bool ParseBound(const char* option, const std::string& text, SelectionBound* bound,
+                         std::string* error);
+  // Whether the record of `line` at `time` lies at or after `bound`; `first`
+  // as for Accepts.
+  static bool Reached(const SelectionBound& bound, uint64_t line, double time, double first);
   // Whether records of `tag` (with the "$") are played at all.
   bool PlaysTag(std::string_view tag) const;
   // No record after `line` can be played.
   bool EndsBefore(uint64_t line) const;
 
  private:
-  static bool ParseBound(const char* option, const std::string& text, SelectionBound* bound,
-                         std::string* error);
   static bool ParseTags(const char* option, const std::string& text,
                         std::vector<std::string>* tags, std::string* error);
 

@@ -1,8 +1,10 @@
 // The figures of a file's summary: play time as the real-time player waits
-// it, records per tag in bounded memory, date-times and durations.
+// it, records per tag in bounded memory, date-times and durations, and the
+// online traffic answers that playback waits for.
 
 #include <gtest/gtest.h>
 
+#include "host/pelorin-check/FileSummary.h"
 #include "host/pelorin-check/PlayDuration.h"
 #include "host/pelorin-check/TagCounter.h"
 
@@ -52,6 +54,26 @@ TEST(TagCounterTest, CountsInOrderOfAppearanceWithinItsBounds) {
   longTags.Add(stem + "a");
   longTags.Add(stem + "b");
   EXPECT_EQ(longTags.Counts(), (std::vector<std::pair<std::string, uint64_t>>{{stem, 2}}));
+}
+
+// Only calls that play and wait for their answer count, by their method.
+TEST(FileSummaryTest, CountsTheOnlineTrafficAnswersThatPlaybackWaitsFor) {
+  PelorinCheck::FileSummary summary("rec", 0.0);
+  const struct {
+    const char* tag;
+    const char* payload;
+    bool delivered;
+  } records[] = {
+      {"$TOT", "getInventory", true},          {"$TOT", "getNewData:", true},
+      {"$TOT", "setNewData:getNewData", true}, {"$TOT", "getInventorys", true},
+      {"$TMC", "getInventory", true},          {"$TOT", "getNewData", false},
+  };
+  for (const auto& record : records)
+    summary.AddRecord(1.0, record.tag, record.payload, record.delivered);
+  summary.AddMalformedLine(8, "empty line");
+  summary.AddRecord(2.0, "$TOT", "getInventory", true);  // after the stop
+  EXPECT_EQ(summary.AnsweredCalls(), 2u);
+  EXPECT_EQ(summary.AnswerWaitMs(), 100u);
 }
 
 }  // namespace

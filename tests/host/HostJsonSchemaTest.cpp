@@ -94,6 +94,7 @@ TEST(HostJsonSchema, RealOutputMatchesTheDocumentation) {
       {"--json", "--trace", "2", "--speed", "100", every},
       {"--json", "--batched", shortFile},
       {"--json", "--batched", "--loop", "2", every},
+      {"--json", "--control", "--pause-at", "@1", every},
   };
   std::set<std::string> seen;
   for (const auto& args : runs) {

@@ -233,6 +233,40 @@ TEST(HostWallClock, LongGapsPlayAsTheLimit) {
       << host.Stderr();
 }
 
+// A pause at @5 holds before line 5, which shares its time stamp with
+// line 4, until "start"; then the rest plays.
+TEST(HostWallClock, PauseAtALineUntilStart) {
+  TestFolder folder;
+  std::string records;
+  for (int line = 1; line <= 10; ++line) {
+    records += "1416131460." + std::to_string(line == 5 ? 4 : line) + " $TMC SID=" +
+               std::to_string(line) + "\n";
+  }
+  const std::string events = folder.Write("events", records);
+  ToolProcess host;
+  ASSERT_TRUE(host.Start(PELORIN_HOST_PROGRAM,
+                         {"--json", "--control", "--speed", "4", "--pause-at", "@5", events}));
+  Item paused;
+  ASSERT_TRUE(host.WaitForItem("paused", ScaledMs(5000), &paused));
+  EXPECT_EQ(paused.json["line"].number, 5);
+  host.Drain(ScaledMs(400));
+  auto tmc = host.ItemsOfType("tmc");
+  ASSERT_EQ(tmc.size(), 4u);
+  EXPECT_EQ(tmc.back().json["line"].number, 4);
+  host.WriteInput("start\n");
+  ASSERT_TRUE(host.WaitForItem("finished", ScaledMs(5000)));
+  tmc = host.ItemsOfType("tmc");
+  ASSERT_EQ(tmc.size(), 10u);
+  EXPECT_EQ(tmc[4].json["line"].number, 5);
+  EXPECT_GT(tmc[4].t, paused.t);
+  host.CloseInput();
+  EXPECT_EQ(host.Wait(ScaledMs(10000)), kDone);
+  EXPECT_NE(host.Stderr().find("paused before line 5 (--pause-at @5); \"start\" goes on"),
+            std::string::npos)
+      << host.Stderr();
+  ExpectWellFormed(host);
+}
+
 TEST(HostWallClock, OnlineTrafficAnswersAfterItsLatency) {
   TestFolder folder;
   const std::string events = folder.Write("events", "1 $TOT getInventory\n2 $TOT getNewData\n");
