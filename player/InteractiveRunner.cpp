@@ -12,9 +12,11 @@ InteractiveRunner::InteractiveRunner(bool autostart) : m_pending(new Record()) {
 
 InteractiveRunner::~InteractiveRunner() = default;
 
-bool InteractiveRunner::IsStopped() const { return IsPaused(); }
+bool InteractiveRunner::IsStopped() const { return m_stopped.load(std::memory_order_acquire); }
 
-void InteractiveRunner::SetStopped(bool stopped) { SetPaused(stopped); }
+void InteractiveRunner::SetStopped(bool stopped) {
+  m_stopped.store(stopped, std::memory_order_release);
+}
 
 void InteractiveRunner::Reset() {
   m_nextEvent = 0.0;
@@ -100,6 +102,7 @@ void InteractiveRunner::Execute() {
       m_nextTick = m_tickBase + TickWall() * m_speed;
     }
     recordDue = nowWall >= EventWall();
+    // Only a shut-down cuts the dispatch short; a stop waits for the next step.
     if (recordDue && !DispatchRecord(*m_pending)) return;
   }
   // Without a started clock the pending record (if any) is not dispatched.

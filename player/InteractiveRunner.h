@@ -9,15 +9,18 @@
 //
 // Threads: steps run on the work loop's thread under m_lock; Start, Stop and
 // SetSpeed come from host threads. Start and SetSpeed take m_lock and so wait
-// for a running step; Stop only pauses the runner (an atomic flag): a step
-// that is running offers its record to no further consumer (those left get
-// it after Start), and the next step returns at once. Owns its read-ahead
-// record.
+// for a running step; Stop only sets m_stopped (an atomic flag) and never
+// waits. It takes effect when the next step begins: a step already running
+// hands its record to every consumer, reports the next event and posts, and
+// the next step stops. Owns its read-ahead record.
 //
 // One playback rule: Start after Stop always begins a new step chain at once
 // and retires the old chain's queued step (cancelled, and dropped by its
-// outdated generation should it run anyway), so two chains never play.
+// outdated generation should it run anyway). When Stop and Start come from
+// a consumer or listener, the step running finishes its record but posts
+// nothing, so one chain plays.
 
+#include <atomic>
 #include <cstdint>
 #include <memory>
 
@@ -72,6 +75,8 @@ class InteractiveRunner : public Runner {
   double m_tickLead = 0.0;
   uint64_t m_ticks = 0;
   double m_nextEvent = 0.0;
+  // True while playback is stopped; any thread may read or set it.
+  std::atomic<bool> m_stopped{true};
   std::unique_ptr<Record> m_pending;
 };
 
