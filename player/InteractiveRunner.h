@@ -5,7 +5,10 @@
 // after the player rewinds the input. It reports a playback clock: a tick
 // every 2.0 s of wall-clock time at the current record time, and the time
 // stamp of each record when it is read ahead (next event).
-// Timed by tick count on the wall clock, so ticks advance however coarse the record times are.
+// Ticks are counted on the wall clock, so they advance however coarse the
+// record times are. What is due is decided in record time: a tick at a
+// record's time stamp comes first, in the same step. Only where record
+// times are too coarse to tell the two apart does the wall clock decide.
 //
 // Threads: steps run on the work loop's thread under m_lock; Start, Stop and
 // SetSpeed come from host threads. Start and SetSpeed take m_lock and so wait
@@ -65,8 +68,12 @@ class InteractiveRunner : public Runner {
   void RestartTickClock(double base, double lead);
   double TickWall() const;
   double EventWall() const;
-  // The wall-clock time of the next tick or the pending record, the earlier.
-  double StopWall() const;
+  // Negative when the next tick is due first, positive when the pending
+  // record is, 0 when they are due together.
+  int CompareTickToEvent() const;
+  // The wall-clock time of whichever of the two is due first: when the
+  // next step runs.
+  double NextDueWall() const;
 
   double m_speed = 1.0;
   const double m_tickInterval = 2.0;

@@ -216,6 +216,40 @@ TEST(InteractiveRunnerTest, StopDuringAStepLetsThatStepFinish) {
   }
 }
 
+// A tick that falls on a record's time stamp comes first, in the same
+// step, however the wall-clock distances round; also when the speed changes
+// (after `steps` steps) while the two are due together.
+TEST(InteractiveRunnerTest, ATickAtARecordsTimeComesFirst) {
+  const char kAtSpeed015[] = "102.2 $TMC a\n105.5 $TMC b\n109.5 $TMC c\n";
+  const struct {
+    const char* events;
+    double speed;
+    const char* tick;
+    int steps;
+    double newSpeed;
+  } cases[] = {
+      {kAtSpeed015, 0.15, "tick 105.5", 0, 0.0},
+      {"10 $TMC a\n11.2 $TMC b\n", 0.3, "tick 11.2", 0, 0.0},
+      {"17.3 $TMC a\n19.7 $TMC b\n", 0.3, "tick 19.7", 0, 0.0},
+      {kAtSpeed015, 0.15, "tick 105.5", 12, 4.0},  // the tick at 105.2 came last
+  };
+  for (const auto& c : cases) {
+    Rig rig(c.events, MakeRunner(true, c.speed));
+    rig.Run();
+    for (int i = 0; i < c.steps; ++i) rig.loop().RunNext();
+    if (c.newSpeed > 0.0) rig.runner().SetSpeed(c.newSpeed);
+    rig.loop().RunAll();
+    const Strings log = rig.probe().Log();
+    const auto record = std::find_if(log.begin(), log.end(), [](const std::string& entry) {
+      return entry.rfind("record ", 0) == 0 && entry.back() == 'b';
+    });
+    ASSERT_NE(record, log.end()) << c.events;
+    ASSERT_NE(record, log.begin()) << c.events;
+    EXPECT_EQ(*(record - 1), c.tick) << c.events;
+    EXPECT_EQ(std::count(log.begin(), log.end(), c.tick), 1) << c.events;
+  }
+}
+
 // Record times so large, or a speed so low, that a tick interval does not
 // move the record time: the clock still moves on, and the second record
 // plays after its wall-clock distance, reached in steps that all wait.
