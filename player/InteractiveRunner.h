@@ -44,7 +44,7 @@ class InteractiveRunner : public Runner {
 
   // Resumes a stopped runner where playback stood; no effect while running.
   void Start();
-  // Pauses playback from the next step on; never waits for a step.
+  // Stops playback when the next step begins; never waits for a step.
   void Stop();
   // 0 or less means 1.0. Keeps the wall-clock length of the part of the
   // tick interval that lies beyond the pending record.
