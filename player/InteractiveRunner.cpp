@@ -4,6 +4,13 @@
 #include "runtime/Trace.h"
 
 namespace Quillan {
+namespace {
+
+// The loop waits in whole milliseconds: a tick and a record closer than half
+// of one on the wall clock fall into the same step.
+constexpr double kSameStepSeconds = 0.0005;
+
+}  // namespace
 
 InteractiveRunner::InteractiveRunner(bool autostart) : m_pending(new Record()) {
   SetStopped(!autostart);
@@ -12,9 +19,11 @@ InteractiveRunner::InteractiveRunner(bool autostart) : m_pending(new Record()) {
 
 InteractiveRunner::~InteractiveRunner() = default;
 
-bool InteractiveRunner::IsStopped() const { return IsPaused(); }
+bool InteractiveRunner::IsStopped() const { return m_stopped.load(std::memory_order_acquire); }
 
-void InteractiveRunner::SetStopped(bool stopped) { SetPaused(stopped); }
+void InteractiveRunner::SetStopped(bool stopped) {
+  m_stopped.store(stopped, std::memory_order_release);
+}
 
 void InteractiveRunner::Reset() {
   m_nextEvent = 0.0;
@@ -47,7 +56,7 @@ void InteractiveRunner::SetSpeed(double speed) {
   ScopedLock lock(m_lock);
   // The clock restarts at the pending record when the next tick lies beyond
   // it (keeping the wall-clock time between them), else at the next tick.
-  if (m_nextTick > m_nextEvent) {
+  if (CompareTickToEvent() > 0) {
     const double lead = TickWall() - EventWall();
     m_speed = newSpeed;
     RestartTickClock(m_nextEvent, lead);
@@ -70,10 +79,21 @@ double InteractiveRunner::TickWall() const {
 
 double InteractiveRunner::EventWall() const { return (m_nextEvent - m_tickBase) / m_speed; }
 
-double InteractiveRunner::StopWall() const {
+int InteractiveRunner::CompareTickToEvent() const {
+  if (m_nextTick != m_nextEvent) return m_nextTick < m_nextEvent ? -1 : 1;
+  // At one record time the wall clock tells them apart where record times
+  // are too coarse to; closer than a step of the loop they are due together.
+  const double apart = TickWall() - EventWall();
+  if (apart < -kSameStepSeconds) return -1;
+  return apart > kSameStepSeconds ? 1 : 0;
+}
+
+double InteractiveRunner::NextDueWall() const {
+  const int order = CompareTickToEvent();
   const double tick = TickWall();
   const double event = EventWall();
-  return tick < event ? tick : event;
+  if (order == 0) return tick < event ? tick : event;
+  return order < 0 ? tick : event;
 }
 
 double InteractiveRunner::CurrentTime() const {
@@ -91,15 +111,15 @@ void InteractiveRunner::Execute() {
   double nowWall = 0.0;
   bool recordDue = true;
   if (now > 0.0) {
-    // Which is due is decided on the wall clock: record times may be too
-    // coarse to tell a tick from the next.
-    nowWall = StopWall();
-    if (nowWall >= TickWall()) {
+    nowWall = NextDueWall();
+    const int order = CompareTickToEvent();
+    if (order <= 0) {
       NotifyTick(m_nextTick);
       ++m_ticks;
       m_nextTick = m_tickBase + TickWall() * m_speed;
     }
-    recordDue = nowWall >= EventWall();
+    recordDue = order >= 0;
+    // Only a shut-down cuts the dispatch short; a stop waits for the next step.
     if (recordDue && !DispatchRecord(*m_pending)) return;
   }
   // Without a started clock the pending record (if any) is not dispatched.
@@ -123,7 +143,7 @@ void InteractiveRunner::ScheduleNextStep(double now, double nowWall) {
   double delay = 0.0;
   uint32_t delayMs = 0;
   if (now > 0.0) {
-    delay = StopWall() - nowWall;
+    delay = NextDueWall() - nowWall;
     delayMs = DelayMs(delay);
   }
   PELORIN_TRACE(2, "InteractiveRunner::Execute: delay to next event ", delay);

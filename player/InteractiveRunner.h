@@ -5,19 +5,25 @@
 // after the player rewinds the input. It reports a playback clock: a tick
 // every 2.0 s of wall-clock time at the current record time, and the time
 // stamp of each record when it is read ahead (next event).
-// Timed by tick count on the wall clock, so ticks advance however coarse the record times are.
+// Ticks are counted on the wall clock, so they advance however coarse the
+// record times are. What is due is decided in record time: a tick at a
+// record's time stamp comes first, in the same step. Only where record
+// times are too coarse to tell the two apart does the wall clock decide.
 //
 // Threads: steps run on the work loop's thread under m_lock; Start, Stop and
 // SetSpeed come from host threads. Start and SetSpeed take m_lock and so wait
-// for a running step; Stop only pauses the runner (an atomic flag): a step
-// that is running offers its record to no further consumer (those left get
-// it after Start), and the next step returns at once. Owns its read-ahead
-// record.
+// for a running step; Stop only sets m_stopped (an atomic flag) and never
+// waits. It takes effect when the next step begins: a step already running
+// hands its record to every consumer, reports the next event and posts, and
+// the next step stops. Owns its read-ahead record.
 //
 // One playback rule: Start after Stop always begins a new step chain at once
 // and retires the old chain's queued step (cancelled, and dropped by its
-// outdated generation should it run anyway), so two chains never play.
+// outdated generation should it run anyway). When Stop and Start come from
+// a consumer or listener, the step running finishes its record but posts
+// nothing, so one chain plays.
 
+#include <atomic>
 #include <cstdint>
 #include <memory>
 
@@ -38,7 +44,7 @@ class InteractiveRunner : public Runner {
 
   // Resumes a stopped runner where playback stood; no effect while running.
   void Start();
-  // Pauses playback from the next step on; never waits for a step.
+  // Stops playback when the next step begins; never waits for a step.
   void Stop();
   // 0 or less means 1.0. Keeps the wall-clock length of the part of the
   // tick interval that lies beyond the pending record.
@@ -62,8 +68,12 @@ class InteractiveRunner : public Runner {
   void RestartTickClock(double base, double lead);
   double TickWall() const;
   double EventWall() const;
-  // The wall-clock time of the next tick or the pending record, the earlier.
-  double StopWall() const;
+  // Negative when the next tick is due first, positive when the pending
+  // record is, 0 when they are due together.
+  int CompareTickToEvent() const;
+  // The wall-clock time of whichever of the two is due first: when the
+  // next step runs.
+  double NextDueWall() const;
 
   double m_speed = 1.0;
   const double m_tickInterval = 2.0;
@@ -72,6 +82,8 @@ class InteractiveRunner : public Runner {
   double m_tickLead = 0.0;
   uint64_t m_ticks = 0;
   double m_nextEvent = 0.0;
+  // True while playback is stopped; any thread may read or set it.
+  std::atomic<bool> m_stopped{true};
   std::unique_ptr<Record> m_pending;
 };
 

@@ -38,10 +38,7 @@ void TraceRunOn(const WorkLoopInterface* loop) {
 
 Runner::~Runner() = default;
 
-void Runner::Reset() {
-  m_finished = false;
-  m_nextConsumer = 0;
-}
+void Runner::Reset() { m_finished = false; }
 
 void Runner::AddListener(RunnerListener* listener) {
   ScopedLock lock(m_lock);
@@ -57,7 +54,6 @@ void Runner::SetInput(RecordReader* input) {
 void Runner::SetConsumers(const std::vector<RecordConsumer*>& consumers) {
   ScopedLock lock(m_lock);
   m_consumers = consumers;
-  m_nextConsumer = 0;
 }
 
 void Runner::RunOn(WorkLoopInterface* loop) {
@@ -81,6 +77,7 @@ void Runner::RunStep(uint32_t generation) {
   ScopedLock lock(m_lock);
   if (IsShutDown() || generation != m_generation) return;
   m_queuedStepId = 0;
+  m_stepGeneration = generation;
   Execute();
 }
 
@@ -95,13 +92,11 @@ ReadStatus Runner::ReadNextRecord(Record& record) {
 bool Runner::DispatchRecord(const Record& record) {
   const uint32_t seconds = ConsumerTime(record.time);
   // By index: a consumer called back on this thread may change the list.
-  // A consumer may block until a stop releases it: checked before each.
-  for (; m_nextConsumer < m_consumers.size(); ++m_nextConsumer) {
-    if (IsShutDown() || IsPaused()) return false;
-    RecordConsumer* consumer = m_consumers[m_nextConsumer];
-    (void)consumer->OnRecord(seconds, record.tag, record.payload);
+  // A consumer may block until a shut-down releases it: checked before each.
+  for (size_t i = 0; i < m_consumers.size(); ++i) {
+    if (IsShutDown()) return false;
+    (void)m_consumers[i]->OnRecord(seconds, record.tag, record.payload);
   }
-  m_nextConsumer = 0;
   return true;
 }
 
@@ -122,7 +117,7 @@ void Runner::NotifyFinished() {
 }
 
 void Runner::PostStep(uint32_t delayMs) {
-  if (IsShutDown()) return;
+  if (IsShutDown() || m_stepGeneration != m_generation) return;
   m_queuedStepId = PostNewStep(true, delayMs);
 }
 

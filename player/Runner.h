@@ -13,12 +13,14 @@
 // Step chains: every step carries the chain generation current when it was
 // posted. Beginning a new chain (RunOn, InteractiveRunner::Start) cancels the
 // step still queued and moves to a new generation; a step of an older
-// generation returns without touching the runner, so at most one chain ever
-// plays. ShutDown makes the runner inert for good: later steps return at
-// once, nothing more is read or posted, and a batched replay stops at the
-// next record. Its owner shuts it down, then stops and destroys the work loop
-// (which releases the steps it still holds), and only then deletes it.
-// A stop that comes while a consumer blocks ends the step: no further consumer, record or step.
+// generation returns without touching the runner, and a step during which a
+// new chain began (from a consumer or listener) ends without posting, so at
+// most one chain ever plays. ShutDown makes the runner inert for good: later
+// steps return at once, nothing more is read or posted, and a record is
+// offered to no further consumer (a blocked consumer released by the
+// shut-down is the last). Its owner shuts it down, then stops and destroys
+// the work loop (which releases the steps it still holds), and only then
+// deletes it.
 
 #include <atomic>
 #include <cstddef>
@@ -72,24 +74,20 @@ class Runner {
  protected:
   // The reader's next record; kReadError (record untouched) without input.
   ReadStatus ReadNextRecord(Record& record);
-  // Offers the record to every consumer in order, time in whole seconds,
-  // as long as the runner is neither shut down nor paused. False when that
-  // stopped it short: the step then ends at once, and the next call for the
-  // same record goes on with the consumers that have not had it.
+  // Offers the record to every consumer in order, time in whole seconds.
+  // False when the runner was shut down before the last consumer had it.
   bool DispatchRecord(const Record& record);
   void NotifyTick(double time);
   void NotifyNextEvent(double time);
   // Sets m_finished, then tells every listener.
   void NotifyFinished();
-  // Posts the next step of the current chain with PostDelayed, also for 0.
+  // Posts the next step of the current chain with PostDelayed, also for 0;
+  // nothing when a new chain began during this step.
   void PostStep(uint32_t delayMs);
   // Cancels the queued step, moves to a new generation and posts its first
   // step with Post. False when there is no loop or the loop refused the step.
   bool BeginChain();
   bool IsShutDown() const { return m_shutDown.load(std::memory_order_acquire); }
-  // A paused runner offers no record to its consumers; any thread may pause.
-  void SetPaused(bool paused) { m_paused.store(paused, std::memory_order_release); }
-  bool IsPaused() const { return m_paused.load(std::memory_order_acquire); }
 
   // Whole seconds handed to consumers: rounded down, saturated to 32 bits.
   static uint32_t ConsumerTime(double time);
@@ -103,8 +101,6 @@ class Runner {
   std::vector<RunnerListener*> m_listeners;
   std::vector<RecordConsumer*> m_consumers;
   bool m_finished = false;
-  // The consumer the record being dispatched goes to next.
-  size_t m_nextConsumer = 0;
 
  private:
   void CancelQueuedStep();
@@ -113,11 +109,12 @@ class Runner {
   uint32_t PostNewStep(bool delayed, uint32_t delayMs);
 
   uint32_t m_generation = 0;
+  // The generation of the step running now.
+  uint32_t m_stepGeneration = 0;
   // Loop id of the current chain's step that is queued and has not begun;
   // 0 when there is none.
   uint32_t m_queuedStepId = 0;
   std::atomic<bool> m_shutDown{false};
-  std::atomic<bool> m_paused{false};
 };
 
 }  // namespace Quillan

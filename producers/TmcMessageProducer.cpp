@@ -1,23 +1,17 @@
 #include "producers/TmcMessageProducer.h"
 
+#include <algorithm>
 #include <cstdint>
-#include <utility>
 
 #include "CITypesFactory.h"
 #include "producers/IntegerText.h"
-#include "producers/SoleHolder.h"
 #include "producers/TmcMessage.h"
 
 namespace Quillan {
 
-void TmcMessageProducer::Begin() {
-  if (!IsSoleHolder(m_data)) {
-    m_data = std::make_shared<TmcMessageData>();
-    return;
-  }
-  if (IsSoleHolder(m_data->tmcData)) m_spareBytes = std::move(m_data->tmcData);
-  *m_data = TmcMessageData();
-}
+// Always new data: a listener may still read the previous one, on any
+// thread, or watch it through a weak pointer until it expires.
+void TmcMessageProducer::Begin() { m_data = std::make_shared<TmcMessageData>(); }
 
 void TmcMessageProducer::InitKeys(KeyTable& keys) {
   keys["timeStamp"] = kTimeStamp;
@@ -54,12 +48,14 @@ std::unique_ptr<ProducedMessage> TmcMessageProducer::CreateMessage() {
 }
 
 // One byte per ":"-ended token, plus one for a non-empty last token: "0A::1"
-// gives 0A 00 01, a trailing ":" adds nothing.
+// gives 0A 00 01, a trailing ":" adds nothing. The array is made with room
+// for all of them, so that appending does not allocate again.
 std::shared_ptr<CIUInt8Array> TmcMessageProducer::ParseTmcBytes(const std::string& value) {
-  std::shared_ptr<CIUInt8Array> bytes =
-      m_spareBytes ? std::move(m_spareBytes) : CITypesFactory::createUInt8Array(0);
-  bytes->clear();
   const char* text = value.data();
+  uint32_t count = static_cast<uint32_t>(std::count(value.begin(), value.end(), ':'));
+  if (!value.empty() && value.back() != ':') ++count;
+  std::shared_ptr<CIUInt8Array> bytes = CITypesFactory::createUInt8Array(count);
+  bytes->clear();
   size_t tokenStart = 0;
   for (size_t pos = 0; pos < value.size(); ++pos) {
     if (text[pos] != ':') continue;

@@ -6,8 +6,8 @@
 // A number that does not convert (see IntegerText) is stored as 0; so is a
 // tmcData byte whose token does not convert, an empty token included.
 // Created and owned by the RecordDispatcher; used on the work loop's thread.
-// Data and byte arrays that no message or listener holds any more are
-// emptied and used again instead of being made anew (IsSoleHolder).
+// Each record gets new data and a new byte array, which never change once
+// delivered: listeners may keep them, or read them on their own threads.
 
 #include <memory>
 #include <string>
@@ -33,8 +33,6 @@ class TmcMessageProducer : public PayloadProducer {
   std::shared_ptr<CIUInt8Array> ParseTmcBytes(const std::string& value);
 
   std::shared_ptr<TmcMessageData> m_data = std::make_shared<TmcMessageData>();
-  // The byte array of an earlier message that nobody else holds, or null.
-  std::shared_ptr<CIUInt8Array> m_spareBytes;
 };
 
 }  // namespace Quillan

@@ -8,8 +8,10 @@ namespace Quillan {
 namespace {
 
 constexpr uint32_t kFirstCapacity = 64;
-// The longest wait a due tick can express.
-constexpr uint32_t kLongestStepMs = 0x7FFFFFFFu;
+// The longest wait one due tick is armed for: a quarter of the tick range,
+// not the half that signed differences can tell apart, so that an item
+// already overdue by up to about 12 days still compares as due earlier.
+constexpr uint32_t kLongestStepMs = 0x40000000u;
 
 uint32_t NextStep(uint32_t remainingMs) {
   return remainingMs < kLongestStepMs ? remainingMs : kLongestStepMs;

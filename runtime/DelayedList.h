@@ -7,7 +7,8 @@
 // taking the head and unlinking cost O(log n) however the delays are mixed.
 // The slot array grows by doubling and is freed only with the list. Not
 // thread-safe: the loop's state lock guards it.
-// Delays of 2^31 ms and more wait in steps below that, re-armed until done.
+// Delays of 2^30 ms and more wait in steps of 2^30 ms, re-armed until done,
+// so that they stay well inside the signed window that overdue items need.
 
 #include <cstdint>
 

@@ -5,7 +5,9 @@
 // until no writer is left. Waits re-check every 100 ms (readers) and 250 ms
 // (writers) on the monotonic clock, so a missed wake-up never blocks for
 // good. Callable from any thread; must be idle when destroyed.
-// Overlapping upgrades go in the order begun; the later one re-reads after the earlier's release.
+// Overlapping upgrades go in the order begun: the later upgrader only waits,
+// its reads set aside, until the earlier one has released write access; what
+// it read before may have changed by the time it writes.
 
 #include <pthread.h>
 

@@ -11,6 +11,7 @@
 #include <string>
 #include <vector>
 
+#include "player/RunnerListener.h"
 #include "tests/player/PlaybackRig.h"
 #include "tests/support/TraceCapture.h"
 
@@ -101,6 +102,20 @@ TEST(InteractiveRunnerTest, WorkedExamples) {
       // Stop and start resume at once (Post, no delay) with the tick that was due.
       {"stop and start", kThreeRecords, true, 1.0, 3, StopTwiceAndStartTwice,
        {"tick 12", "tick 14", "record 15 $TMC c", "finished"}, {2000, 1000}},
+      // From inside a consumer: the step running ends without posting, and
+      // the chain that Start begins plays on alone.
+      {"stop and start in a consumer", kThreeRecords, true, 1.0, 1,
+       [](Rig& rig) {
+         rig.probe().SetOnRecord([&rig](size_t number) {
+           if (number != 1) return;
+           rig.runner().Stop();
+           rig.runner().Start();
+           EXPECT_EQ(rig.loop().LiveHeld(), 1u);
+         });
+       },
+       {"tick 10", "record 10 $TMC a", "next 11", "record 11 $TMC b", "next 15", "tick 12",
+        "tick 14", "record 15 $TMC c", "finished"},
+       {1000, 2000, 1000}},
       {"start right after stop", kThreeRecords, true, 1.0, 3,
        [](Rig& rig) {
          for (int i = 0; i < 5; ++i) {
@@ -155,23 +170,84 @@ TEST(InteractiveRunnerTest, StartNeedsABoundLiveRunner) {
   EXPECT_TRUE(rig.probe().Log().empty());
 }
 
-// A stop from inside a dispatch: the consumers after that one get the
-// record only after Start, and the earlier ones do not get it twice.
-TEST(InteractiveRunnerTest, StopDuringADispatchHoldsTheRecordBackUntilStart) {
-  PlaybackRig<InteractiveRunner> rig(kThreeRecords, MakeRunner(true));
-  pelorin_test::PlaybackProbe second;
-  rig.runner().SetConsumers({&rig.probe(), &second});
-  rig.probe().SetOnRecord([&rig](size_t number) {
-    if (number == 2) rig.runner().Stop();
-  });
-  rig.Run();
-  rig.loop().RunAll();
-  EXPECT_EQ(second.Payloads(), Strings{"a"});
-  EXPECT_EQ(rig.loop().LiveHeld(), 0u);
-  rig.runner().Start();
-  rig.loop().RunAll();
-  EXPECT_EQ(rig.probe().Payloads(), (Strings{"a", "b", "c"}));
-  EXPECT_EQ(second.Payloads(), (Strings{"a", "b", "c"}));
+// Stops the runner from a tick listener at the first tick.
+class StopAtFirstTick : public RunnerListener {
+ public:
+  explicit StopAtFirstTick(InteractiveRunner& runner) : m_runner(runner) {}
+  void OnTick(Runner*, double) override {
+    if (!m_stopped) m_runner.Stop();
+    m_stopped = true;
+  }
+
+ private:
+  InteractiveRunner& m_runner;
+  bool m_stopped = false;
+};
+
+// A stop takes effect when the next step begins: the step running when it
+// comes (here from a tick listener, or from the first consumer) hands its
+// record to every consumer, reports the next event and posts; the next step
+// stops. Start plays on from there.
+TEST(InteractiveRunnerTest, StopDuringAStepLetsThatStepFinish) {
+  for (bool inListener : {true, false}) {
+    SCOPED_TRACE(inListener ? "stop in a tick listener" : "stop in the first consumer");
+    pelorin_test::TraceCapture capture(2);
+    Rig rig(kThreeRecords, MakeRunner(true));
+    pelorin_test::PlaybackProbe second;
+    StopAtFirstTick stopper(rig.runner());
+    rig.runner().SetConsumers({&rig.probe(), &second});
+    if (inListener) {
+      rig.runner().AddListener(&stopper);
+    } else {
+      rig.probe().SetOnRecord([&rig](size_t number) {
+        if (number == 1) rig.runner().Stop();
+      });
+    }
+    rig.Run();
+    rig.loop().RunAll();
+    EXPECT_EQ(rig.probe().Log(), (Strings{"next 10", "tick 10", "record 10 $TMC a", "next 11"}));
+    EXPECT_EQ(second.Payloads(), Strings{"a"});
+    EXPECT_EQ(rig.loop().Delays(), (std::vector<uint32_t>{0, 1000}));
+    EXPECT_EQ(capture.Count("InteractiveRunner::Execute: stopping"), 1u);
+    rig.runner().Start();
+    rig.loop().RunAll();
+    EXPECT_EQ(rig.probe().Payloads(), (Strings{"a", "b", "c"}));
+    EXPECT_EQ(second.Payloads(), (Strings{"a", "b", "c"}));
+  }
+}
+
+// A tick that falls on a record's time stamp comes first, in the same
+// step, however the wall-clock distances round; also when the speed changes
+// (after `steps` steps) while the two are due together.
+TEST(InteractiveRunnerTest, ATickAtARecordsTimeComesFirst) {
+  const char kAtSpeed015[] = "102.2 $TMC a\n105.5 $TMC b\n109.5 $TMC c\n";
+  const struct {
+    const char* events;
+    double speed;
+    const char* tick;
+    int steps;
+    double newSpeed;
+  } cases[] = {
+      {kAtSpeed015, 0.15, "tick 105.5", 0, 0.0},
+      {"10 $TMC a\n11.2 $TMC b\n", 0.3, "tick 11.2", 0, 0.0},
+      {"17.3 $TMC a\n19.7 $TMC b\n", 0.3, "tick 19.7", 0, 0.0},
+      {kAtSpeed015, 0.15, "tick 105.5", 12, 4.0},  // the tick at 105.2 came last
+  };
+  for (const auto& c : cases) {
+    Rig rig(c.events, MakeRunner(true, c.speed));
+    rig.Run();
+    for (int i = 0; i < c.steps; ++i) rig.loop().RunNext();
+    if (c.newSpeed > 0.0) rig.runner().SetSpeed(c.newSpeed);
+    rig.loop().RunAll();
+    const Strings log = rig.probe().Log();
+    const auto record = std::find_if(log.begin(), log.end(), [](const std::string& entry) {
+      return entry.rfind("record ", 0) == 0 && entry.back() == 'b';
+    });
+    ASSERT_NE(record, log.end()) << c.events;
+    ASSERT_NE(record, log.begin()) << c.events;
+    EXPECT_EQ(*(record - 1), c.tick) << c.events;
+    EXPECT_EQ(std::count(log.begin(), log.end(), c.tick), 1) << c.events;
+  }
 }
 
 // Record times so large, or a speed so low, that a tick interval does not

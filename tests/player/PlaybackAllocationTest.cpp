@@ -1,6 +1,8 @@
-// Steady replay of "$TMC" records does not allocate: once the first records
-// have sized the reader's and the producer's buffers, reading, producing and
-// delivering reuse them (counted by the replaced operator new).
+// Steady replay of "$TMC" records allocates only the message itself: once
+// the first records have sized the reader's buffers, each record costs its
+// new message data and its byte array (the platform's object and its bytes),
+// which listeners may keep; reading and dispatching reuse their memory
+// (counted by the replaced operator new).
 
 #include <gtest/gtest.h>
 
@@ -42,8 +44,9 @@ std::string TmcLines(int count) {
   return lines;
 }
 
-TEST(PlaybackAllocation, SteadyTmcReplayDoesNotAllocate) {
+TEST(PlaybackAllocation, SteadyTmcReplayAllocatesOnlyEachMessage) {
   constexpr int kWarmUp = 50;
+  constexpr long kPerRecord = 3;
   for (int records : {200, 2000}) {
     // Read ahead in chunks, as the events file offers its bytes.
     pelorin_test::MemoryInput input(TmcLines(kWarmUp + records), std::string::npos, 4096);
@@ -59,7 +62,7 @@ TEST(PlaybackAllocation, SteadyTmcReplayDoesNotAllocate) {
                 0);
     }
     steadyAllocations += pelorin_test::AllocationCount();
-    EXPECT_EQ(steadyAllocations, 0) << records << " records";
+    EXPECT_LE(steadyAllocations, kPerRecord * records) << records << " records";
     EXPECT_EQ(listener.bytes, 5u * static_cast<uint32_t>(kWarmUp + records));
   }
 }

@@ -3,9 +3,12 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <cstdio>
 #include <memory>
+#include <mutex>
 #include <string>
+#include <thread>
 #include <tuple>
 #include <vector>
 
@@ -138,16 +141,71 @@ TEST_F(RecordDispatcherTest, TmcMessageFieldsFromTheirKeys) {
   }
 }
 
-// The producer reuses data and byte arrays that nobody holds any more; what a
-// listener keeps, the data or only its bytes, stays as it was delivered.
-TEST_F(RecordDispatcherTest, DataThatAListenerKeepsIsNotReused) {
+// A delivered message never changes: what a listener keeps, the data or only
+// its bytes, stays as it was delivered, and what it only watches through a
+// weak pointer expires once nobody holds it instead of becoming a later one.
+TEST_F(RecordDispatcherTest, ADeliveredMessageNeverChanges) {
   const std::shared_ptr<CIUInt8Array> keptBytes = Tmc("LTN=1 tmcData=01:02")->tmcData;
   const std::shared_ptr<TmcMessageData> keptData = Tmc("LTN=2 tmcData=03");
+  const std::weak_ptr<TmcMessageData> watchedData = Tmc("LTN=3 tmcData=04");
+  const std::weak_ptr<CIUInt8Array> watchedBytes = Tmc("LTN=5 tmcData=05:06")->tmcData;
   for (int i = 0; i < 3; ++i) EXPECT_EQ(Tmc("LTN=9 tmcData=AA:BB:CC")->ltn, 9);
   EXPECT_EQ(Bytes(keptBytes), (std::vector<uint8_t>{0x01, 0x02}));
   EXPECT_EQ(keptData->ltn, 2);
   EXPECT_EQ(Bytes(keptData->tmcData), std::vector<uint8_t>{0x03});
-  EXPECT_EQ(Tmc("LTN=4")->tmcData, nullptr);  // reused data starts without bytes
+  EXPECT_TRUE(watchedData.expired());
+  EXPECT_TRUE(watchedBytes.expired());
+  EXPECT_EQ(Tmc("LTN=4")->tmcData, nullptr);
+}
+
+// Passes each message on to a reader thread through a weak pointer, as a
+// head unit that looks at a message later, if it is still there, may do.
+class HandingOnListener : public TrafficDataListener {
+ public:
+  void OnServiceList(ServiceList) override {}
+  void OnTmcMessage(std::shared_ptr<TmcMessageData> message) override {
+    std::lock_guard<std::mutex> guard(lock);
+    latest = message;
+  }
+  std::weak_ptr<TmcMessageData> Latest() {
+    std::lock_guard<std::mutex> guard(lock);
+    return latest;
+  }
+  std::mutex lock;
+  std::weak_ptr<TmcMessageData> latest;
+};
+
+// A message read on another thread while the next records are produced
+// stays whole: every field and byte tells the same record number.
+TEST(TmcMessageProducerTest, AMessageReadOnAnotherThreadStaysWhole) {
+  RecordDispatcher dispatcher;
+  HandingOnListener listener;
+  ASSERT_TRUE(dispatcher.AddListener(&listener));
+  std::atomic<bool> done{false};
+  std::atomic<int> mixed{0}, reads{0};
+  std::thread reader([&] {
+    while (!done.load()) {
+      const std::shared_ptr<TmcMessageData> message = listener.Latest().lock();
+      if (!message || !message->tmcData || message->tmcData->size() != 2) continue;
+      const uint32_t number = message->timeStamp;
+      const bool whole = message->pid == number && message->ltn == (number & 0xFFu) &&
+                         message->tmcData->at(0) == (number & 0xFFu) &&
+                         message->tmcData->at(1) == ((number >> 8) & 0xFFu);
+      mixed += whole ? 0 : 1;
+      reads += 1;
+    }
+  });
+  char payload[96];
+  for (uint32_t number = 1; number <= 20000; ++number) {
+    std::snprintf(payload, sizeof(payload), "timeStamp=%u LTN=%u PID=%u tmcData=%X:%X",
+                  static_cast<unsigned>(number), static_cast<unsigned>(number & 0xFFu),
+                  static_cast<unsigned>(number), static_cast<unsigned>(number & 0xFFu),
+                  static_cast<unsigned>((number >> 8) & 0xFFu));
+    ASSERT_EQ(dispatcher.OnRecord(number, "$TMC", payload), 0);
+  }
+  done = true;
+  reader.join();
+  EXPECT_EQ(mixed.load(), 0) << "of " << reads.load() << " reads";
 }
 
 TEST_F(RecordDispatcherTest, ServiceListEntriesFollowTheSemicolons) {

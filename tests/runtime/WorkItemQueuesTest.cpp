@@ -142,5 +142,28 @@ TEST(DelayedListTest, ALongDelayStepsBackBehindItemsDueSooner) {
   EXPECT_EQ(list.PopDue(0xFFFFFFFFu, false), &longItem);
 }
 
+// An item already overdue when a long delay is posted still comes first:
+// the long delay's first step leaves room for items late by up to days.
+TEST(DelayedListTest, AnOverdueItemComesBeforeALongDelayPostedLater) {
+  const uint32_t kDayMs = 86400000u;
+  for (uint32_t lateMs : {1u, 95u, kDayMs, 10 * kDayMs}) {
+    for (uint32_t longMs : {0x7FFFFFFFu, 0x80000000u, 0x80000001u, 0xC0000000u, 0xFFFFFFFFu}) {
+      WorkItem overdue, longItem;
+      DelayedList list;
+      ASSERT_TRUE(list.Reserve() && list.Reserve());
+      DelayedList::Arm(&overdue, 0, 5);
+      list.Insert(&overdue);
+      const uint32_t now = 5 + lateMs;
+      DelayedList::Arm(&longItem, now, longMs);
+      EXPECT_FALSE(list.Insert(&longItem));
+      EXPECT_EQ(list.PopDue(now, false), &overdue) << lateMs << " late, " << longMs;
+      // Woken at each due tick, as the loop is, until the whole delay is up.
+      uint32_t tick = now;
+      while (list.PopDue(tick, false) == nullptr) tick = longItem.dueOrAge;
+      EXPECT_EQ(tick - now, longMs);
+    }
+  }
+}
+
 }  // namespace
 }  // namespace Quillan

@@ -124,7 +124,7 @@ TEST_F(WorkLoopTest, IdsStartAtOneAndCountSuccessfulPostsOfEitherKind) {
   EXPECT_EQ(nearWrap.PostDelayed(&handler, 5000, 1), 1u);  // 0 would read as refused
 }
 
-// Delays of 2^31 ms and more, up to the longest, wait their full length.
+// Delays that take steps, up to the longest, wait their full length.
 TEST_F(WorkLoopTest, LongDelaysWaitTheirFullLength) {
   for (uint32_t delay : {0x80000000u, 0xFFFFFFFFu}) {
     g_ticks = 0;
