@@ -135,6 +135,8 @@ TEST(Utf8Text, KeepsUtf8AndReadsOtherHighBytesAsLatin1) {
       {"\xC4", "\xC3\x84"},      // Latin-1 A umlaut
       {"\xC3\x84", "\xC3\x84"},  // already UTF-8
       {"\xE2\x82\xAC\xF0\x9F\x9A\x97", "\xE2\x82\xAC\xF0\x9F\x9A\x97"},
+      // The last lead byte of each length: U+07FF, a fullwidth F, U+10FFFF.
+      {"\xDF\xBF\xEF\xBC\xA6\xF4\x8F\xBF\xBF", "\xDF\xBF\xEF\xBC\xA6\xF4\x8F\xBF\xBF"},
       {"\xC0\x80", "\xC3\x80\xC2\x80"},              // overlong NUL
       {"\xED\xA0\x80", "\xC3\xAD\xC2\xA0\xC2\x80"},  // surrogate
       {"\xE2\x82", "\xC3\xA2\xC2\x82"},              // cut short

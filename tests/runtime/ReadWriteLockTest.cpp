@@ -1,9 +1,10 @@
 // ReadWriteLock: writer preference, re-entrant reads and writes, reading
-// while writing, and upgrading a read.
+// while writing, upgrading a read, and waiters that sleep.
 
 #include "runtime/ReadWriteLock.h"
 
 #include <gtest/gtest.h>
+#include <time.h>
 
 #include <condition_variable>
 #include <functional>
@@ -132,6 +133,48 @@ TEST(ReadWriteLockTest, OverlappingUpgradesGoInTheOrderBegun) {
       lock.UnlockWrite();
       lock.UnlockRead();
     });
+  }
+}
+
+// CPU time the calling thread has used, in milliseconds.
+uint32_t ThreadCpuMs() {
+  timespec used{};
+  clock_gettime(CLOCK_THREAD_CPUTIME_ID, &used);
+  return static_cast<uint32_t>(used.tv_sec) * 1000u + static_cast<uint32_t>(used.tv_nsec / 1000000);
+}
+
+// A waiting reader or writer sleeps between its re-checks instead of
+// spinning on the counters. An upper bound on CPU time only: a busy machine
+// gives a spinning waiter less, never a sleeping one more.
+TEST(ReadWriteLockWallClock, WaitersSleepBetweenTheirRechecks) {
+  struct Case {
+    const char* waiter;
+    void (ReadWriteLock::*hold)();
+    void (ReadWriteLock::*release)();
+    void (ReadWriteLock::*wait)();
+    void (ReadWriteLock::*leave)();
+  };
+  const Case cases[] = {
+      {"writer", &ReadWriteLock::LockRead, &ReadWriteLock::UnlockRead, &ReadWriteLock::LockWrite,
+       &ReadWriteLock::UnlockWrite},
+      {"reader", &ReadWriteLock::LockWrite, &ReadWriteLock::UnlockWrite, &ReadWriteLock::LockRead,
+       &ReadWriteLock::UnlockRead},
+  };
+  for (const Case& c : cases) {
+    ReadWriteLock lock;
+    Actor holder, waiter;
+    uint32_t usedMs = 0;
+    holder.Do([&] { (lock.*c.hold)(); });
+    waiter.Begin([&] {
+      const uint32_t start = ThreadCpuMs();
+      (lock.*c.wait)();
+      usedMs = ThreadCpuMs() - start;
+    });
+    EXPECT_FALSE(waiter.Finished(300)) << c.waiter;  // longer than a re-check period
+    holder.Do([&] { (lock.*c.release)(); });
+    ASSERT_TRUE(waiter.Finished(LongMs())) << c.waiter;
+    EXPECT_LT(usedMs, pelorin_test::ScaledMs(60)) << c.waiter;  // spinning takes most of the 300
+    waiter.Do([&] { (lock.*c.leave)(); });
   }
 }
 

@@ -65,6 +65,26 @@ class TestHandler : public WorkHandler {
   std::function<void()> m_action;
 };
 
+// Calls RemoveAll for itself from Execute and from Release and keeps the
+// answers.
+class SelfRemover : public TestHandler {
+ public:
+  explicit SelfRemover(WorkLoop& loop) : m_loop(loop) {}
+  void Execute() override {
+    answers.push_back(m_loop.RemoveAll(this));
+    TestHandler::Execute();
+  }
+  void Release() override {
+    answers.push_back(m_loop.RemoveAll(this));
+    TestHandler::Release();
+  }
+
+  std::vector<int> answers;
+
+ private:
+  WorkLoop& m_loop;
+};
+
 class WorkLoopTest : public ::testing::Test {
  protected:
   void SetUp() override {
@@ -186,6 +206,60 @@ TEST_F(WorkLoopTest, AnIdleLoopTakesRemovalFromAnyThreadAndReleasesTheRestAtDest
     EXPECT_EQ(handler->executed, 0);
   }
   EXPECT_EQ(first.released + final.released + idleFinal.released, 0);
+}
+
+// RemoveAll takes every pending post of a handler, queued or delayed, and
+// its place as final handler, and releases none of them: 0 when it took
+// anything, else 2.
+TEST_F(WorkLoopTest, RemoveAllTakesThePendingPostsOfAHandlerUnreleased) {
+  struct Case {
+    const char* name;
+    void (*post)(WorkLoop&, WorkHandler*);
+    int answer;
+  };
+  const Case cases[] = {
+      {"queued",
+       [](WorkLoop& loop, WorkHandler* h) {
+         loop.Post(h, 1);
+         loop.Post(h, 9);
+       },
+       0},
+      {"delayed", [](WorkLoop& loop, WorkHandler* h) { loop.PostDelayed(h, 100, 1); }, 0},
+      {"final", [](WorkLoop& loop, WorkHandler* h) { loop.Stop(h); }, 0},
+      {"nothing", [](WorkLoop&, WorkHandler*) {}, 2},
+  };
+  for (const Case& c : cases) {
+    TestHandler handler, other;
+    {
+      WorkLoop loop;
+      loop.Post(&other, 5);
+      c.post(loop, &handler);
+      EXPECT_EQ(loop.RemoveAll(&handler), c.answer) << c.name;
+      EXPECT_EQ(loop.RemoveAll(nullptr), 2);
+    }
+    EXPECT_EQ(handler.executed + handler.released, 0) << c.name;
+    EXPECT_EQ(other.released, 1) << c.name;
+  }
+}
+
+// The handler being run, or being released at destruction, gets 1 (its
+// other posts are taken all the same); another thread gets 3 while the loop
+// runs.
+TEST_F(WorkLoopTest, RemoveAllAnswersTheCurrentHandler1AndAnotherThread3) {
+  WorkLoop running;
+  SelfRemover runningHandler(running);
+  running.Start();
+  EXPECT_EQ(running.RemoveAll(&runningHandler), 3);
+  running.Post(&runningHandler, 1);
+  ASSERT_TRUE(runningHandler.releasedEvent.TimedWait(LongMs()));
+  EXPECT_EQ(runningHandler.answers, (std::vector<int>{1, 1}));
+  auto* idle = new WorkLoop;
+  SelfRemover left(*idle);
+  idle->Post(&left, 1);
+  idle->PostDelayed(&left, 100, 1);
+  delete idle;
+  EXPECT_EQ(left.answers, (std::vector<int>{1}));  // the delayed post went unreleased
+  EXPECT_EQ(left.released, 1);
 }
 
 // Run on a thread of the caller's, the loop returns to idle once stopped
