@@ -81,7 +81,7 @@ bool ControlSocket::Open(const std::string& path, std::string* error) {
   m_path = path;
   // Nobody can connect before listen: the mode is the user's only by then.
   if (::chmod(path.c_str(), 0600) != 0 || ::listen(m_listenFd, 8) != 0 ||
-      ::pipe2(m_wakePipe, O_CLOEXEC) != 0) {
+      !m_wake.Open()) {
     *error = name + ": " + std::strerror(errno);
     Stop();
     return false;
@@ -107,11 +107,7 @@ StatusInfo ControlSocket::Published() {
 }
 
 void ControlSocket::Wake() {
-  if (!m_thread.joinable() || m_woken) return;
-  m_woken = true;
-  const char wake = 'x';
-  while (::write(m_wakePipe[1], &wake, 1) < 0 && errno == EINTR) {
-  }
+  if (m_thread.joinable()) m_wake.Wake();
 }
 
 void ControlSocket::Stop() {
@@ -122,7 +118,7 @@ void ControlSocket::Stop() {
   for (Client& client : m_clients) Close(client.fd);
   m_clients.clear();
   Close(m_listenFd);
-  for (int& fd : m_wakePipe) Close(fd);
+  m_wake.Close();
   Remove();
 }
 
@@ -134,7 +130,7 @@ void ControlSocket::Remove() {
 void ControlSocket::ServeLoop() {
   std::vector<pollfd> polled;
   for (;;) {
-    polled.assign({pollfd{m_wakePipe[0], POLLIN, 0}, pollfd{m_listenFd, POLLIN, 0}});
+    polled.assign({pollfd{m_wake.ReadFd(), POLLIN, 0}, pollfd{m_listenFd, POLLIN, 0}});
     for (const Client& client : m_clients) {
       polled.push_back(
           pollfd{client.fd, static_cast<short>(client.out.empty() ? POLLIN : POLLIN | POLLOUT), 0});

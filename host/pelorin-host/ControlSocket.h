@@ -21,6 +21,7 @@
 
 #include "ControlCommand.h"
 #include "StatusLine.h"
+#include "WakePipe.h"
 
 namespace PelorinHost {
 
@@ -70,8 +71,7 @@ class ControlSocket {
   EndSignal& m_endSignal;
   std::string m_path;  // empty when no socket file of ours exists
   int m_listenFd = -1;
-  int m_wakePipe[2] = {-1, -1};
-  bool m_woken = false;
+  WakePipe m_wake;
   std::thread m_thread;
   std::vector<Client> m_clients;  // the serving thread's
   std::mutex m_statusLock;

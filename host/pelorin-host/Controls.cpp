@@ -22,7 +22,7 @@ Controls::Controls(ControlTarget& target, EndSignal& endSignal, Output& output, 
 Controls::~Controls() { Stop(); }
 
 bool Controls::Start() {
-  if (::pipe(m_wakePipe) != 0) return false;
+  if (!m_wake.Open()) return false;
   if (isatty(m_inputFd) == 1 && tcgetattr(m_inputFd, &m_savedTerminal) == 0) {
     termios raw = m_savedTerminal;
     raw.c_lflag &= static_cast<tcflag_t>(~(ICANON | ECHO));
@@ -35,11 +35,7 @@ bool Controls::Start() {
 }
 
 void Controls::Wake() {
-  if (!m_thread.joinable() || m_woken) return;
-  m_woken = true;
-  const char wake = 'x';
-  while (::write(m_wakePipe[1], &wake, 1) < 0 && errno == EINTR) {
-  }
+  if (m_thread.joinable()) m_wake.Wake();
 }
 
 void Controls::Stop() {
@@ -51,16 +47,13 @@ void Controls::Stop() {
     tcsetattr(m_inputFd, TCSANOW, &m_savedTerminal);
     m_terminal = false;
   }
-  for (int& fd : m_wakePipe) {
-    if (fd >= 0) ::close(fd);
-    fd = -1;
-  }
+  m_wake.Close();
 }
 
 void Controls::ReadLoop() {
   char buffer[256];
   for (;;) {
-    pollfd fds[2] = {{m_inputFd, POLLIN, 0}, {m_wakePipe[0], POLLIN, 0}};
+    pollfd fds[2] = {{m_inputFd, POLLIN, 0}, {m_wake.ReadFd(), POLLIN, 0}};
     if (::poll(fds, 2, -1) < 0) {
       if (errno == EINTR) continue;
       break;

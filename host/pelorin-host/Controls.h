@@ -15,6 +15,7 @@
 #include <thread>
 
 #include "ControlCommand.h"
+#include "WakePipe.h"
 
 namespace PelorinHost {
 
@@ -49,8 +50,7 @@ class Controls {
   const int m_statusFd;
   bool m_terminal = false;
   termios m_savedTerminal{};
-  int m_wakePipe[2] = {-1, -1};
-  bool m_woken = false;
+  WakePipe m_wake;
   std::thread m_thread;
   std::string m_pendingLine;
   KeyDecoder m_keys;
