@@ -96,7 +96,29 @@ void Checker::ReadRecords(const std::string& name, const std::string& eventsPath
     summary.AddRecord(record.time, record.tag, record.payload, delivered);
     if (m_observer != nullptr) m_observer->OnRecord(line, record);
     for (const Diagnostic& diagnostic : m_found) Emit(diagnostic, summary);
+    CheckPayloadCut(name, line, tap.Line(), record, summary);
   }
+}
+
+void Checker::CheckPayloadCut(const std::string& name, uint64_t line, const LineShape& shape,
+                              const Quillan::Record& record, FileSummary& summary) {
+  const size_t nul = shape.head.find('\0');
+  if (nul == std::string::npos || nul < record.payload.size() + 1) return;
+  // The payload as played lies right before the NUL, behind a blank.
+  const size_t begin = nul - record.payload.size();
+  if (shape.head[begin - 1] != ' ' || shape.head.compare(begin, record.payload.size(), record.payload) != 0) {
+    return;
+  }
+  Diagnostic diagnostic;
+  diagnostic.file = name;
+  diagnostic.line = line;
+  diagnostic.kind = DiagnosticKind::kPayloadCut;
+  diagnostic.tag = record.tag;
+  diagnostic.hasByte = true;
+  diagnostic.byte = record.payload.size() + 1;
+  diagnostic.message = "a NUL byte at byte " + std::to_string(diagnostic.byte) +
+                       " ends the payload: playback never sees the bytes after it";
+  Emit(diagnostic, summary);
 }
 
 void Checker::CheckLineBytes(const std::string& name, uint64_t line, const LineTap& tap,

@@ -25,7 +25,9 @@
 #include "host/pelorin-check/FileSummary.h"
 #include "host/pelorin-check/Options.h"
 #include "host/pelorin-check/ReportWriter.h"
+#include "host/common/LineShape.h"
 #include "host/pelorin-check/TpegDirectory.h"
+#include "player/Record.h"
 
 namespace PelorinCheck {
 
@@ -59,6 +61,10 @@ class Checker {
  private:
   void ReadRecords(const std::string& name, const std::string& eventsPath, LineTap& tap,
                    FileSummary& summary);
+  // A NUL byte in the payload of a record that plays: the reader ends the
+  // payload there, so what follows it never reaches a producer.
+  void CheckPayloadCut(const std::string& name, uint64_t line, const PelorinTools::LineShape& shape,
+                       const Quillan::Record& record, FileSummary& summary);
   void CheckLineBytes(const std::string& name, uint64_t line, const LineTap& tap,
                       FileSummary& summary);
   void ReportMalformedLine(const std::string& name, uint64_t line, const LineTap& tap,

@@ -32,6 +32,8 @@ const char* DiagnosticCode(DiagnosticKind kind) {
       return "time-backwards";
     case DiagnosticKind::kTpegFileMissing:
       return "tpeg-file-missing";
+    case DiagnosticKind::kPayloadCut:
+      return "payload-cut";
     case DiagnosticKind::kTpegFileOutside:
       return "tpeg-file-outside";
     case DiagnosticKind::kValueNotNumber:

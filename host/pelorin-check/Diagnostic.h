@@ -16,6 +16,7 @@ enum class DiagnosticKind {
   kEmptyRecording,    // the file has no line: nothing plays
   kByteOrderMark,     // a UTF-8 byte-order mark spoils the first time stamp
   kMalformedLine,     // the reader rejects the line: playback ends here
+  kPayloadCut,        // a NUL byte ends the payload early: the rest is not played
   kUnknownTag,        // no consumer handles the tag
   kPayloadRefused,    // a "$TMC" or "$TSL" payload breaks the grammar or names an unknown key
   kEmptyMethod,       // a "$TOT" payload without a method name
