@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <string>
 #include <thread>
 #include <vector>
 
@@ -43,6 +44,33 @@ TEST(PlaybackDataProviderTest, TransactionReportsChangedIdsAtTheOutermostEnd) {
   EXPECT_TRUE(provider.GetValue(kNext, &value));
   provider.UnlockRead();
   EXPECT_EQ(value, 1416131460);
+}
+
+// The data pool may ask for any id in any shape: only the two integer
+// values are served, and every other question is answered no, leaving the
+// caller's variable as it was.
+TEST(PlaybackDataProviderTest, ServesOnlyItsTwoIntegers) {
+  pelorin_test::FakeDataPool pool;
+  PlaybackDataProvider provider(&pool);
+  for (const uint32_t id : {kTick, kNext}) {
+    SCOPED_TRACE(id);
+    int32_t number = 7;
+    std::string text = "kept";
+    uint32_t first = 7;
+    uint32_t count = 7;
+    EXPECT_EQ(provider.GetValueType(id), 0u);
+    EXPECT_FALSE(provider.GetIntAt(id, 0, &number));
+    EXPECT_FALSE(provider.GetText(id, &text));
+    EXPECT_FALSE(provider.GetTextAt(id, 0, &text));
+    EXPECT_FALSE(provider.GetRange(id, &first, &count));
+    EXPECT_EQ(provider.GetCount(id), Quillan::SDDataProvider::kNoCount);
+    EXPECT_EQ(number, 7);
+    EXPECT_EQ(text, "kept");
+  }
+  int32_t number = 7;
+  EXPECT_FALSE(provider.GetValue(0x4d000002, &number));
+  EXPECT_EQ(number, 7);
+  EXPECT_EQ(provider.GetValueType(0x4d000002), PlaybackDataProvider::kNotServed);
 }
 
 // The work-loop thread writes both values in one transaction while a
