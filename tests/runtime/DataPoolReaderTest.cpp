@@ -90,6 +90,7 @@ TEST_F(DataPoolReaderTest, WritesReachTheirEntryAndAreReportedSortedOnceEachSect
   EXPECT_TRUE(reader.GetValue(kInt, &value) && value == 151);
   EXPECT_TRUE(reader.GetText(kText, &text) && text == "A7");
   EXPECT_TRUE(reader.GetIntAt(kIntList, 1, &value) && value == 11);
+  EXPECT_FALSE(reader.GetIntAt(kIntList, 2, &value));
   EXPECT_FALSE(reader.GetTextAt(kTextList, 0, &text));
   EXPECT_TRUE(reader.GetBuffer(kBuffer, &bytes, &size) && size == 2 && bytes[0] == 1);
   EXPECT_TRUE(reader.GetBufferAt(kBufferList, 1, &bytes, &size) && size == 1);
