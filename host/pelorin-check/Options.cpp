@@ -1,5 +1,6 @@
 #include "host/pelorin-check/Options.h"
 
+#include "host/common/SpeedText.h"
 #include "runtime/NumberText.h"
 
 #ifndef PELORIN_VERSION_TEXT
@@ -44,13 +45,13 @@ bool SetValue(Valued option, const std::string& name, const std::string& value, 
   }
   switch (option) {
     case Valued::kSpeed: {
-      // The factor reads as the module reads its own numbers: "1.5" or "1,5".
-      double speed = 0.0;
-      if (!Quillan::ParseDecimal(value, &speed) || !(speed > 0.0)) {
-        *error = "--speed needs a number greater than 0, not '" + value + "'";
+      // Read as pelorin-host reads it, so that one speed means the same in both.
+      int32_t percent = 0;
+      if (!PelorinTools::SpeedText::Parse(value, &percent)) {
+        *error = "--speed needs " + PelorinTools::SpeedText::Accepted() + ", not '" + value + "'";
         return false;
       }
-      options->speed = speed;
+      options->speed = percent / 100.0;
       options->hasSpeed = true;
       return true;
     }
@@ -160,8 +161,9 @@ std::string Options::HelpText() {
          "                       and for the total (see docs/json-check.md)\n"
          "      --max-errors N   show at most N diagnostics per file, 0 for all\n"
          "                       (0 to 4294967295, default 20); the rest are counted\n"
-         "      --speed FACTOR   also say how long each file plays at this speed (2 is\n"
-         "                       twice as fast as recorded; greater than 0)\n"
+         "      --speed SPEED    also say how long each file plays at this speed: a\n"
+         "                       factor from 0.01 to 21474836.47, 2 or 2x twice as\n"
+         "                       fast as recorded, 200% the same\n"
          "                       The play times leave out the waits for online traffic\n"
          "                       answers (getInventory, getNewData): the summary says\n"
          "                       what they add at the least, 50 ms each\n"

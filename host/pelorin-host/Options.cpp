@@ -5,9 +5,11 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "SpeedText.h"
+#include "host/common/SpeedText.h"
 
 namespace PelorinHost {
+
+using PelorinTools::SpeedText;
 namespace {
 
 bool ParseDouble(const std::string& text, double* value) {
