@@ -1,5 +1,6 @@
 #include "host/pelorin-check/Options.h"
 
+#include "host/common/ExitStatus.h"
 #include "host/common/SpeedText.h"
 #include "runtime/NumberText.h"
 
@@ -184,13 +185,11 @@ std::string Options::HelpText() {
          "\n"
          "Exit status:\n"
          "  0    no errors (and no warnings with --strict)\n"
-         "  1    errors found, or warnings with --strict\n"
-         "  2    unusable option or value, or an events file that is missing, a\n"
-         "       directory or unreadable, or a --timeline file that cannot be written\n"
-         "       (one line on standard error with the reason)\n"
-         "  4    standard output cannot be written (one line naming the error)\n"
-         "  141  the reader of standard output went away (no message)\n"
-         "  128+N  stopped by signal N: 129 SIGHUP, 130 SIGINT, 131 SIGQUIT, 143 SIGTERM\n"
+         "  1    errors found, or warnings with --strict\n" +
+         PelorinTools::ExitStatus::HelpText(
+             "an unusable option or value, an events file\n"
+             "       that is missing, a directory or unreadable, or a --timeline file that\n"
+             "       cannot be written") +
          "\n"
          "Example:\n"
          "  $ pelorin-check --speed 4 --root /media/usb rec/events\n"

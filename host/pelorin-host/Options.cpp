@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "host/common/ExitStatus.h"
 #include "host/common/SpeedText.h"
 
 namespace PelorinHost {
@@ -472,14 +473,12 @@ Exit status:
        with nothing to play is said on standard error)
   1    playback ended before the end of the file (a malformed line, a read
        error, binary data): standard error names the line and the reason
-  2    unusable input or usage: a bad option or value, an events file that
-       is missing, a directory or unreadable, a module that does not load
   3    --timeout reached
-  4    writing standard output failed (e.g. a full disk)
   5    an item differed from --expect FILE, or one was missing or extra
-  141  the reader of standard output went away (the run ends quietly)
-  128+N  ended by signal N: 130 SIGINT, 129 SIGHUP, 131 SIGQUIT, 143 SIGTERM
-
+)" + PelorinTools::ExitStatus::HelpText(
+             "a bad option or value, an events file that is\n"
+             "       missing, a directory or unreadable, a module that does not load") +
+         "Of the others, 3 outranks 5 and 5 outranks 1.\n" + R"(
 Examples:
   pelorin-host
       play the bundled example
