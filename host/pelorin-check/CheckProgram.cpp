@@ -6,6 +6,7 @@
 #include <memory>
 
 #include "host/common/ExitStatus.h"
+#include "host/common/OptionParser.h"
 #include "host/common/TerminalText.h"
 #include "host/pelorin-check/Checker.h"
 #include "host/pelorin-check/JsonReportWriter.h"
@@ -39,7 +40,7 @@ int ExitStatus(const Outcome& outcome, const PelorinTools::FileOutput& out) {
 }
 
 void Usage(std::ostream& err, const std::string& message) {
-  err << kTool << "error: " << TerminalText::Escaped(message) << " (see 'pelorin-check --help')\n";
+  err << PelorinTools::OptionParser::Usage("pelorin-check", message) << '\n';
 }
 
 std::unique_ptr<ReportWriter> MakeWriter(const Options& options, std::ostream& out) {

@@ -13,7 +13,7 @@
 #include "Options.h"
 #include "Paths.h"
 #include "RunEnd.h"
-#include "host/common/TerminalText.h"
+#include "host/common/OptionParser.h"
 
 #ifndef PELORIN_VERSION_TEXT
 #define PELORIN_VERSION_TEXT "unknown"
@@ -51,9 +51,8 @@ int main(int argc, char** argv) {
   PelorinHost::Options options;
   std::string error;
   if (!PelorinHost::ParseOptions(argc, argv, &options, &error)) {
-    // The message echoes the arguments: escaped, as every message.
-    const std::string text = PelorinTools::TerminalText::Escaped(error);
-    std::fprintf(stderr, "pelorin-host: %s\n", text.c_str());
+    const std::string line = PelorinTools::OptionParser::Usage("pelorin-host", error);
+    std::fprintf(stderr, "%s\n", line.c_str());
     PelorinHost::RunEnd end;
     end.unusable = true;
     return end.ExitStatus();

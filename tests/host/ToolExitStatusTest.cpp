@@ -22,10 +22,10 @@ TEST(ToolExitStatusTest, TheFirstThatAppliesWins) {
   } cases[] = {
       {0, false, 0, 0, 0},
       {0, false, 0, 1, 1},
-      {0, false, SIGINT, 1, 130},        // a signal outranks the tool's outcome
-      {0, true, SIGTERM, 0, 2},          // unusable input outranks a signal
-      {ENOSPC, true, SIGINT, 1, 4},      // a failed write outranks everything
-      {EPIPE, false, SIGINT, 0, 141},    // a signal during a broken pipe
+      {0, false, SIGINT, 1, 130},      // a signal outranks the tool's outcome
+      {0, true, SIGTERM, 0, 2},        // unusable input outranks a signal
+      {ENOSPC, true, SIGINT, 1, 4},    // a failed write outranks everything
+      {EPIPE, false, SIGINT, 0, 141},  // a signal during a broken pipe
       {EPIPE, true, SIGHUP, 5, 141},
       {EBADF, false, SIGQUIT, 3, 4},
   };
@@ -41,11 +41,8 @@ TEST(ToolExitStatusTest, TheHostsOwnOutcomesComeAfterTheSharedOnes) {
     int signal;
     int status;
   } cases[] = {
-      {true, true, true, 0, 3},
-      {false, true, true, 0, 5},
-      {false, false, true, 0, 1},
-      {false, false, false, 0, 0},
-      {true, true, true, SIGINT, 130},
+      {true, true, true, 0, 3},    {false, true, true, 0, 5},       {false, false, true, 0, 1},
+      {false, false, false, 0, 0}, {true, true, true, SIGINT, 130},
   };
   for (const auto& c : cases) {
     PelorinHost::RunEnd end;
