@@ -7,11 +7,11 @@
 
 #include "host/common/ExitStatus.h"
 #include "host/common/OptionParser.h"
+#include "host/common/StopSignals.h"
 #include "host/common/TerminalText.h"
 #include "host/pelorin-check/Checker.h"
 #include "host/pelorin-check/JsonReportWriter.h"
 #include "host/pelorin-check/Options.h"
-#include "host/pelorin-check/StopSignals.h"
 #include "host/pelorin-check/TextReportWriter.h"
 #include "host/pelorin-check/Timeline.h"
 #include "host/pelorin-check/TimelineWriter.h"
@@ -20,6 +20,7 @@
 namespace PelorinCheck {
 namespace {
 
+using PelorinTools::StopSignals;
 using PelorinTools::TerminalText;
 
 const char kTool[] = "pelorin-check: ";
@@ -33,8 +34,7 @@ struct Outcome {
 
 // The one place that turns a run into its exit status.
 int ExitStatus(const Outcome& outcome, const PelorinTools::FileOutput& out) {
-  const bool findings =
-      outcome.total.errors > 0 || (outcome.total.warnings > 0 && outcome.strict);
+  const bool findings = outcome.total.errors > 0 || (outcome.total.warnings > 0 && outcome.strict);
   return PelorinTools::ExitStatus::Of(out.Error(), outcome.unusable, StopSignals::Caught(),
                                       findings ? CheckProgram::kFindings : CheckProgram::kClean);
 }

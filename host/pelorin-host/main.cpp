@@ -1,7 +1,6 @@
 // pelorin-host: the simulated head unit that plays the Pelorin module on a PC.
 
 #include <fcntl.h>
-#include <signal.h>
 
 #include <cerrno>
 #include <cstdio>
@@ -14,6 +13,7 @@
 #include "Paths.h"
 #include "RunEnd.h"
 #include "host/common/OptionParser.h"
+#include "host/common/StopSignals.h"
 
 #ifndef PELORIN_VERSION_TEXT
 #define PELORIN_VERSION_TEXT "unknown"
@@ -43,8 +43,8 @@ int Print(const std::string& text) {
 int main(int argc, char** argv) {
   PelorinHost::HostClock::Start();
   // A reader that goes away is seen as EPIPE on the next write, so that the
-  // host shuts the module down before it ends.
-  signal(SIGPIPE, SIG_IGN);
+  // host shuts the module down before it ends; a stop signal ends the run.
+  PelorinTools::StopSignals::Install(&PelorinHost::HostProgram::OnStopSignal);
   // A closed standard output would otherwise be the next file the host opens.
   if (fcntl(1, F_GETFD) < 0) return WriteFailed(EBADF);
 
