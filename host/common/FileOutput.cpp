@@ -1,8 +1,6 @@
 #include "host/common/FileOutput.h"
 
-#include <unistd.h>
-
-#include <cerrno>
+#include "host/common/DescriptorWriter.h"
 
 namespace PelorinTools {
 
@@ -21,16 +19,8 @@ FileOutput::int_type FileOutput::overflow(int_type c) {
 int FileOutput::sync() { return Flush() ? 0 : -1; }
 
 bool FileOutput::Flush() {
-  const char* data = pbase();
-  size_t left = static_cast<size_t>(pptr() - pbase());
-  while (m_error == 0 && left > 0) {
-    const ssize_t written = ::write(m_fd, data, left);
-    if (written < 0) {
-      m_error = errno != 0 ? errno : EIO;
-    } else {
-      data += written;
-      left -= static_cast<size_t>(written);
-    }
+  if (m_error == 0) {
+    m_error = DescriptorWriter::WriteAll(m_fd, pbase(), static_cast<size_t>(pptr() - pbase()));
   }
   // After a failure the buffer is dropped: nothing more reaches the file.
   setp(m_buffer, m_buffer + kBufferBytes);

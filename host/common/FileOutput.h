@@ -3,8 +3,8 @@
 // output) and remembers the first failed write and its errno, so that a tool
 // can tell a full disk (ENOSPC) or a closed descriptor from a reader that went
 // away (EPIPE) and never loses output silently. After a failure nothing more
-// is written and the stream using it goes bad. A write interrupted by a
-// signal counts as failed (EINTR), so that a blocked writer ends promptly.
+// is written and the stream using it goes bad. Writes with DescriptorWriter,
+// so an interrupted write fails (EINTR) only once a stop signal was caught.
 // Does not own the descriptor; flushes on destruction. One thread.
 
 #include <cstddef>

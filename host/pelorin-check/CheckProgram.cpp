@@ -5,11 +5,13 @@
 #include <fstream>
 #include <memory>
 
+#include "host/common/ExitStatus.h"
+#include "host/common/OptionParser.h"
+#include "host/common/StopSignals.h"
 #include "host/common/TerminalText.h"
 #include "host/pelorin-check/Checker.h"
 #include "host/pelorin-check/JsonReportWriter.h"
 #include "host/pelorin-check/Options.h"
-#include "host/pelorin-check/StopSignals.h"
 #include "host/pelorin-check/TextReportWriter.h"
 #include "host/pelorin-check/Timeline.h"
 #include "host/pelorin-check/TimelineWriter.h"
@@ -18,6 +20,7 @@
 namespace PelorinCheck {
 namespace {
 
+using PelorinTools::StopSignals;
 using PelorinTools::TerminalText;
 
 const char kTool[] = "pelorin-check: ";
@@ -31,16 +34,13 @@ struct Outcome {
 
 // The one place that turns a run into its exit status.
 int ExitStatus(const Outcome& outcome, const PelorinTools::FileOutput& out) {
-  if (StopSignals::Caught() != 0) return CheckProgram::kSignalBase + StopSignals::Caught();
-  if (out.Failed()) return out.Error() == EPIPE ? CheckProgram::kBrokenPipe : CheckProgram::kWriteFailed;
-  if (outcome.unusable) return CheckProgram::kUnusable;
-  if (outcome.total.errors > 0) return CheckProgram::kFindings;
-  if (outcome.total.warnings > 0 && outcome.strict) return CheckProgram::kFindings;
-  return CheckProgram::kClean;
+  const bool findings = outcome.total.errors > 0 || (outcome.total.warnings > 0 && outcome.strict);
+  return PelorinTools::ExitStatus::Of(out.Error(), outcome.unusable, StopSignals::Caught(),
+                                      findings ? CheckProgram::kFindings : CheckProgram::kClean);
 }
 
 void Usage(std::ostream& err, const std::string& message) {
-  err << kTool << "error: " << TerminalText::Escaped(message) << " (see 'pelorin-check --help')\n";
+  err << PelorinTools::OptionParser::Usage("pelorin-check", message) << '\n';
 }
 
 std::unique_ptr<ReportWriter> MakeWriter(const Options& options, std::ostream& out) {
@@ -116,7 +116,7 @@ int CheckProgram::Run(const std::vector<std::string>& arguments, PelorinTools::F
   }
   report.flush();
   const int status = ExitStatus(outcome, out);
-  if (status == kWriteFailed) {
+  if (status == PelorinTools::ExitStatus::kWriteFailed) {
     err << kTool << "error writing standard output: " << std::strerror(out.Error()) << '\n';
   }
   return status;

@@ -1,5 +1,8 @@
 #include "host/pelorin-check/Options.h"
 
+#include "host/common/ExitStatus.h"
+#include "host/common/OptionParser.h"
+#include "host/common/SpeedText.h"
 #include "runtime/NumberText.h"
 
 #ifndef PELORIN_VERSION_TEXT
@@ -9,74 +12,54 @@
 namespace PelorinCheck {
 namespace {
 
-// Options that take a value.
-enum class Valued { kNone, kSpeed, kRoot, kConfig, kMaxErrors, kTimeline };
+using PelorinTools::OptionParser;
 
-Valued ValuedOption(const std::string& name) {
-  if (name == "--speed") return Valued::kSpeed;
-  if (name == "--root") return Valued::kRoot;
-  if (name == "--config") return Valued::kConfig;
-  if (name == "--max-errors") return Valued::kMaxErrors;
-  if (name == "--timeline") return Valued::kTimeline;
-  return Valued::kNone;
+const OptionParser::Spec kOptions[] = {
+    {"--strict", 0, OptionParser::Kind::kFlag},    {"--json", 0, OptionParser::Kind::kFlag},
+    {"--help", 'h', OptionParser::Kind::kFlag},    {"--version", 'V', OptionParser::Kind::kFlag},
+    {"--speed", 0, OptionParser::Kind::kValue},    {"--root", 0, OptionParser::Kind::kValue},
+    {"--config", 0, OptionParser::Kind::kValue},   {"--max-errors", 0, OptionParser::Kind::kValue},
+    {"--timeline", 0, OptionParser::Kind::kValue},
+};
+
+void SetFlag(const std::string& name, Options* options) {
+  if (name == "--strict") options->strict = true;
+  if (name == "--json") options->json = true;
+  if (name == "--help") options->help = true;
+  if (name == "--version") options->version = true;
 }
 
-bool SetFlag(const std::string& name, Options* options) {
-  if (name == "--strict") {
-    options->strict = true;
-  } else if (name == "--json") {
-    options->json = true;
-  } else if (name == "-h" || name == "--help") {
-    options->help = true;
-  } else if (name == "-V" || name == "--version") {
-    options->version = true;
-  } else {
-    return false;
-  }
-  return true;
-}
-
-bool SetValue(Valued option, const std::string& name, const std::string& value, Options* options,
+bool SetValue(const std::string& name, const std::string& value, Options* options,
               std::string* error) {
   if (value.empty()) {
     *error = "option '" + name + "' needs a non-empty value";
     return false;
   }
-  switch (option) {
-    case Valued::kSpeed: {
-      // The factor reads as the module reads its own numbers: "1.5" or "1,5".
-      double speed = 0.0;
-      if (!Quillan::ParseDecimal(value, &speed) || !(speed > 0.0)) {
-        *error = "--speed needs a number greater than 0, not '" + value + "'";
-        return false;
-      }
-      options->speed = speed;
-      options->hasSpeed = true;
-      return true;
+  if (name == "--speed") {
+    // Read as pelorin-host reads it, so that one speed means the same in both.
+    int32_t percent = 0;
+    if (!PelorinTools::SpeedText::Parse(value, &percent)) {
+      *error = "--speed needs " + PelorinTools::SpeedText::Accepted() + ", not '" + value + "'";
+      return false;
     }
-    case Valued::kRoot:
-      options->root = value;
-      return true;
-    case Valued::kConfig:
-      options->configFile = value;
-      return true;
-    case Valued::kTimeline:
-      options->timeline = value;
-      return true;
-    case Valued::kMaxErrors: {
-      int64_t count = 0;
-      if (!Quillan::ParseInteger(value, &count) || count < 0 || count > UINT32_MAX) {
-        *error = "--max-errors needs a whole number from 0 to 4294967295 (0 shows all), not '" +
-                 value + "'";
-        return false;
-      }
-      options->maxErrors = static_cast<uint32_t>(count);
-      return true;
+    options->speed = percent / 100.0;
+    options->hasSpeed = true;
+  } else if (name == "--max-errors") {
+    int64_t count = 0;
+    if (!Quillan::ParseInteger(value, &count) || count < 0 || count > UINT32_MAX) {
+      *error = "--max-errors needs a whole number from 0 to 4294967295 (0 shows all), not '" +
+               value + "'";
+      return false;
     }
-    case Valued::kNone:
-      break;
+    options->maxErrors = static_cast<uint32_t>(count);
+  } else if (name == "--root") {
+    options->root = value;
+  } else if (name == "--config") {
+    options->configFile = value;
+  } else if (name == "--timeline") {
+    options->timeline = value;
   }
-  return false;
+  return true;
 }
 
 }  // namespace
@@ -84,38 +67,20 @@ bool SetValue(Valued option, const std::string& name, const std::string& value, 
 bool Options::Parse(const std::vector<std::string>& arguments, Options* options,
                     std::string* error) {
   *options = Options();
-  bool optionsEnded = false;
-  for (size_t i = 0; i < arguments.size(); ++i) {
-    const std::string& argument = arguments[i];
-    if (optionsEnded || argument == "-" || argument.empty() || argument[0] != '-') {
-      options->files.push_back(argument);
-      continue;
-    }
-    if (argument == "--") {
-      optionsEnded = true;
-      continue;
-    }
-    if (SetFlag(argument, options)) continue;
-
-    const size_t equals = argument.find('=');
-    const std::string name = argument.substr(0, equals);
-    const Valued valued = ValuedOption(name);
-    if (valued == Valued::kNone) {
-      Options probe;
-      const bool isFlag = equals != std::string::npos && SetFlag(name, &probe);
-      *error = isFlag ? "option '" + name + "' takes no value" : "unknown option '" + name + "'";
+  OptionParser parser(kOptions, sizeof kOptions / sizeof kOptions[0], arguments);
+  OptionParser::Item item;
+  while (parser.Next(&item)) {
+    if (item.option == nullptr) {
+      options->files.push_back(item.value);
+    } else if (item.option->kind == OptionParser::Kind::kFlag) {
+      SetFlag(item.option->name, options);
+    } else if (!SetValue(item.option->name, item.value, options, error)) {
       return false;
     }
-    std::string value;
-    if (equals != std::string::npos) {
-      value = argument.substr(equals + 1);
-    } else if (i + 1 < arguments.size()) {
-      value = arguments[++i];
-    } else {
-      *error = "option '" + name + "' needs a value";
-      return false;
-    }
-    if (!SetValue(valued, name, value, options, error)) return false;
+  }
+  if (!parser.Error().empty()) {
+    *error = parser.Error();
+    return false;
   }
   if (options->files.empty() && !options->help && !options->version) {
     *error = "no events file given";
@@ -160,8 +125,9 @@ std::string Options::HelpText() {
          "                       and for the total (see docs/json-check.md)\n"
          "      --max-errors N   show at most N diagnostics per file, 0 for all\n"
          "                       (0 to 4294967295, default 20); the rest are counted\n"
-         "      --speed FACTOR   also say how long each file plays at this speed (2 is\n"
-         "                       twice as fast as recorded; greater than 0)\n"
+         "      --speed SPEED    also say how long each file plays at this speed: a\n"
+         "                       factor from 0.01 to 21474836.47, 2 or 2x twice as\n"
+         "                       fast as recorded, 200% the same\n"
          "                       The play times leave out the waits for online traffic\n"
          "                       answers (getInventory, getNewData): the summary says\n"
          "                       what they add at the least, 50 ms each\n"
@@ -182,13 +148,11 @@ std::string Options::HelpText() {
          "\n"
          "Exit status:\n"
          "  0    no errors (and no warnings with --strict)\n"
-         "  1    errors found, or warnings with --strict\n"
-         "  2    unusable option or value, or an events file that is missing, a\n"
-         "       directory or unreadable, or a --timeline file that cannot be written\n"
-         "       (one line on standard error with the reason)\n"
-         "  4    standard output cannot be written (one line naming the error)\n"
-         "  141  the reader of standard output went away (no message)\n"
-         "  128+N  stopped by signal N: 129 SIGHUP, 130 SIGINT, 131 SIGQUIT, 143 SIGTERM\n"
+         "  1    errors found, or warnings with --strict\n" +
+         PelorinTools::ExitStatus::HelpText(
+             "an unusable option or value, an events file\n"
+             "       that is missing, a directory or unreadable, or a --timeline file that\n"
+             "       cannot be written") +
          "\n"
          "Example:\n"
          "  $ pelorin-check --speed 4 --root /media/usb rec/events\n"

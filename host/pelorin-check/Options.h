@@ -1,8 +1,9 @@
 #pragma once
-// Options: the command line of pelorin-check, parsed. Follows the usual
-// conventions: long options take their value as the next argument or after
-// "=", a repeated option keeps its last value, "--" ends the options and a
-// lone "-" names standard input. Parse does not touch the file system.
+// Options: the command line of pelorin-check, parsed with the option parser
+// both tools share (PelorinTools::OptionParser): long options take their
+// value as the next argument or after "=", a repeated option keeps its last
+// value, "--" ends the options and a lone "-" names standard input. Parse
+// does not touch the file system.
 
 #include <cstdint>
 #include <string>

@@ -8,12 +8,12 @@
 #include <vector>
 
 #include "host/common/FileOutput.h"
+#include "host/common/StopSignals.h"
 #include "host/pelorin-check/CheckProgram.h"
-#include "host/pelorin-check/StopSignals.h"
 
 int main(int argc, char** argv) {
   std::ios::sync_with_stdio(false);
-  PelorinCheck::StopSignals::Install();
+  PelorinTools::StopSignals::Install();
   const std::vector<std::string> arguments(argv + (argc > 0 ? 1 : 0), argv + argc);
   PelorinTools::FileOutput out(STDOUT_FILENO);
   const int status = PelorinCheck::CheckProgram::Run(arguments, out, std::cerr);

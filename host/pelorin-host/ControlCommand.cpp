@@ -4,10 +4,12 @@
 #include <cstdlib>
 
 #include "JsonMembers.h"
-#include "SpeedText.h"
+#include "host/common/SpeedText.h"
 #include "host/common/TerminalText.h"
 
 namespace PelorinHost {
+
+using PelorinTools::SpeedText;
 namespace {
 
 const char kCommands[] = "commands: start, stop, speed SPEED, quit";

@@ -35,6 +35,7 @@
 #include "Storage.h"
 #include "StorageRoot.h"
 #include "TraceFollower.h"
+#include "host/common/StopSignals.h"
 #include "host/common/TerminalText.h"
 
 #ifndef PELORIN_INSTALL_DATADIR
@@ -47,29 +48,14 @@
 namespace PelorinHost {
 namespace {
 
+using PelorinTools::StopSignals;
 using PelorinTools::TerminalText;
 
 constexpr uint32_t kLoopPeriodMs = 50;
 constexpr int kStatusEveryLoops = 4;
 constexpr int kReaderCheckEveryLoops = 20;  // about once a second
 
-std::atomic<int> g_signal{0};
 std::atomic<Output*> g_output{nullptr};
-
-// The stop is decided when the signal arrives: from then on nothing more
-// reaches the output.
-void OnSignal(int number) {
-  g_signal.store(number);
-  Output* output = g_output.load();
-  if (output != nullptr) output->RefuseLines();
-}
-
-void CatchSignals() {
-  struct sigaction action {};
-  action.sa_handler = &OnSignal;
-  sigemptyset(&action.sa_mask);
-  for (int number : {SIGINT, SIGTERM, SIGHUP, SIGQUIT}) sigaction(number, &action, nullptr);
-}
 
 // Every message leaves escaped: it may echo file names, options and bytes
 // of the recording.
@@ -189,8 +175,14 @@ void HostProgram::TellPlayback(const ScanResult& scan) const {
   }
 }
 
+// The stop is decided when the signal arrives: from then on nothing more
+// reaches the output.
+void HostProgram::OnStopSignal(int /*number*/) {
+  Output* output = g_output.load();
+  if (output != nullptr) output->RefuseLines();
+}
+
 int HostProgram::Run() {
-  CatchSignals();
   std::string error;
   StorageRoot root;
   BackgroundScan scan(m_options.selection);
@@ -217,7 +209,7 @@ int HostProgram::Run() {
             (m_options.controlSocket.empty() || socket.Open(m_options.controlSocket, &error));
   }
   RunEnd end;
-  end.signal = g_signal.load();
+  end.signal = StopSignals::Caught();
   if (end.signal != 0) return end.ExitStatus();
   if (!ready) {
     Complain(error);
@@ -227,7 +219,7 @@ int HostProgram::Run() {
 
   Output output(STDOUT_FILENO, STDERR_FILENO);
   g_output.store(&output);
-  if (g_signal.load() != 0) output.RefuseLines();
+  if (StopSignals::Caught() != 0) output.RefuseLines();
   Reporter reporter(output, m_options.json);
   reporter.AwaitFileScan(&scan);
   PrepareReporter(reporter, recording.empty() ? nullptr : &origins, expected);
@@ -427,8 +419,8 @@ void HostProgram::WaitForTheEnd(const Watched& watched, RunEnd* end) const {
       watched.unit.OnFinished();
       ++finished;
     }
-    if (g_signal.load() != 0) {
-      end->signal = g_signal.load();
+    if (StopSignals::Caught() != 0) {
+      end->signal = StopSignals::Caught();
       break;
     }
     if (watched.output.WriteError() != 0) break;

@@ -42,6 +42,9 @@ class HostProgram {
       : m_options(options), m_programDir(std::move(programDir)) {}
 
   int Run();
+  // What a stop signal does besides being noted: from then on no item
+  // reaches standard output. For StopSignals::Install; async-signal-safe.
+  static void OnStopSignal(int number);
 
   // The bundled example (a folder standing for /fs/sda0): installed beside
   // the program, else in the source tree the program was built from.

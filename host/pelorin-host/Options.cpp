@@ -4,10 +4,15 @@
 #include <cmath>
 #include <cstdlib>
 #include <cstring>
+#include <utility>
 
-#include "SpeedText.h"
+#include "host/common/ExitStatus.h"
+#include "host/common/OptionParser.h"
+#include "host/common/SpeedText.h"
 
 namespace PelorinHost {
+
+using PelorinTools::SpeedText;
 namespace {
 
 bool ParseDouble(const std::string& text, double* value) {
@@ -32,77 +37,28 @@ bool ParseInt(const std::string& text, long min, long max, long* value) {
   return true;
 }
 
-// Walks argv, handing out option names and their values ("--x v" or "--x=v").
-class ArgumentCursor {
- public:
-  ArgumentCursor(int argc, const char* const* argv) : m_argc(argc), m_argv(argv) {}
-
-  bool Done() const { return m_index >= m_argc; }
-  std::string Next() {
-    std::string arg = m_argv[m_index++];
-    m_inlineValue.clear();
-    m_hasInline = false;
-    if (arg.size() > 2 && arg.compare(0, 2, "--") == 0) {
-      const size_t equals = arg.find('=');
-      if (equals != std::string::npos) {
-        m_inlineValue = arg.substr(equals + 1);
-        m_hasInline = true;
-        arg.resize(equals);
-      }
-    }
-    return arg;
-  }
-  bool HasInlineValue() const { return m_hasInline; }
-  // The value of an option whose value may be left out: inline, or the next
-  // argument when it looks like one.
-  bool TakeOptionalValue(bool (*looksLikeValue)(const std::string&), std::string* value) {
-    if (!m_hasInline && (Done() || !looksLikeValue(m_argv[m_index]))) return false;
-    return TakeValue(value);
-  }
-  bool TakeValue(std::string* value) {
-    if (m_hasInline) {
-      *value = m_inlineValue;
-      m_hasInline = false;
-      return true;
-    }
-    if (Done()) return false;
-    *value = m_argv[m_index++];
-    return true;
-  }
-
- private:
-  int m_argc;
-  const char* const* m_argv;
-  int m_index = 1;
-  std::string m_inlineValue;
-  bool m_hasInline = false;
-};
-
-enum class Kind { kFlag, kValue, kOptionalValue };
-
-struct OptionSpec {
-  const char* name;
-  Kind kind;
-};
-
-const OptionSpec kOptions[] = {
-    {"--batched", Kind::kFlag},      {"--realtime", Kind::kValue}, {"--interactive", Kind::kFlag},
-    {"--speed", Kind::kValue},       {"--autostart", Kind::kFlag}, {"--paused", Kind::kFlag},
-    {"--tpegs-dir", Kind::kValue},   {"--control", Kind::kFlag},   {"--tpeg-latency", Kind::kValue},
-    {"--tpeg-offline", Kind::kFlag}, {"--json", Kind::kFlag},      {"--trace", Kind::kValue},
-    {"--timeout", Kind::kValue},     {"--module", Kind::kValue},   {"--root", Kind::kValue},
-    {"--help", Kind::kFlag},         {"--version", Kind::kFlag},   {"--from", Kind::kValue},
-    {"--until", Kind::kValue},       {"--only", Kind::kValue},     {"--skip", Kind::kValue},
-    {"--loop", Kind::kOptionalValue}, {"--quiet", Kind::kFlag},  {"--progress", Kind::kFlag},
-    {"--expect", Kind::kValue},       {"--max-gap", Kind::kValue},   {"--pause-at", Kind::kValue},
-    {"--control-socket", Kind::kValue},
-};
-
 // A pass count after --loop: digits, or a sign and digits (refused later).
 bool LooksLikeCount(const std::string& text) {
   const size_t digit = !text.empty() && (text[0] == '-' || text[0] == '+') ? 1 : 0;
   return text.size() > digit && text[digit] >= '0' && text[digit] <= '9';
 }
+
+using PelorinTools::OptionParser;
+constexpr OptionParser::Kind kFlag = OptionParser::Kind::kFlag;
+constexpr OptionParser::Kind kValue = OptionParser::Kind::kValue;
+
+const OptionParser::Spec kOptions[] = {
+    {"--batched", 0, kFlag},        {"--realtime", 0, kValue},    {"--interactive", 0, kFlag},
+    {"--speed", 0, kValue},         {"--autostart", 0, kFlag},    {"--paused", 0, kFlag},
+    {"--tpegs-dir", 0, kValue},     {"--control", 0, kFlag},      {"--tpeg-latency", 0, kValue},
+    {"--tpeg-offline", 0, kFlag},   {"--json", 0, kFlag},         {"--trace", 0, kValue},
+    {"--timeout", 0, kValue},       {"--module", 0, kValue},      {"--root", 0, kValue},
+    {"--help", 'h', kFlag},         {"--version", 'V', kFlag},    {"--from", 0, kValue},
+    {"--until", 0, kValue},         {"--only", 0, kValue},        {"--skip", 0, kValue},
+    {"--loop", 0, OptionParser::Kind::kOptionalValue, &LooksLikeCount},
+    {"--quiet", 0, kFlag},          {"--progress", 0, kFlag},     {"--expect", 0, kValue},
+    {"--max-gap", 0, kValue},       {"--pause-at", 0, kValue},    {"--control-socket", 0, kValue},
+};
 
 bool ApplyLoop(Options* options, bool given, const std::string& value, std::string* error) {
   options->loopGiven = true;
@@ -116,15 +72,6 @@ bool ApplyLoop(Options* options, bool given, const std::string& value, std::stri
   }
   options->passes = static_cast<uint32_t>(passes);
   return true;
-}
-
-const OptionSpec* FindOption(std::string name) {
-  if (name == "-h") name = "--help";
-  if (name == "-V") name = "--version";
-  for (const OptionSpec& option : kOptions) {
-    if (name == option.name) return &option;
-  }
-  return nullptr;
 }
 
 bool SetRunner(Options* options, RunnerChoice runner, const std::string& name, std::string* error) {
@@ -178,7 +125,7 @@ bool ApplyValue(Options* options, const std::string& name, const std::string& va
     options->traceLevel = static_cast<int>(integer);
   } else if (name == "--timeout") {
     if (!ParseDouble(value, &number) || number <= 0.0 || number > 1.0e6) {
-      *error = "--timeout needs seconds greater than 0, not '" + value + "'";
+      *error = "--timeout needs seconds greater than 0, up to 1000000, not '" + value + "'";
       return false;
     }
     options->timeoutSeconds = number;
@@ -289,6 +236,34 @@ bool CheckCombinations(const Options& options, std::string* error) {
   return true;
 }
 
+// Hands one option with its value to the setting it makes.
+bool Apply(const OptionParser::Item& item, Options* options, std::string* error) {
+  const std::string name = item.option->name;
+  switch (item.option->kind) {
+    case OptionParser::Kind::kFlag:
+      return ApplyFlag(options, name, error);
+    case OptionParser::Kind::kOptionalValue:
+      return ApplyLoop(options, item.hasValue, item.value, error);
+    case OptionParser::Kind::kValue:
+      break;
+  }
+  return ApplyValue(options, name, item.value, error);
+}
+
+bool SetEventsFile(const std::string& operand, Options* options, std::string* error) {
+  if (!options->eventsFile.empty()) {
+    *error = "only one events file can be played, got '" + options->eventsFile + "' and '" +
+             operand + "'";
+    return false;
+  }
+  if (operand.empty()) {
+    *error = "the events file name is empty";
+    return false;
+  }
+  options->eventsFile = operand;
+  return true;
+}
+
 }  // namespace
 
 bool Options::SetsConfiguration() const {
@@ -296,52 +271,17 @@ bool Options::SetsConfiguration() const {
 }
 
 bool ParseOptions(int argc, const char* const* argv, Options* options, std::string* error) {
-  ArgumentCursor cursor(argc, argv);
-  bool onlyPositional = false;
-  while (!cursor.Done()) {
-    const std::string arg = cursor.Next();
-    const bool looksLikeOption = !onlyPositional && arg.size() > 1 && arg[0] == '-';
-    if (!onlyPositional && arg == "--") {
-      onlyPositional = true;
-      continue;
-    }
-    if (!looksLikeOption) {
-      if (!options->eventsFile.empty()) {
-        *error = "only one events file can be played, got '" + options->eventsFile + "' and '" +
-                 arg + "'";
-        return false;
-      }
-      if (arg.empty()) {
-        *error = "the events file name is empty";
-        return false;
-      }
-      options->eventsFile = arg;
-      continue;
-    }
-    const OptionSpec* option = FindOption(arg);
-    if (option == nullptr) {
-      *error = "unknown option " + arg + " (see --help)";
-      return false;
-    }
-    if (option->kind == Kind::kFlag) {
-      if (cursor.HasInlineValue()) {
-        *error = arg + " takes no value";
-        return false;
-      }
-      if (!ApplyFlag(options, option->name, error)) return false;
-      continue;
-    }
-    std::string value;
-    if (option->kind == Kind::kOptionalValue) {
-      const bool given = cursor.TakeOptionalValue(&LooksLikeCount, &value);
-      if (!ApplyLoop(options, given, value, error)) return false;
-      continue;
-    }
-    if (!cursor.TakeValue(&value)) {
-      *error = arg + " needs a value (see --help)";
-      return false;
-    }
-    if (!ApplyValue(options, arg, value, error)) return false;
+  std::vector<std::string> arguments(argv + (argc > 0 ? 1 : 0), argv + argc);
+  OptionParser parser(kOptions, sizeof kOptions / sizeof kOptions[0], std::move(arguments));
+  OptionParser::Item item;
+  while (parser.Next(&item)) {
+    const bool applied = item.option == nullptr ? SetEventsFile(item.value, options, error)
+                                                : Apply(item, options, error);
+    if (!applied) return false;
+  }
+  if (!parser.Error().empty()) {
+    *error = parser.Error();
+    return false;
   }
   if (options->help || options->version) return true;
   return CheckCombinations(*options, error);
@@ -470,14 +410,12 @@ Exit status:
        with nothing to play is said on standard error)
   1    playback ended before the end of the file (a malformed line, a read
        error, binary data): standard error names the line and the reason
-  2    unusable input or usage: a bad option or value, an events file that
-       is missing, a directory or unreadable, a module that does not load
   3    --timeout reached
-  4    writing standard output failed (e.g. a full disk)
   5    an item differed from --expect FILE, or one was missing or extra
-  141  the reader of standard output went away (the run ends quietly)
-  128+N  ended by signal N: 130 SIGINT, 129 SIGHUP, 131 SIGQUIT, 143 SIGTERM
-
+)" + PelorinTools::ExitStatus::HelpText(
+             "a bad option or value, an events file that is\n"
+             "       missing, a directory or unreadable, a module that does not load") +
+         "Of the others, 3 outranks 5 and 5 outranks 1.\n" + R"(
 Examples:
   pelorin-host
       play the bundled example

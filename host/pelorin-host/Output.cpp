@@ -5,7 +5,11 @@
 
 #include <cerrno>
 
+#include "host/common/DescriptorWriter.h"
+
 namespace PelorinHost {
+
+using PelorinTools::DescriptorWriter;
 
 Output::Output(int itemFd, int statusFd)
     : m_itemFd(itemFd), m_statusFd(statusFd), m_itemsToTerminal(isatty(itemFd) == 1) {
@@ -16,19 +20,6 @@ Output::~Output() {
   std::lock_guard<std::mutex> guard(m_lock);
   EraseStatusLocked();
   FlushLocked();
-}
-
-int Output::WriteAll(int fd, const char* data, size_t size) {
-  while (size > 0) {
-    const ssize_t written = ::write(fd, data, size);
-    if (written < 0) {
-      if (errno == EINTR) continue;
-      return errno;
-    }
-    data += written;
-    size -= static_cast<size_t>(written);
-  }
-  return 0;
 }
 
 void Output::WriteLine(const char* line, size_t size) {
@@ -90,7 +81,7 @@ bool Output::ReaderGone() const {
 
 void Output::FlushLocked() {
   if (m_buffer.empty()) return;
-  const int error = WriteAll(m_itemFd, m_buffer.data(), m_buffer.size());
+  const int error = DescriptorWriter::WriteAll(m_itemFd, m_buffer.data(), m_buffer.size());
   m_buffer.clear();
   if (error == 0) return;
   // Nothing after a lost line may look complete: keep the first error and
@@ -104,7 +95,7 @@ void Output::EraseStatusLocked() {
   if (!m_statusShown) return;
   FlushLocked();
   static const char kErase[] = "\r\x1b[K";
-  WriteAll(m_statusFd, kErase, sizeof(kErase) - 1);
+  DescriptorWriter::WriteAll(m_statusFd, kErase, sizeof(kErase) - 1);
   m_statusShown = false;
 }
 
@@ -112,7 +103,7 @@ void Output::ShowStatus(const std::string& status) {
   std::lock_guard<std::mutex> guard(m_lock);
   FlushLocked();
   std::string text = "\r\x1b[K" + status;
-  WriteAll(m_statusFd, text.data(), text.size());
+  DescriptorWriter::WriteAll(m_statusFd, text.data(), text.size());
   m_statusShown = true;
 }
 
@@ -124,7 +115,7 @@ bool Output::StatusShown() {
 void Output::WriteStatusLine(const std::string& text) {
   std::lock_guard<std::mutex> guard(m_lock);
   const std::string line = text + "\n";
-  WriteAll(m_statusFd, line.data(), line.size());
+  DescriptorWriter::WriteAll(m_statusFd, line.data(), line.size());
 }
 
 void Output::ClearStatus() {

@@ -87,8 +87,6 @@ class Output {
   bool RefusesItemsLocked() const { return m_failed || m_closed || m_refusing.load(); }
   // Ends the line that began at `start` of the buffer, or drops it.
   void EndLineLocked(size_t start, bool drop);
-  // The errno of a failed write, 0 when all was written.
-  static int WriteAll(int fd, const char* data, size_t size);
 
   std::mutex m_lock;
   int m_itemFd;

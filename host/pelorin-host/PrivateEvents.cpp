@@ -10,6 +10,7 @@
 #include <string_view>
 
 #include "GapCap.h"
+#include "host/common/DescriptorWriter.h"
 
 namespace PelorinHost {
 
@@ -83,20 +84,6 @@ class PrivateEvents::Writer {
   bool m_started = false;
 };
 
-namespace {
-
-bool WriteAll(int fd, const std::string& bytes) {
-  size_t done = 0;
-  while (done < bytes.size()) {
-    const ssize_t count = ::write(fd, bytes.data() + done, bytes.size() - done);
-    if (count < 0 && errno == EINTR) continue;
-    if (count <= 0) return false;
-    done += static_cast<size_t>(count);
-  }
-  return true;
-}
-
-}  // namespace
 
 PrivateEvents::~PrivateEvents() {
   Stop();
@@ -141,7 +128,9 @@ bool PrivateEvents::Create(const std::string& recording, const std::string& path
   }
   m_path = path;
   Writer writer(m_maxGapSeconds);
-  auto sink = [fd](const std::string& bytes) { return WriteAll(fd, bytes); };
+  auto sink = [fd](const std::string& bytes) {
+    return PelorinTools::DescriptorWriter::WriteAll(fd, bytes.data(), bytes.size()) == 0;
+  };
   const bool written = writer.Pass(records, sink, &m_records) && writer.Finish(sink);
   if (::close(fd) != 0 || !written) {
     *error = "cannot write " + path + ": " + std::strerror(errno);

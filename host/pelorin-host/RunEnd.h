@@ -1,14 +1,11 @@
 #pragma once
 // RunEnd: how a run of pelorin-host ended, gathered by the main thread, and
-// the one place that turns it into the exit status:
-//   0    played to the end of the file (or quit)
-//   1    playback ended before the end of the file
-//   2    unusable input or usage
+// the one place that turns it into the exit status. Its own statuses, in
+// this order, come after the shared ones of PelorinTools::ExitStatus:
 //   3    --timeout reached
-//   4    a write to standard output failed
 //   5    an item differed from --expect FILE
-//   141  the reader of standard output went away (128 + SIGPIPE)
-//   128+N  signal N (130 SIGINT, 129 SIGHUP, 131 SIGQUIT, 143 SIGTERM)
+//   1    playback ended before the end of the file
+//   0    played to the end of the file (or quit)
 // A value; main thread only.
 
 namespace PelorinHost {
@@ -16,9 +13,7 @@ namespace PelorinHost {
 struct RunEnd {
   static constexpr int kPlayed = 0;
   static constexpr int kPlayedPart = 1;
-  static constexpr int kUnusable = 2;
   static constexpr int kTimedOut = 3;
-  static constexpr int kWriteFailed = 4;
   static constexpr int kMismatch = 5;
 
   bool unusable = false;

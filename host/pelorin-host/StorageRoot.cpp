@@ -10,6 +10,7 @@
 #include <cstring>
 
 #include "Paths.h"
+#include "host/common/DescriptorWriter.h"
 
 namespace PelorinHost {
 namespace {
@@ -49,18 +50,6 @@ bool ReachThroughLink(const std::string& folder, const char* name, size_t limit,
   if (::symlink(path->c_str(), (folder + "/" + name).c_str()) != 0) return false;
   *path = std::string(kStorageFolder) + kModuleFolder + "/" + name;
   return true;
-}
-
-// 0, or -1 with errno set.
-int WriteFd(int fd, const char* data, size_t size) {
-  while (size > 0) {
-    const ssize_t written = ::write(fd, data, size);
-    if (written < 0 && errno == EINTR) continue;
-    if (written < 0) return -1;
-    data += written;
-    size -= static_cast<size_t>(written);
-  }
-  return 0;
 }
 
 }  // namespace
@@ -132,8 +121,10 @@ bool StorageRoot::CopyInput(int fd, std::string* error) {
       if (readError == 0 && !closed) *error = "cannot write " + path + ": " + std::strerror(errno);
       return readError == 0 && closed;
     }
-    if (WriteFd(out, buffer, static_cast<size_t>(got)) != 0) {
-      *error = "cannot write " + path + ": " + std::strerror(errno);
+    const int writeError =
+        PelorinTools::DescriptorWriter::WriteAll(out, buffer, static_cast<size_t>(got));
+    if (writeError != 0) {
+      *error = "cannot write " + path + ": " + std::strerror(writeError);
       ::close(out);
       return false;
     }

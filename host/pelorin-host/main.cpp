@@ -1,7 +1,6 @@
 // pelorin-host: the simulated head unit that plays the Pelorin module on a PC.
 
 #include <fcntl.h>
-#include <signal.h>
 
 #include <cerrno>
 #include <cstdio>
@@ -13,7 +12,8 @@
 #include "Options.h"
 #include "Paths.h"
 #include "RunEnd.h"
-#include "host/common/TerminalText.h"
+#include "host/common/OptionParser.h"
+#include "host/common/StopSignals.h"
 
 #ifndef PELORIN_VERSION_TEXT
 #define PELORIN_VERSION_TEXT "unknown"
@@ -43,17 +43,16 @@ int Print(const std::string& text) {
 int main(int argc, char** argv) {
   PelorinHost::HostClock::Start();
   // A reader that goes away is seen as EPIPE on the next write, so that the
-  // host shuts the module down before it ends.
-  signal(SIGPIPE, SIG_IGN);
+  // host shuts the module down before it ends; a stop signal ends the run.
+  PelorinTools::StopSignals::Install(&PelorinHost::HostProgram::OnStopSignal);
   // A closed standard output would otherwise be the next file the host opens.
   if (fcntl(1, F_GETFD) < 0) return WriteFailed(EBADF);
 
   PelorinHost::Options options;
   std::string error;
   if (!PelorinHost::ParseOptions(argc, argv, &options, &error)) {
-    // The message echoes the arguments: escaped, as every message.
-    const std::string text = PelorinTools::TerminalText::Escaped(error);
-    std::fprintf(stderr, "pelorin-host: %s\n", text.c_str());
+    const std::string line = PelorinTools::OptionParser::Usage("pelorin-host", error);
+    std::fprintf(stderr, "%s\n", line.c_str());
     PelorinHost::RunEnd end;
     end.unusable = true;
     return end.ExitStatus();

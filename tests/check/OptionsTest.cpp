@@ -29,12 +29,22 @@ TEST(OptionsTest, FlagsValuesAndFilesInAnyOrderAndTheirDefaults) {
   const Options plain = Parsed({"events"});
   EXPECT_EQ(plain.maxErrors, 20u);
   EXPECT_FALSE(plain.strict || plain.json || plain.hasSpeed);
-  // The last of a repeated option wins; "1,5" reads as the module reads numbers.
-  EXPECT_EQ(Parsed({"--speed=3", "--speed=1,5", "e"}).speed, 1.5);
+  // The last of a repeated option wins; speeds read as pelorin-host reads them.
+  EXPECT_EQ(Parsed({"--speed=3", "--speed=150%", "e"}).speed, 1.5);
+  EXPECT_EQ(Parsed({"--speed", "2x", "e"}).speed, 2.0);
   // "--" ends the options; "-" is standard input.
   EXPECT_EQ(Parsed({"--", "--strict", "-"}).files, (std::vector<std::string>{"--strict", "-"}));
   EXPECT_TRUE(Parsed({"-h", "--timeline=t.svg"}).help);
   EXPECT_TRUE(Parsed({"--version"}).version);
+}
+
+TEST(OptionsTest, SpeedsOutsideTheHostsGrammarAreRefused) {
+  for (const char* speed : {"1e300", "0.001", "1,5", "-2", "nan", "21474836.48", "2xx"}) {
+    Options options;
+    std::string error;
+    EXPECT_FALSE(Options::Parse({"--speed", speed, "e"}, &options, &error)) << speed;
+    EXPECT_NE(error.find("0.01 to 21474836.47"), std::string::npos) << error;
+  }
 }
 
 }  // namespace

@@ -7,9 +7,11 @@
 
 #include "ControlCommand.h"
 #include "Options.h"
-#include "SpeedText.h"
+#include "host/common/SpeedText.h"
 
 namespace PelorinHost {
+
+using PelorinTools::SpeedText;
 namespace {
 
 struct Parsed {

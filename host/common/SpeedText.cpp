@@ -1,9 +1,9 @@
-#include "SpeedText.h"
+#include "host/common/SpeedText.h"
 
 #include <cmath>
 #include <cstdlib>
 
-namespace PelorinHost {
+namespace PelorinTools {
 namespace {
 
 bool IsDigit(char c) { return c >= '0' && c <= '9'; }
@@ -44,4 +44,4 @@ std::string SpeedText::Accepted() {
          "or a percentage (200%)";
 }
 
-}  // namespace PelorinHost
+}  // namespace PelorinTools

@@ -1,15 +1,15 @@
 #pragma once
 // SpeedText: the one reading of a playback speed that a person types, for
-// --speed, --realtime and the control command "speed": a factor of the
-// recorded speed ("2" or "2x" is twice as fast) or a percentage ("200%"),
-// written as a plain decimal number. The module carries the speed as a
+// --speed of both tools, pelorin-host's --realtime and its control command
+// "speed": a factor of the recorded speed ("2" or "2x" is twice as fast) or
+// a percentage ("200%"), written as a plain decimal number. The module carries the speed as a
 // whole percentage in a signed 32-bit value and plays nothing below 1 %,
 // so that is the range accepted. Stateless.
 
 #include <cstdint>
 #include <string>
 
-namespace PelorinHost {
+namespace PelorinTools {
 
 class SpeedText {
  public:
@@ -23,4 +23,4 @@ class SpeedText {
   static std::string Accepted();
 };
 
-}  // namespace PelorinHost
+}  // namespace PelorinTools

@@ -1,0 +1,72 @@
+#include "host/common/OptionParser.h"
+
+#include <utility>
+
+#include "host/common/TerminalText.h"
+
+namespace PelorinTools {
+
+OptionParser::OptionParser(const Spec* specs, size_t count, std::vector<std::string> arguments)
+    : m_specs(specs), m_count(count), m_arguments(std::move(arguments)) {}
+
+bool OptionParser::Next(Item* item) {
+  *item = Item();
+  while (m_index < m_arguments.size()) {
+    std::string argument = m_arguments[m_index++];
+    if (!m_optionsEnded && argument == "--") {
+      m_optionsEnded = true;
+      continue;
+    }
+    if (m_optionsEnded || argument.size() < 2 || argument[0] != '-') {
+      item->value = std::move(argument);
+      return true;
+    }
+    const size_t equals = argument[1] == '-' ? argument.find('=') : std::string::npos;
+    m_hasInline = equals != std::string::npos;
+    m_inline = m_hasInline ? argument.substr(equals + 1) : std::string();
+    const std::string name = argument.substr(0, equals);
+    item->option = Find(name);
+    if (item->option == nullptr) return Fail("unknown option '" + name + "'");
+    return TakeValue(*item->option, name, item);
+  }
+  return false;
+}
+
+std::string OptionParser::Usage(const std::string& program, const std::string& message) {
+  return program + ": " + TerminalText::Escaped(message) + " (see '" + program + " --help')";
+}
+
+const OptionParser::Spec* OptionParser::Find(const std::string& name) const {
+  for (size_t i = 0; i < m_count; ++i) {
+    const Spec& spec = m_specs[i];
+    const bool isShort = name.size() == 2 && spec.shortName != 0 && name[1] == spec.shortName;
+    if (name == spec.name || isShort) return &spec;
+  }
+  return nullptr;
+}
+
+bool OptionParser::TakeValue(const Spec& spec, const std::string& name, Item* item) {
+  if (spec.kind == Kind::kFlag) {
+    return m_hasInline ? Fail("option '" + name + "' takes no value") : true;
+  }
+  if (m_hasInline) {
+    item->value = m_inline;
+  } else if (m_index < m_arguments.size() &&
+             (spec.kind == Kind::kValue || spec.looksLikeValue(m_arguments[m_index]))) {
+    item->value = m_arguments[m_index++];
+  } else if (spec.kind == Kind::kValue) {
+    return Fail("option '" + name + "' needs a value");
+  } else {
+    return true;
+  }
+  item->hasValue = true;
+  return true;
+}
+
+bool OptionParser::Fail(const std::string& message) {
+  m_error = message;
+  m_index = m_arguments.size();
+  return false;
+}
+
+}  // namespace PelorinTools
