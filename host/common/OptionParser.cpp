@@ -6,8 +6,9 @@
 
 namespace PelorinTools {
 
-OptionParser::OptionParser(const Spec* specs, size_t count, std::vector<std::string> arguments)
-    : m_specs(specs), m_count(count), m_arguments(std::move(arguments)) {}
+OptionParser::OptionParser(const Definition* definitions, size_t count,
+                           std::vector<std::string> arguments)
+    : m_definitions(definitions), m_count(count), m_arguments(std::move(arguments)) {}
 
 bool OptionParser::Next(Item* item) {
   *item = Item();
@@ -36,25 +37,26 @@ std::string OptionParser::Usage(const std::string& program, const std::string& m
   return program + ": " + TerminalText::Escaped(message) + " (see '" + program + " --help')";
 }
 
-const OptionParser::Spec* OptionParser::Find(const std::string& name) const {
+const OptionParser::Definition* OptionParser::Find(const std::string& name) const {
   for (size_t i = 0; i < m_count; ++i) {
-    const Spec& spec = m_specs[i];
-    const bool isShort = name.size() == 2 && spec.shortName != 0 && name[1] == spec.shortName;
-    if (name == spec.name || isShort) return &spec;
+    const Definition& definition = m_definitions[i];
+    const bool isShort =
+        name.size() == 2 && definition.shortName != 0 && name[1] == definition.shortName;
+    if (name == definition.name || isShort) return &definition;
   }
   return nullptr;
 }
 
-bool OptionParser::TakeValue(const Spec& spec, const std::string& name, Item* item) {
-  if (spec.kind == Kind::kFlag) {
+bool OptionParser::TakeValue(const Definition& definition, const std::string& name, Item* item) {
+  if (definition.kind == Kind::kFlag) {
     return m_hasInline ? Fail("option '" + name + "' takes no value") : true;
   }
   if (m_hasInline) {
     item->value = m_inline;
   } else if (m_index < m_arguments.size() &&
-             (spec.kind == Kind::kValue || spec.looksLikeValue(m_arguments[m_index]))) {
+             (definition.kind == Kind::kValue || definition.looksLikeValue(m_arguments[m_index]))) {
     item->value = m_arguments[m_index++];
-  } else if (spec.kind == Kind::kValue) {
+  } else if (definition.kind == Kind::kValue) {
     return Fail("option '" + name + "' needs a value");
   } else {
     return true;

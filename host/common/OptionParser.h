@@ -18,7 +18,7 @@ class OptionParser {
  public:
   enum class Kind { kFlag, kValue, kOptionalValue };
 
-  struct Spec {
+  struct Definition {
     const char* name;  // "--name"
     char shortName;    // 'x' for "-x"; 0 when none
     Kind kind;
@@ -28,12 +28,12 @@ class OptionParser {
 
   // An option with its value, or an operand (`option` null, `value` the operand).
   struct Item {
-    const Spec* option = nullptr;
+    const Definition* option = nullptr;
     std::string value;
     bool hasValue = false;
   };
 
-  OptionParser(const Spec* specs, size_t count, std::vector<std::string> arguments);
+  OptionParser(const Definition* definitions, size_t count, std::vector<std::string> arguments);
 
   // The next option or operand. False at the end, or on a problem that
   // Error() then tells.
@@ -46,11 +46,11 @@ class OptionParser {
   static std::string Usage(const std::string& program, const std::string& message);
 
  private:
-  const Spec* Find(const std::string& name) const;
-  bool TakeValue(const Spec& spec, const std::string& name, Item* item);
+  const Definition* Find(const std::string& name) const;
+  bool TakeValue(const Definition& definition, const std::string& name, Item* item);
   bool Fail(const std::string& message);
 
-  const Spec* m_specs;
+  const Definition* m_definitions;
   size_t m_count;
   std::vector<std::string> m_arguments;
   size_t m_index = 0;

@@ -14,7 +14,7 @@ namespace {
 
 using PelorinTools::OptionParser;
 
-const OptionParser::Spec kOptions[] = {
+const OptionParser::Definition kOptions[] = {
     {"--strict", 0, OptionParser::Kind::kFlag},    {"--json", 0, OptionParser::Kind::kFlag},
     {"--help", 'h', OptionParser::Kind::kFlag},    {"--version", 'V', OptionParser::Kind::kFlag},
     {"--speed", 0, OptionParser::Kind::kValue},    {"--root", 0, OptionParser::Kind::kValue},

@@ -47,7 +47,7 @@ using PelorinTools::OptionParser;
 constexpr OptionParser::Kind kFlag = OptionParser::Kind::kFlag;
 constexpr OptionParser::Kind kValue = OptionParser::Kind::kValue;
 
-const OptionParser::Spec kOptions[] = {
+const OptionParser::Definition kOptions[] = {
     {"--batched", 0, kFlag},        {"--realtime", 0, kValue},    {"--interactive", 0, kFlag},
     {"--speed", 0, kValue},         {"--autostart", 0, kFlag},    {"--paused", 0, kFlag},
     {"--tpegs-dir", 0, kValue},     {"--control", 0, kFlag},      {"--tpeg-latency", 0, kValue},

@@ -15,7 +15,7 @@ bool LooksLikeCount(const std::string& text) {
   return !text.empty() && text[0] >= '0' && text[0] <= '9';
 }
 
-const OptionParser::Spec kSpecs[] = {
+const OptionParser::Definition kDefinitions[] = {
     {"--flag", 'f', OptionParser::Kind::kFlag},
     {"--value", 0, OptionParser::Kind::kValue},
     {"--help", 'h', OptionParser::Kind::kFlag},
@@ -24,7 +24,7 @@ const OptionParser::Spec kSpecs[] = {
 
 // Each item as "NAME=VALUE", "NAME" (no value) or "<OPERAND>"; then "!ERROR".
 std::string Walk(const std::vector<std::string>& arguments) {
-  OptionParser parser(kSpecs, sizeof kSpecs / sizeof kSpecs[0], arguments);
+  OptionParser parser(kDefinitions, sizeof kDefinitions / sizeof kDefinitions[0], arguments);
   OptionParser::Item item;
   std::string walked;
   while (parser.Next(&item)) {
