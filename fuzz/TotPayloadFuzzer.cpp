@@ -75,9 +75,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     Check(argument.size() < payload.size());
   }
 
-  Quillan::TotCall checked;
-  const int expected = Quillan::OnlineTrafficProducer::CheckPayload(payload, &checked);
-  Check(checked.method == call.method && checked.arguments == call.arguments);
+  const int expected = call.Check();
   const int status = Producer().OnRecord(7, "$TOT", payload);
   Check(status == expected);
   return 0;

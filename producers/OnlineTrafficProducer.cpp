@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <memory>
-#include <string_view>
 
 #include "CITypesFactory.h"
 #include "OnlineTrafficService.h"
@@ -13,7 +12,6 @@
 namespace Quillan {
 namespace {
 
-const std::string_view kTotTag = "$TOT";
 const uint32_t kNoLimit = 0;
 
 // A zero period would let a wait spin without ever counting time.
@@ -25,15 +23,15 @@ OnlineTrafficTiming Sanitized(OnlineTrafficTiming timing) {
 
 }  // namespace
 
-// Looked up in this order; the handlers check the argument count first.
-const OnlineTrafficProducer::MethodEntry OnlineTrafficProducer::kMethodTable[] = {
-    {{"setOnlineTrafficDataStatus", 1}, &OnlineTrafficProducer::HandleSetOnlineTrafficDataStatus},
-    {{"getInventory", 0}, &OnlineTrafficProducer::HandleGetInventory},
-    {{"getNewData", 0}, &OnlineTrafficProducer::HandleGetNewData},
-    {{"setNewData", 1}, &OnlineTrafficProducer::HandleSetNewData},
-    {{"setNewSession", 0}, &OnlineTrafficProducer::HandleSetNewSession},
-    {{"setTimeoutForFallback", 1}, &OnlineTrafficProducer::HandleSetTimeoutForFallback},
-    {{"dsiConnectionStateChanged", 1}, &OnlineTrafficProducer::HandleDsiConnectionStateChanged},
+// In the order of TotCall::kMethods.
+const OnlineTrafficProducer::Handler OnlineTrafficProducer::kHandlers[TotCall::kMethodCount] = {
+    &OnlineTrafficProducer::HandleSetOnlineTrafficDataStatus,
+    &OnlineTrafficProducer::HandleGetInventory,
+    &OnlineTrafficProducer::HandleGetNewData,
+    &OnlineTrafficProducer::HandleSetNewData,
+    &OnlineTrafficProducer::HandleSetNewSession,
+    &OnlineTrafficProducer::HandleSetTimeoutForFallback,
+    &OnlineTrafficProducer::HandleDsiConnectionStateChanged,
 };
 
 OnlineTrafficProducer::OnlineTrafficProducer() : OnlineTrafficProducer(OnlineTrafficTiming()) {}
@@ -45,15 +43,17 @@ OnlineTrafficProducer::~OnlineTrafficProducer() = default;
 
 int OnlineTrafficProducer::OnRecord(uint32_t time, const std::string& tag,
                                     const std::string& payload) {
-  if (std::string_view(tag) != kTotTag) return kNotHandled;
+  if (tag != TotCall::kTag) return kNotHandled;
   const TotCall call = TotCall::Parse(payload);
   if (call.method.empty()) return kEmptyMethod;
   m_currentTime = time;
-  const MethodEntry* entry = FindEntry(call.method);
-  if (entry == nullptr) return kUnknownMethod;
+  const size_t method = TotCall::FindMethod(call.method);
+  if (method == TotCall::kMethodCount) return kUnknownMethod;
   if (m_service.load(std::memory_order_acquire) == nullptr) return kNotHandled;
-  if (call.arguments.size() != entry->method.argumentCount) return kWrongArgumentCount;
-  return (this->*entry->handler)(call);
+  if (call.arguments.size() != TotCall::kMethods[method].argumentCount) {
+    return kWrongArgumentCount;
+  }
+  return (this->*kHandlers[method])(call);
 }
 
 // ---- Answers of the service (the service's threads) ----
@@ -110,40 +110,6 @@ int OnlineTrafficProducer::Ignored13() { return 0; }
 // ---- Configuration and diagnostics ----
 
 void OnlineTrafficProducer::SetTpegsDir(const std::string& dir) { m_tpegsDir = dir; }
-
-std::vector<TotMethod> OnlineTrafficProducer::Methods() {
-  std::vector<TotMethod> methods;
-  for (const MethodEntry& entry : kMethodTable) methods.push_back(entry.method);
-  return methods;
-}
-
-const TotMethod* OnlineTrafficProducer::FindMethod(const std::string& name) {
-  const MethodEntry* entry = FindEntry(name);
-  return entry == nullptr ? nullptr : &entry->method;
-}
-
-int OnlineTrafficProducer::CheckPayload(const std::string& payload, TotCall* call) {
-  TotCall parsed = TotCall::Parse(payload);
-  int status = kHandled;
-  if (parsed.method.empty()) {
-    status = kEmptyMethod;
-  } else if (const TotMethod* method = FindMethod(parsed.method)) {
-    if (parsed.arguments.size() != method->argumentCount) status = kWrongArgumentCount;
-  } else {
-    status = kUnknownMethod;
-  }
-  if (call != nullptr) *call = std::move(parsed);
-  return status;
-}
-
-// Names compare byte for byte over their whole length, NUL bytes included.
-const OnlineTrafficProducer::MethodEntry* OnlineTrafficProducer::FindEntry(
-    const std::string& name) {
-  for (const MethodEntry& entry : kMethodTable) {
-    if (name == entry.method.name) return &entry;
-  }
-  return nullptr;
-}
 
 // ---- Method handlers (the work loop's thread) ----
 

@@ -49,16 +49,9 @@ struct OnlineTrafficTiming {
   std::function<void(uint32_t ms)> sleep;
 };
 
-// One replayable method: its name in the payload and how many arguments it
-// takes.
-struct TotMethod {
-  const char* name;
-  size_t argumentCount;
-};
-
 class OnlineTrafficProducer : public RecordConsumer, public OnlineTrafficReply {
  public:
-  // Statuses of OnRecord and CheckPayload.
+  // Statuses of OnRecord; TotCall::Check gives those of a call.
   enum Status {
     kHandled = 0,
     kNotHandled = 1,  // another tag, or no service attached
@@ -106,25 +99,11 @@ class OnlineTrafficProducer : public RecordConsumer, public OnlineTrafficReply {
   // Record time of the last "setNewData" call; 0 means none.
   uint32_t GetLastDataTime() const { return m_lastDataTime.load(std::memory_order_relaxed); }
 
-  // Diagnostics without a service, for tools that explain a recording.
-  // The replayable methods in lookup order.
-  static std::vector<TotMethod> Methods();
-  // The method of this exact name, or null.
-  static const TotMethod* FindMethod(const std::string& name);
-  // What OnRecord would return for this "$TOT" payload with a service
-  // attached (kHandled, kEmptyMethod, kUnknownMethod or
-  // kWrongArgumentCount); `call`, when given, receives the parsed call.
-  static int CheckPayload(const std::string& payload, TotCall* call = nullptr);
-
  private:
   using Handler = int (OnlineTrafficProducer::*)(const TotCall& call);
   using Condition = bool (OnlineTrafficProducer::*)();
-  struct MethodEntry {
-    TotMethod method;
-    Handler handler;
-  };
-  static const MethodEntry kMethodTable[];
-  static const MethodEntry* FindEntry(const std::string& name);
+  // By the index of the method in TotCall::kMethods.
+  static const Handler kHandlers[TotCall::kMethodCount];
 
   int HandleSetOnlineTrafficDataStatus(const TotCall& call);
   int HandleGetInventory(const TotCall& call);

@@ -1,6 +1,31 @@
 #include "producers/TotCall.h"
 
 namespace Quillan {
+
+const char TotCall::kTag[] = "$TOT";
+
+// Looked up in this order; OnlineTrafficProducer keeps a handler for each,
+// in the same order.
+const TotMethod TotCall::kMethods[kMethodCount] = {
+    {"setOnlineTrafficDataStatus", 1}, {"getInventory", 0},          {"getNewData", 0},
+    {"setNewData", 1},                 {"setNewSession", 0},         {"setTimeoutForFallback", 1},
+    {"dsiConnectionStateChanged", 1}};
+
+// Names compare byte for byte over their whole length, NUL bytes included.
+size_t TotCall::FindMethod(const std::string& name) {
+  for (size_t i = 0; i < kMethodCount; ++i) {
+    if (name == kMethods[i].name) return i;
+  }
+  return kMethodCount;
+}
+
+TotCall::Verdict TotCall::Check() const {
+  if (method.empty()) return kEmptyMethod;
+  const size_t index = FindMethod(method);
+  if (index == kMethodCount) return kUnknownMethod;
+  return arguments.size() == kMethods[index].argumentCount ? kReplayed : kWrongArgumentCount;
+}
+
 namespace {
 
 // Reads the argument that begins at `pos` (not a space) and leaves `pos`

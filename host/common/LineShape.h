@@ -16,7 +16,7 @@ struct LineShape {
 
   uint64_t start = 0;   // file offset of the line's first byte
   uint64_t length = 0;  // bytes in the line
-  std::string head;     // its first kHeadBytes bytes
+  std::string head;     // its first kHeadBytes bytes, or all of them when kept whole
   uint64_t firstBlank = kNoBlank;
   int afterBlank = -1;  // the byte after the first blank; -1 when the line ends there
 

@@ -4,28 +4,14 @@
 #include <cstring>
 
 #include "host/pelorin-check/CheckObserver.h"
-#include "host/pelorin-check/LineTap.h"
-#include "host/pelorin-check/LocalFile.h"
 #include "host/pelorin-check/RecordChecks.h"
-#include "player/InputFile.h"
 #include "player/Record.h"
-#include "player/RecordReader.h"
 
 namespace PelorinCheck {
 namespace {
 
 const char kStandardInputPath[] = "/dev/stdin";
 const char kByteOrderMark[] = "\xEF\xBB\xBF";
-
-// Why the module's reader cannot open `local` again as `file`; empty when
-// it can.
-std::string OpenFailure(const LocalFile& local, Quillan::InputFile& file) {
-  errno = 0;
-  const Quillan::FileStatus status = file.Open();
-  if (status == Quillan::FileStatus::kSuccess) return "";
-  if (status == Quillan::FileStatus::kOpenFailed && errno != 0) return std::strerror(errno);
-  return "open failed (" + local.ModulePath() + ")";
-}
 
 }  // namespace
 
@@ -43,23 +29,15 @@ FileSummary Checker::CheckFile(const std::string& name) {
   // input that is the current folder.
   const std::string eventsPath = standardInput ? std::string() : name;
   const std::string path = standardInput ? std::string(kStandardInputPath) : name;
-  // Opened by this computer's path rules, then read with the module's reader.
-  LocalFile local;
+  PelorinRecording::RecordingReader reader;
   std::string failure;
-  if (!local.Open(path, &failure)) {
-    summary.SetUnusable(failure);
-    return summary;
-  }
-  Quillan::InputFile file(local.ModulePath(), 0);
-  failure = OpenFailure(local, file);
-  if (!failure.empty()) {
+  if (!reader.Open(path, &failure)) {
     summary.SetUnusable(failure);
     return summary;
   }
   m_shown = 0;
   m_pastBinary = false;
-  LineTap tap(file);
-  ReadRecords(name, eventsPath, tap, summary);
+  ReadRecords(name, eventsPath, reader, summary);
   if (m_stopped) return summary;
   ReportEnd(name, summary);
   if (m_observer != nullptr) m_observer->OnFileChecked(summary);
@@ -67,36 +45,33 @@ FileSummary Checker::CheckFile(const std::string& name) {
   return summary;
 }
 
-void Checker::ReadRecords(const std::string& name, const std::string& eventsPath, LineTap& tap,
-                          FileSummary& summary) {
-  Quillan::RecordReader reader(tap);
+void Checker::ReadRecords(const std::string& name, const std::string& eventsPath,
+                          PelorinRecording::RecordingReader& reader, FileSummary& summary) {
   RecordChecks checks(name, eventsPath, m_tpegs);
-  Quillan::Record record;
-  uint64_t line = 0;
   for (;;) {
-    tap.BeginLine();
-    const Quillan::ReadStatus status = reader.ReadRecord(record);
+    const Quillan::ReadStatus status = reader.Next();
     if (m_stop && m_stop()) {
       m_stopped = true;
       return;
     }
     if (status == Quillan::ReadStatus::kEndOfInput) return;
-    ++line;
+    const uint64_t line = reader.Number();
     if (status == Quillan::ReadStatus::kReadError) {
-      ReportReadError(name, line, tap, summary);
+      ReportReadError(name, line, reader, summary);
       return;
     }
-    CheckLineBytes(name, line, tap, summary);
+    CheckLineBytes(name, line, reader, summary);
     if (status == Quillan::ReadStatus::kMalformedLine) {
-      ReportMalformedLine(name, line, tap, summary);
+      ReportMalformedLine(name, line, reader, summary);
       continue;
     }
     m_found.clear();
-    const bool delivered = checks.Check(line, record, tap.Line(), m_found);
+    const Quillan::Record& record = reader.Record();
+    const bool delivered = checks.Check(line, record, reader.Shape(), m_found);
     summary.AddRecord(record.time, record.tag, record.payload, delivered);
     if (m_observer != nullptr) m_observer->OnRecord(line, record);
     for (const Diagnostic& diagnostic : m_found) Emit(diagnostic, summary);
-    CheckPayloadCut(name, line, tap.Line(), record, summary);
+    CheckPayloadCut(name, line, reader.Shape(), record, summary);
   }
 }
 
@@ -121,9 +96,9 @@ void Checker::CheckPayloadCut(const std::string& name, uint64_t line, const Line
   Emit(diagnostic, summary);
 }
 
-void Checker::CheckLineBytes(const std::string& name, uint64_t line, const LineTap& tap,
+void Checker::CheckLineBytes(const std::string& name, uint64_t line, const PelorinRecording::RecordingReader& reader,
                              FileSummary& summary) {
-  const LineShape& shape = tap.Line();
+  const LineShape& shape = reader.Shape();
   if (line == 1 && shape.head.compare(0, 3, kByteOrderMark) == 0) {
     Diagnostic diagnostic;
     diagnostic.file = name;
@@ -136,10 +111,10 @@ void Checker::CheckLineBytes(const std::string& name, uint64_t line, const LineT
   }
 }
 
-void Checker::ReportMalformedLine(const std::string& name, uint64_t line, const LineTap& tap,
+void Checker::ReportMalformedLine(const std::string& name, uint64_t line, const PelorinRecording::RecordingReader& reader,
                                   FileSummary& summary) {
-  const std::string reason = tap.Line().StopReason();
-  const uint64_t binary = tap.Line().BinaryByte();
+  const std::string reason = reader.Shape().StopReason();
+  const uint64_t binary = reader.Shape().BinaryByte();
   const bool first = summary.StopLine() == 0;
   summary.AddMalformedLine(line, reason);
   Diagnostic diagnostic;
@@ -164,7 +139,7 @@ void Checker::ReportMalformedLine(const std::string& name, uint64_t line, const 
   m_pastBinary = true;
 }
 
-void Checker::ReportReadError(const std::string& name, uint64_t line, const LineTap& tap,
+void Checker::ReportReadError(const std::string& name, uint64_t line, const PelorinRecording::RecordingReader& reader,
                               FileSummary& summary) {
   const bool first = summary.StopLine() == 0;
   summary.SetReadError(line);
@@ -174,7 +149,7 @@ void Checker::ReportReadError(const std::string& name, uint64_t line, const Line
   diagnostic.severity = Severity::kError;
   diagnostic.kind = DiagnosticKind::kReadError;
   diagnostic.hasByte = true;
-  diagnostic.byte = tap.Offset() + 1;
+  diagnostic.byte = reader.Offset() + 1;
   diagnostic.message = "read error at byte " + std::to_string(diagnostic.byte) +
                        (first ? "; playback ends here" : "; reading stops here");
   Emit(diagnostic, summary);

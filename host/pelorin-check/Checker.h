@@ -1,9 +1,8 @@
 #pragma once
 // Checker: checks one events file after another the way playback reads
-// them: opened by this computer's path rules (LocalFile), the module's
-// InputFile and RecordReader take the file line by line
-// (every ReadRecord call is one line; the lines are numbered the same way)
-// and RecordChecks looks at each record. Lines the reader rejects and read
+// them: the tools' RecordingReader takes the file line by line with the
+// module's own readers (the lines are numbered the same way) and
+// RecordChecks looks at each record. Lines the reader rejects and read
 // errors are errors (playback ends at the first of them); everything else is
 // a warning. Lines after the end of playback are still checked, so that one
 // run shows everything there is to fix, but do not count as played.
@@ -27,12 +26,12 @@
 #include "host/pelorin-check/ReportWriter.h"
 #include "host/common/LineShape.h"
 #include "host/pelorin-check/TpegDirectory.h"
+#include "host/recording/RecordingReader.h"
 #include "player/Record.h"
 
 namespace PelorinCheck {
 
 class CheckObserver;
-class LineTap;
 
 class Checker {
  public:
@@ -59,17 +58,17 @@ class Checker {
   FileSummary CheckFile(const std::string& name);
 
  private:
-  void ReadRecords(const std::string& name, const std::string& eventsPath, LineTap& tap,
+  void ReadRecords(const std::string& name, const std::string& eventsPath, PelorinRecording::RecordingReader& reader,
                    FileSummary& summary);
   // A NUL byte in the payload of a record that plays: the reader ends the
   // payload there, so what follows it never reaches a producer.
   void CheckPayloadCut(const std::string& name, uint64_t line, const PelorinTools::LineShape& shape,
                        const Quillan::Record& record, FileSummary& summary);
-  void CheckLineBytes(const std::string& name, uint64_t line, const LineTap& tap,
+  void CheckLineBytes(const std::string& name, uint64_t line, const PelorinRecording::RecordingReader& reader,
                       FileSummary& summary);
-  void ReportMalformedLine(const std::string& name, uint64_t line, const LineTap& tap,
+  void ReportMalformedLine(const std::string& name, uint64_t line, const PelorinRecording::RecordingReader& reader,
                            FileSummary& summary);
-  void ReportReadError(const std::string& name, uint64_t line, const LineTap& tap,
+  void ReportReadError(const std::string& name, uint64_t line, const PelorinRecording::RecordingReader& reader,
                        FileSummary& summary);
   void ReportEnd(const std::string& name, FileSummary& summary);
   void Emit(const Diagnostic& diagnostic, FileSummary& summary);

@@ -71,7 +71,7 @@ std::string CaseHint(const std::string& name, const Names& known) {
 
 std::vector<const char*> MethodNames() {
   std::vector<const char*> names;
-  for (const Quillan::TotMethod& method : Quillan::OnlineTrafficProducer::Methods()) {
+  for (const Quillan::TotMethod& method : Quillan::TotCall::kMethods) {
     names.push_back(method.name);
   }
   return names;
@@ -229,23 +229,23 @@ bool RecordChecks::CheckPayload(uint64_t line, const Quillan::Record& record,
 
 bool RecordChecks::CheckOnlineCall(uint64_t line, const Quillan::Record& record,
                                    std::vector<Diagnostic>& out) {
-  Quillan::TotCall call;
-  const int status = Quillan::OnlineTrafficProducer::CheckPayload(record.payload, &call);
+  const Quillan::TotCall call = Quillan::TotCall::Parse(record.payload);
+  const Quillan::TotCall::Verdict status = call.Check();
   const auto method = [&call] { return TerminalText::Quoted(call.method, 40); };
   Diagnostic diagnostic;
   switch (status) {
-    case Quillan::OnlineTrafficProducer::kEmptyMethod:
+    case Quillan::TotCall::kEmptyMethod:
       diagnostic = Make(line, DiagnosticKind::kEmptyMethod,
                         "\"$TOT\" record without a method name; no call is replayed");
       break;
-    case Quillan::OnlineTrafficProducer::kUnknownMethod:
+    case Quillan::TotCall::kUnknownMethod:
       diagnostic = Make(line, DiagnosticKind::kUnknownMethod,
                         "unknown \"$TOT\" method " + method() +
                             CaseHint(call.method, MethodNames()) + "; no call is replayed");
       break;
-    case Quillan::OnlineTrafficProducer::kWrongArgumentCount: {
+    case Quillan::TotCall::kWrongArgumentCount: {
       const size_t expected =
-          Quillan::OnlineTrafficProducer::FindMethod(call.method)->argumentCount;
+          Quillan::TotCall::kMethods[Quillan::TotCall::FindMethod(call.method)].argumentCount;
       diagnostic = Make(line, DiagnosticKind::kArgumentCount,
                         "\"$TOT\" method " + method() + " takes " + std::to_string(expected) +
                             (expected == 1 ? " argument" : " arguments") + " but has " +

@@ -17,13 +17,15 @@
 
 #include "host/pelorin-check/CheckedProducer.h"
 #include "host/pelorin-check/Diagnostic.h"
-#include "host/pelorin-check/LineTap.h"
+#include "host/common/LineShape.h"
 #include "host/pelorin-check/TpegDirectory.h"
 #include "player/Record.h"
 #include "producers/RecordDispatcher.h"
 #include "producers/TotCall.h"
 
 namespace PelorinCheck {
+
+using PelorinTools::LineShape;
 
 class RecordChecks {
  public:

@@ -4,7 +4,7 @@
 
 #include <utility>
 
-#include "host/pelorin-check/LocalFile.h"
+#include "host/recording/LocalFile.h"
 #include "host/pelorin-check/Options.h"
 #include "player/Config.h"
 #include "producers/Utf8Text.h"
@@ -48,7 +48,7 @@ bool TpegDirectory::FromOptions(const Options& options, TpegDirectory* directory
   // A path of this computer: opened by its rules, read by the module's.
   const bool named = !options.configFile.empty();
   const std::string configPath = named ? options.configFile : options.root + kConfigUnderRoot;
-  LocalFile local;
+  PelorinRecording::LocalFile local;
   std::string reason;
   const bool opened = local.Open(configPath, &reason);
   if (named && !opened) {

@@ -7,7 +7,7 @@
 
 #include <string>
 
-namespace PelorinCheck {
+namespace PelorinRecording {
 
 class LocalFile {
  public:
@@ -26,4 +26,4 @@ class LocalFile {
   int m_descriptor = -1;
 };
 
-}  // namespace PelorinCheck
+}  // namespace PelorinRecording

@@ -12,8 +12,8 @@
 // It follows the reader's line ends: a line ends at LF, CR LF or a lone CR;
 // after a lone CR the byte already read belongs to the next line, as data
 // even if it is a CR. Call BeginLine before every ReadRecord; Line() then
-// describes the line that ReadRecord took. Not owned by the reader; one
-// thread at a time.
+// describes the line that ReadRecord took, its head or the whole line as
+// asked. Not owned by the reader; one thread at a time.
 
 #include <cstddef>
 #include <cstdint>
@@ -22,13 +22,15 @@
 #include "host/common/LineShape.h"
 #include "player/ByteReader.h"
 
-namespace PelorinCheck {
+namespace PelorinRecording {
 
 using PelorinTools::LineShape;
 
 class LineTap : public Quillan::ByteReader {
  public:
-  explicit LineTap(Quillan::ByteReader& source) : m_source(source) {}
+  // Line() keeps the first `headBytes` bytes of each line.
+  explicit LineTap(Quillan::ByteReader& source, size_t headBytes = LineShape::kHeadBytes)
+      : m_source(source), m_headBytes(headBytes) {}
 
   using ByteReader::Read;
   Quillan::FileStatus Read(void* buffer, uint32_t length, uint32_t* count) override;
@@ -50,6 +52,7 @@ class LineTap : public Quillan::ByteReader {
   void Append(const uint8_t* bytes, size_t count);
 
   Quillan::ByteReader& m_source;
+  const size_t m_headBytes;
   LineShape m_line;
   Phase m_phase = Phase::kContent;
   uint64_t m_offset = 0;
@@ -58,4 +61,4 @@ class LineTap : public Quillan::ByteReader {
   uint64_t m_carriedOffset = 0;
 };
 
-}  // namespace PelorinCheck
+}  // namespace PelorinRecording

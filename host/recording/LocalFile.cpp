@@ -1,4 +1,4 @@
-#include "host/pelorin-check/LocalFile.h"
+#include "host/recording/LocalFile.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -7,7 +7,7 @@
 #include <cerrno>
 #include <cstring>
 
-namespace PelorinCheck {
+namespace PelorinRecording {
 
 LocalFile::~LocalFile() {
   if (m_descriptor >= 0) ::close(m_descriptor);
@@ -39,4 +39,4 @@ bool LocalFile::Open(const std::string& path, std::string* reason) {
 
 std::string LocalFile::ModulePath() const { return "/dev/fd/" + std::to_string(m_descriptor); }
 
-}  // namespace PelorinCheck
+}  // namespace PelorinRecording

@@ -1,8 +1,8 @@
-#include "host/pelorin-check/LineTap.h"
+#include "host/recording/LineTap.h"
 
 #include <cstring>
 
-namespace PelorinCheck {
+namespace PelorinRecording {
 namespace {
 
 constexpr uint8_t kLineFeed = 10;
@@ -92,7 +92,7 @@ void LineTap::Observe(uint8_t byte) {
 }
 
 void LineTap::Append(const uint8_t* bytes, size_t count) {
-  const size_t room = LineShape::kHeadBytes - m_line.head.size();
+  const size_t room = m_headBytes - m_line.head.size();
   m_line.head.append(reinterpret_cast<const char*>(bytes), count < room ? count : room);
   if (m_line.firstBlank == LineShape::kNoBlank) {
     const void* blank = std::memchr(bytes, kBlank, count);
@@ -111,4 +111,4 @@ void LineTap::Append(const uint8_t* bytes, size_t count) {
   m_line.length += count;
 }
 
-}  // namespace PelorinCheck
+}  // namespace PelorinRecording

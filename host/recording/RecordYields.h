@@ -1,0 +1,45 @@
+#pragma once
+// RecordYields: what the module makes of a record, found by running the
+// module's own record dispatcher and producers against a listener that
+// notes what it is given, and by the verdict the online traffic producer
+// gives a call. No second grammar: what playback yields, this yields. Owns
+// its dispatcher; one thread at a time. Needs no trace channel and no
+// thread of the engine.
+
+#include <memory>
+
+#include "player/Record.h"
+#include "producers/RecordDispatcher.h"
+#include "producers/TrafficDataListener.h"
+
+namespace PelorinRecording {
+
+enum class ItemKind { kNone, kTmc, kServiceList, kOnlineTraffic };
+
+struct RecordYield {
+  bool known = false;               // a producer takes the tag
+  ItemKind kind = ItemKind::kNone;  // the item made, kNone when none
+  bool Yields() const { return kind != ItemKind::kNone; }
+};
+
+class RecordYields {
+ public:
+  RecordYields();
+  RecordYields(const RecordYields&) = delete;
+  RecordYields& operator=(const RecordYields&) = delete;
+
+  RecordYield Of(const Quillan::Record& record);
+
+ private:
+  class Listener : public Quillan::TrafficDataListener {
+   public:
+    void OnServiceList(Quillan::ServiceList list) override;
+    void OnTmcMessage(std::shared_ptr<Quillan::TmcMessageData> message) override;
+    ItemKind made = ItemKind::kNone;
+  };
+
+  Listener m_listener;
+  Quillan::RecordDispatcher m_dispatcher;
+};
+
+}  // namespace PelorinRecording
