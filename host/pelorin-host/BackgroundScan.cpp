@@ -1,18 +1,10 @@
 #include "BackgroundScan.h"
 
-#include <cerrno>
-#include <cstring>
-
-#include "Paths.h"
 
 namespace PelorinHost {
 
 bool BackgroundScan::Start(const std::string& path, std::string* error) {
-  if (IsDirectory(path)) {
-    *error = std::strerror(EISDIR);
-    return false;
-  }
-  if (!m_lines.Open(path, error)) return false;
+  if (!m_reader.Open(path, error)) return false;
   m_thread = std::thread(&BackgroundScan::Run, this);
   return true;
 }
@@ -24,7 +16,7 @@ void BackgroundScan::Stop() {
 
 void BackgroundScan::Run() {
   ScanResult result;
-  EventsScan::Scan(m_lines, m_cancel, &result);
+  EventsScan::Scan(m_reader, m_cancel, &result);
   if (!result.complete && m_selection.EndsBefore(result.stopLine)) result.complete = true;
   std::lock_guard<std::mutex> guard(m_lock);
   m_result = result;

@@ -13,7 +13,6 @@
 #include <string>
 #include <thread>
 
-#include "EventLines.h"
 #include "EventsScan.h"
 #include "Selection.h"
 
@@ -40,7 +39,7 @@ class BackgroundScan {
   void Run();
 
   const Selection& m_selection;
-  EventLines m_lines;
+  PelorinRecording::RecordingReader m_reader;
   std::thread m_thread;
   std::atomic<bool> m_cancel{false};
   std::atomic<bool> m_done{false};

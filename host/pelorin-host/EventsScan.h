@@ -1,23 +1,16 @@
 #pragma once
-// EventsScan: reads an events file with the module's own line rules (a line
-// ends at LF, CR LF or a lone CR; the byte after a lone CR starts the next
-// line as plain data; a line is malformed when it is empty, has no blank,
-// starts with a blank or has an empty tag) to tell where playback will stop
-// and how many records it offers before that. The host cannot ask the
-// module, so it finds out itself; constant memory, any file size.
-// Lines come from EventLines, the host's one line splitter. A value used
-// by one thread.
+// EventsScan: reads an events file as the module does (RecordingReader) to
+// tell where playback will stop, why, and how many records it offers before
+// that. The host cannot ask the module, so it finds out itself; constant
+// memory, any file size. Stateless.
 
 #include <atomic>
-#include <cstddef>
 #include <cstdint>
 #include <string>
 
-#include "host/common/LineShape.h"
+#include "host/recording/RecordingReader.h"
 
 namespace PelorinHost {
-
-class EventLines;
 
 struct ScanResult {
   bool complete = true;    // playback reaches the end of the file
@@ -33,22 +26,8 @@ class EventsScan {
  public:
   // Scans the lines of an open file up to the stop or the end, or until
   // `cancel` is set (the result then tells of the lines seen).
-  static void Scan(EventLines& lines, const std::atomic<bool>& cancel, ScanResult* result);
-
- private:
-  void Take(const char* bytes, size_t size, uint64_t offset);
-  void EndLine();
-  void Stop(const std::string& reason);
-  bool Stopped() const { return !m_result.complete; }
-
-  ScanResult m_result;
-  uint64_t m_lines = 0;   // lines ended so far
-  bool m_lineStarted = false;
-  PelorinTools::LineShape m_line;
-  std::string m_tag;  // the tag's first bytes
-  std::string m_lastTimeText;  // of the last well-formed record
-  bool m_inTag = false;
-  bool m_shapeKnown = false;  // the line is a record; its other bytes do not matter
+  static void Scan(PelorinRecording::RecordingReader& reader, const std::atomic<bool>& cancel,
+                   ScanResult* result);
 };
 
 }  // namespace PelorinHost

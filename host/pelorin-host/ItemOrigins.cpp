@@ -30,7 +30,7 @@ bool ItemOrigins::Pass() {
   }
   m_tally.skippedSeconds += static_cast<double>(m_gaps.Next(m_record->time)) / 1000.0;
   m_passLast = m_record->time;
-  m_tally.Count(m_record->tag, m_record->yield.kind != ItemKind::kNone, m_record->yield.yields);
+  m_tally.Count(m_record->tag, m_record->yield.known, m_record->yield.Yields());
   m_line.store(static_cast<uint32_t>(m_record->line), std::memory_order_relaxed);
   m_clock.store(WholeSeconds(m_record->time), std::memory_order_relaxed);
   return true;
@@ -46,7 +46,7 @@ bool ItemOrigins::Find(ItemKind kind, ItemOrigin* origin) {
       ++m_pass;
       continue;
     }
-    if (m_record->yield.yields && m_record->yield.kind == kind) break;
+    if (m_record->yield.kind == kind) break;
   }
   origin->line = m_record->line;
   origin->recordTime = m_record->timeText;

@@ -2,7 +2,7 @@
 // ItemOrigins: tells for each item that a record produced (TMC message,
 // service list, online traffic call) the recording's line and record time it
 // came from, and the pass. The module plays the selected records in order
-// and makes at most one item of each, which RecordYield tells from the
+// and makes at most one item of each, which RecordYields tells from the
 // record; so the item goes to the next record, in the same walk of the
 // recording that the module plays, that yields an item of its kind. A new
 // pass begins when the walk has passed the last record. Every record passed
@@ -21,7 +21,6 @@
 
 #include "GapCap.h"
 #include "PlaybackSummary.h"
-#include "RecordYield.h"
 #include "RecordsAhead.h"
 #include "SelectedRecords.h"
 #include "Selection.h"

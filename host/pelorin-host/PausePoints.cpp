@@ -14,7 +14,7 @@ bool PausePoints::Resolve(const std::string& recording, const Selection& selecti
     if (!Selection::ParseBound("--pause-at", bounds[i], &parsed[i], error)) return false;
   }
   std::vector<bool> reached(bounds.size(), false);
-  SelectedRecords records(selection);
+  SelectedRecords records(selection, SelectedRecords::Keep::kYield);
   if (!records.Open(recording, error)) return false;
   SelectedRecord record;
   uint64_t lastItem = 0;
@@ -32,7 +32,7 @@ bool PausePoints::Resolve(const std::string& recording, const Selection& selecti
         m_points.push_back(PausePoint{record.line, time, lastItem, bounds[i]});
       }
     }
-    if (record.yield.yields) lastItem = record.line;
+    if (record.yield.Yields()) lastItem = record.line;
   }
   for (size_t i = 0; i < bounds.size(); ++i) {
     if (!reached[i]) m_unreached.push_back(bounds[i]);

@@ -92,7 +92,7 @@ PrivateEvents::~PrivateEvents() {
 
 bool PrivateEvents::Text(const Selection& selection, const std::string& recording,
                          uint32_t passes, double maxGapSeconds, std::string* text) {
-  SelectedRecords records(selection);
+  SelectedRecords records(selection, SelectedRecords::Keep::kText);
   std::string error;
   if (!records.Open(recording, &error)) return false;
   Writer writer(maxGapSeconds);
@@ -110,7 +110,7 @@ bool PrivateEvents::Text(const Selection& selection, const std::string& recordin
 bool PrivateEvents::Create(const std::string& recording, const std::string& path, bool piped,
                            std::string* error) {
   m_recording = recording;
-  SelectedRecords records(m_selection);
+  SelectedRecords records(m_selection, SelectedRecords::Keep::kText);
   if (!records.Open(recording, error)) return false;
   if (piped) {
     if (::mkfifo(path.c_str(), 0600) != 0) {
@@ -169,7 +169,7 @@ void PrivateEvents::Feed() {
     }
     return true;
   };
-  SelectedRecords records(m_selection);
+  SelectedRecords records(m_selection, SelectedRecords::Keep::kText);
   std::string error;
   Writer writer(m_maxGapSeconds);
   bool going = records.Open(m_recording, &error);

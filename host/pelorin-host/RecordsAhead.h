@@ -23,7 +23,7 @@ namespace PelorinHost {
 
 class RecordsAhead {
  public:
-  explicit RecordsAhead(const Selection& selection) : m_records(selection) {}
+  explicit RecordsAhead(const Selection& selection) : m_records(selection, SelectedRecords::Keep::kYield) {}
   ~RecordsAhead() { Stop(); }
   RecordsAhead(const RecordsAhead&) = delete;
   RecordsAhead& operator=(const RecordsAhead&) = delete;

@@ -4,7 +4,7 @@
 #include <cerrno>
 #include <cstdlib>
 
-#include "RecordTime.h"
+#include "runtime/NumberText.h"
 
 namespace PelorinHost {
 namespace {
@@ -43,10 +43,10 @@ bool Selection::ParseBound(const char* option, const std::string& text, Selectio
     bound->kind = SelectionBound::kOffset;
     const std::string rest = text.substr(1);
     ok = !rest.empty() && rest[0] != '-' && rest[0] != '+' &&
-         RecordTime::Parse(rest, &bound->seconds);
+         Quillan::ParseDecimal(rest, &bound->seconds);
   } else {
     bound->kind = SelectionBound::kTime;
-    ok = RecordTime::Parse(text, &bound->seconds);
+    ok = Quillan::ParseDecimal(text, &bound->seconds);
   }
   if (!ok) {
     *error = std::string(option) +

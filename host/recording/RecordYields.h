@@ -7,6 +7,7 @@
 // thread of the engine.
 
 #include <memory>
+#include <string>
 
 #include "player/Record.h"
 #include "producers/RecordDispatcher.h"
@@ -29,6 +30,8 @@ class RecordYields {
   RecordYields& operator=(const RecordYields&) = delete;
 
   RecordYield Of(const Quillan::Record& record);
+  // Whether a producer takes records of `tag`.
+  bool Takes(const std::string& tag) const;
 
  private:
   class Listener : public Quillan::TrafficDataListener {

@@ -47,6 +47,8 @@ class RecordingReader {
   std::string_view TimeText() const;
   // What the module makes of the record; asked once per record.
   RecordYield Yield() { return m_yields.Of(m_record); }
+  // Whether a producer takes the record's tag (cheaper than Yield).
+  bool TagKnown() const { return m_yields.Takes(m_record.tag); }
   // Bytes handed to the record reader so far.
   uint64_t Offset() const { return m_tap->Offset(); }
 
