@@ -13,18 +13,21 @@ bool PausePoints::Resolve(const std::string& recording, const Selection& selecti
   for (size_t i = 0; i < bounds.size(); ++i) {
     if (!Selection::ParseBound("--pause-at", bounds[i], &parsed[i], error)) return false;
   }
+  if (bounds.empty()) return true;
   std::vector<bool> reached(bounds.size(), false);
+  size_t left = bounds.size();
   SelectedRecords records(selection, SelectedRecords::Keep::kYield);
   if (!records.Open(recording, error)) return false;
   SelectedRecord record;
   uint64_t lastItem = 0;
-  while (records.Next(&record)) {
+  while (left > 0 && records.Next(&record)) {
     for (size_t i = 0; i < bounds.size(); ++i) {
       if (reached[i] ||
           !Selection::Reached(parsed[i], record.line, record.time, records.FirstTime())) {
         continue;
       }
       reached[i] = true;
+      --left;
       // Pauses with no item between them are one pause: the first.
       if (m_points.empty() || m_points.back().after != lastItem) {
         std::string time = record.timeText;
