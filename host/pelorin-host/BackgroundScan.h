@@ -14,9 +14,11 @@
 #include <thread>
 
 #include "EventsScan.h"
-#include "Selection.h"
+#include "host/recording/Selection.h"
 
 namespace PelorinHost {
+
+using PelorinRecording::Selection;
 
 class BackgroundScan {
  public:

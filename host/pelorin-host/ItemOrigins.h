@@ -22,10 +22,15 @@
 #include "GapCap.h"
 #include "PlaybackSummary.h"
 #include "RecordsAhead.h"
-#include "SelectedRecords.h"
-#include "Selection.h"
+#include "host/recording/SelectedRecords.h"
+#include "host/recording/Selection.h"
 
 namespace PelorinHost {
+
+using PelorinRecording::ItemKind;
+using PelorinRecording::SelectedRecord;
+using PelorinRecording::SelectedRecords;
+using PelorinRecording::Selection;
 
 struct ItemOrigin {
   uint64_t line = 0;

@@ -8,9 +8,12 @@
 #include <string>
 #include <vector>
 
-#include "Selection.h"
+#include "host/recording/Selection.h"
 
 namespace PelorinHost {
+
+using PelorinRecording::Selection;
+using PelorinRecording::SelectionBound;
 
 enum class RunnerChoice { kInteractive, kBatched, kRealtime };
 

@@ -3,9 +3,12 @@
 #include <algorithm>
 
 #include "RecordTime.h"
-#include "SelectedRecords.h"
+#include "host/recording/SelectedRecords.h"
 
 namespace PelorinHost {
+
+using PelorinRecording::SelectedRecord;
+using PelorinRecording::SelectedRecords;
 
 bool PausePoints::Resolve(const std::string& recording, const Selection& selection,
                           const std::vector<std::string>& bounds, std::string* error) {

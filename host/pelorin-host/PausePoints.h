@@ -15,9 +15,12 @@
 #include <string>
 #include <vector>
 
-#include "Selection.h"
+#include "host/recording/Selection.h"
 
 namespace PelorinHost {
+
+using PelorinRecording::Selection;
+using PelorinRecording::SelectionBound;
 
 struct PausePoint {
   uint64_t line = 0;       // the record playback stops before

@@ -18,10 +18,14 @@
 #include <string>
 #include <thread>
 
-#include "SelectedRecords.h"
-#include "Selection.h"
+#include "host/recording/SelectedRecords.h"
+#include "host/recording/Selection.h"
 
 namespace PelorinHost {
+
+using PelorinRecording::SelectedRecord;
+using PelorinRecording::SelectedRecords;
+using PelorinRecording::Selection;
 
 class PrivateEvents {
  public:

@@ -16,10 +16,14 @@
 #include <thread>
 #include <vector>
 
-#include "SelectedRecords.h"
-#include "Selection.h"
+#include "host/recording/SelectedRecords.h"
+#include "host/recording/Selection.h"
 
 namespace PelorinHost {
+
+using PelorinRecording::SelectedRecord;
+using PelorinRecording::SelectedRecords;
+using PelorinRecording::Selection;
 
 class RecordsAhead {
  public:

@@ -34,6 +34,8 @@ class JsonWriter;
 
 namespace PelorinHost {
 
+using PelorinRecording::ItemKind;
+
 class BackgroundScan;
 class ExpectedItems;
 

@@ -11,7 +11,7 @@
 #include "ItemOrigins.h"
 #include "Output.h"
 #include "Reporter.h"
-#include "Selection.h"
+#include "host/recording/Selection.h"
 #include "StatusLine.h"
 #include "tests/host/Examples.h"
 

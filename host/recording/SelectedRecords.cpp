@@ -1,6 +1,6 @@
-#include "SelectedRecords.h"
+#include "host/recording/SelectedRecords.h"
 
-namespace PelorinHost {
+namespace PelorinRecording {
 
 bool SelectedRecords::Open(const std::string& path, std::string* error) {
   std::string reason;
@@ -42,4 +42,4 @@ bool SelectedRecords::Next(SelectedRecord* record) {
   return false;
 }
 
-}  // namespace PelorinHost
+}  // namespace PelorinRecording

@@ -1,16 +1,17 @@
 #pragma once
-// Selection: which records of a recording pelorin-host plays (--from,
-// --until, --only, --skip). A bound is a record time as written in the file,
-// "+S" (seconds after the first record's time) or "@N" (line N). Record
-// times are not changed. A value, filled while the command line is parsed
-// and read by the threads that write and follow the private events file.
+// Selection: which records of a recording a tool takes (--from, --until,
+// --only, --skip), one grammar and meaning for every tool. A bound is a
+// record time as written in the file, "+S" (seconds after the first
+// record's time) or "@N" (line N). Record times are not changed. A value,
+// filled while the command line is parsed and then only read (by any
+// thread).
 
 #include <cstdint>
 #include <string>
 #include <string_view>
 #include <vector>
 
-namespace PelorinHost {
+namespace PelorinRecording {
 
 struct SelectionBound {
   enum Kind { kNone, kTime, kOffset, kLine };
@@ -55,4 +56,4 @@ class Selection {
   std::vector<std::string> m_skip;
 };
 
-}  // namespace PelorinHost
+}  // namespace PelorinRecording

@@ -1,4 +1,4 @@
-#include "Selection.h"
+#include "host/recording/Selection.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -6,7 +6,7 @@
 
 #include "runtime/NumberText.h"
 
-namespace PelorinHost {
+namespace PelorinRecording {
 namespace {
 
 bool ParseLine(const std::string& digits, uint64_t* line) {
@@ -130,4 +130,4 @@ bool Selection::EndsBefore(uint64_t line) const {
   return m_until.kind == SelectionBound::kLine && line > m_until.line;
 }
 
-}  // namespace PelorinHost
+}  // namespace PelorinRecording

@@ -11,13 +11,13 @@
 #include <string>
 #include <string_view>
 
-#include "Selection.h"
+#include "host/recording/Selection.h"
 #include "host/recording/RecordingReader.h"
 
-namespace PelorinHost {
+namespace PelorinRecording {
 
-using PelorinRecording::ItemKind;
-using PelorinRecording::RecordYield;
+
+
 
 struct SelectedRecord {
   uint64_t line = 0;
@@ -53,4 +53,4 @@ class SelectedRecords {
   double m_firstTime = 0.0;
 };
 
-}  // namespace PelorinHost
+}  // namespace PelorinRecording
