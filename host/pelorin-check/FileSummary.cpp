@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "host/common/TimeText.h"
+#include "producers/TotCall.h"
 
 namespace PelorinCheck {
 
@@ -22,7 +23,7 @@ void FileSummary::AddRecord(double time, const std::string& tag, const std::stri
   if (delivered) {
     ++m_playedRecords;
     m_tags.Add(tag);
-    if (tag == "$TOT" && WaitsForAnswer(payload)) ++m_answeredCalls;
+    if (tag == Quillan::TotCall::kTag && WaitsForAnswer(payload)) ++m_answeredCalls;
   } else {
     ++m_droppedRecords;
   }
@@ -30,9 +31,8 @@ void FileSummary::AddRecord(double time, const std::string& tag, const std::stri
   if (m_hasOtherSpeed) m_otherSpeed.AddRecord(time);
 }
 
-// A call's method is every byte before the first ":".
 bool FileSummary::WaitsForAnswer(const std::string& payload) {
-  const std::string method = payload.substr(0, payload.find(':'));
+  const std::string method = Quillan::TotCall::Parse(payload).method;
   return method == "getInventory" || method == "getNewData";
 }
 

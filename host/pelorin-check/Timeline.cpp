@@ -3,10 +3,10 @@
 #include <algorithm>
 #include <cstring>
 
+#include "producers/TotCall.h"
+
 namespace PelorinCheck {
 namespace {
-
-const char kOnlineTrafficTag[] = "$TOT";
 
 // A time stamp that is a date-time (as the module's 32-bit seconds) has a
 // place on the time axis.
@@ -22,7 +22,7 @@ bool LaneIs(const Timeline::Lane& lane, const std::string& tag, const char* meth
 
 std::string Timeline::LaneName(const Lane& lane) {
   if (lane.other) return "(other tags)";
-  if (lane.tag != kOnlineTrafficTag) return lane.tag;
+  if (lane.tag != Quillan::TotCall::kTag) return lane.tag;
   return lane.tag + " " + (lane.method.empty() ? std::string("(no method)") : lane.method);
 }
 
@@ -40,13 +40,10 @@ void Timeline::OnRecord(uint64_t /*line*/, const Quillan::Record& record) {
 }
 
 size_t Timeline::LaneOf(const Quillan::Record& record) {
-  // A "$TOT" call's method is every byte before the first ":".
-  const char* method = "";
-  size_t methodSize = 0;
-  if (record.tag == kOnlineTrafficTag) {
-    method = record.payload.data();
-    methodSize = std::min(record.payload.find(':'), record.payload.size());
-  }
+  std::string call;
+  if (record.tag == Quillan::TotCall::kTag) call = Quillan::TotCall::Parse(record.payload).method;
+  const char* method = call.data();
+  const size_t methodSize = call.size();
   if (m_lastLane < m_lanes.size() && LaneIs(m_lanes[m_lastLane], record.tag, method, methodSize)) {
     return m_lastLane;
   }
