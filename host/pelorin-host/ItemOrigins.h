@@ -37,6 +37,7 @@ struct ItemOrigin {
   std::string_view recordTime;  // a JSON number, valid until the next Find
   double seconds = 0.0;         // the record time as the module reads it
   uint32_t pass = 1;
+  uint64_t micros = 0;          // HostClock::Micros() when the item was located
 };
 
 class ItemOrigins {

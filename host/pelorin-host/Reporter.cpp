@@ -236,7 +236,8 @@ bool Reporter::Locate(const Output::Line& out, ItemKind kind, ItemOrigin* origin
   if (out.Refused()) return false;
   m_records.store(m_records.load(std::memory_order_relaxed) + 1, std::memory_order_relaxed);
   if (m_origins == nullptr || !m_origins->Find(kind, origin)) return false;
-  m_lag.Item(origin->pass, origin->seconds, HostClock::Micros());
+  origin->micros = HostClock::Micros();
+  m_lag.Item(origin->pass, origin->seconds, origin->micros);
   if (m_pauses != nullptr) {
     const PausePoint* pause = m_pauses->After(origin->line);
     if (pause != nullptr) m_duePause.store(pause);
@@ -321,7 +322,8 @@ void Reporter::TmcJson(std::string& text, const Quillan::TmcMessageData& message
   // Every field but the record time and the data is at most 20 digits.
   char* const begin = TmcBuffer(256 + timeSize + 2 * dataSize);
   char* out = Put(begin, "{\"t\":");
-  out = PutMilliseconds(out, HostClock::Micros());
+  // One clock read per item: the one taken when it was located.
+  out = PutMilliseconds(out, origin != nullptr ? origin->micros : HostClock::Micros());
   out = Put(out, ",\"type\":\"tmc\"");
   if (origin != nullptr) {
     out = Put(out, ",\"line\":");
