@@ -27,12 +27,12 @@ void RealTimeRunner::Execute() {
     NotifyFinished();
     return;
   }
-  PostStep(DelayBetween(previous, m_pending->time));
+  PostStep(DelayBetween(previous, m_pending->time, m_speed));
 }
 
-uint32_t RealTimeRunner::DelayBetween(double previous, double next) const {
+uint32_t RealTimeRunner::DelayBetween(double previous, double next, double speed) {
   if (!(previous > 0.0)) return 0u;
-  return DelayMs((next - previous) / m_speed);
+  return DelayMs((next - previous) / speed);
 }
 
 }  // namespace Quillan

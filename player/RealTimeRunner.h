@@ -24,11 +24,12 @@ class RealTimeRunner : public Runner {
   // Also drops a record still pending, undispatched.
   void Reset() override;
 
- private:
   // Delay before the step that dispatches a record at `next`, after one at
-  // `previous`; 0 when `previous` is not a positive time.
-  uint32_t DelayBetween(double previous, double next) const;
+  // `previous`, at `speed`; 0 when `previous` is not a positive time. Also
+  // for tools that tell how long a recording plays.
+  static uint32_t DelayBetween(double previous, double next, double speed);
 
+ private:
   double m_speed;
   // kRecord while m_pending holds a record not yet dispatched; 1 while
   // nothing is pending; the failing status once the input has ended.

@@ -1,10 +1,7 @@
 #pragma once
 // PlayDuration: how long the records of a file take to play at one speed,
-// adding up the delays that the real-time player waits between records: the
-// distance from the record before, divided by the speed and rounded to the
-// nearest millisecond; no delay before the first record, after a record whose
-// time stamp is 0 or less, or before a record earlier than the one before.
-// Constant memory.
+// adding up the delays that the real-time player waits between records
+// (RealTimeRunner::DelayBetween, the player's own rule). Constant memory.
 
 #include <cstdint>
 
@@ -20,9 +17,6 @@ class PlayDuration {
 
   double Speed() const { return m_speed; }
   uint64_t TotalMs() const { return m_totalMs; }
-
-  // The delay before a record at `time` that follows one at `previous`.
-  static uint32_t DelayMs(double previous, double time, double speed);
 
  private:
   double m_speed;

@@ -27,9 +27,8 @@ TEST(PlayDurationTest, AddsTheDelaysOfTheRealTimePlayerEachRoundedToTheMilliseco
   // After a time stamp of 0 or less the next record follows at once.
   EXPECT_EQ(PlayMs({0.0, 3.0, 4.0}, 1.0), 1000u);
   EXPECT_EQ(PlayMs({-2.0, 3.0}, 1.0), 0u);
-  EXPECT_EQ(PlayDuration::DelayMs(1.0, 1.0004, 1.0), 0u);
-  EXPECT_EQ(PlayDuration::DelayMs(1.0, 1.0006, 1.0), 1u);
-  EXPECT_EQ(PlayDuration::DelayMs(1.0, 1.0e10, 1.0), UINT32_MAX);
+  EXPECT_EQ(PlayMs({1.0, 1.0006}, 1.0), 1u);
+  EXPECT_EQ(PlayMs({1.0, 1.0e10, 2.0e10}, 1.0), 2ull * UINT32_MAX);
   // Rounded per record, not over the sum: 1000 gaps of 0.4 ms play at once.
   PlayDuration duration(1.0);
   for (int i = 0; i < 1000; ++i) duration.AddRecord(1.0 + i * 0.0004);
