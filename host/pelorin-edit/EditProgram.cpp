@@ -3,6 +3,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstring>
 #include <memory>
 
@@ -63,14 +64,15 @@ class Editor {
     }
     const bool written = Write();
     ReportStops(outcome);
-    outcome.writeError = m_output.Error();
-    if (!written || outcome.unusable || StopSignals::Caught() != 0) return;
-    if (!m_output.Commit(&reason)) {
-      outcome.writeError = m_output.Error() != 0 ? m_output.Error() : EIO;
-      if (!m_output.ToStandardOutput()) {
-        m_err << kTool << "error writing " << TerminalText::Escaped(m_options.output) << ": "
-              << reason << '\n';
-      }
+    if (written && !outcome.unusable && StopSignals::Caught() == 0 &&
+        !m_output.Commit(&reason) && m_output.Error() == 0) {
+      outcome.writeError = EIO;  // the sync, close or rename failed
+    }
+    if (outcome.writeError == 0) outcome.writeError = m_output.Error();
+    if (outcome.writeError != 0 && !m_output.ToStandardOutput()) {
+      if (reason.empty()) reason = std::strerror(outcome.writeError);
+      m_err << kTool << "error writing " << TerminalText::Escaped(m_options.output) << ": "
+            << reason << '\n';
     }
   }
 
