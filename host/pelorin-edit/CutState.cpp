@@ -19,6 +19,13 @@ bool Before(const StateRecord& a, const StateRecord& b) {
 
 }  // namespace
 
+std::string DataFile(const Quillan::Record& record) {
+  if (record.tag != Quillan::TotCall::kTag) return "";
+  const Quillan::TotCall call = Quillan::TotCall::Parse(record.payload);
+  if (call.method != "setNewData" || call.Check() != Quillan::TotCall::kReplayed) return "";
+  return call.arguments.front();
+}
+
 size_t CutState::SlotOf(const Quillan::Record& record) {
   if (record.tag == "$TSL") return 0;
   if (record.tag != Quillan::TotCall::kTag) return kSlots;
@@ -40,6 +47,7 @@ void CutState::Offer(PelorinRecording::RecordingReader& reader, double time, siz
   if (m_set[slot] && held.input != input && Before(record, held)) return;
   record.text = reader.Shape().head;
   record.timeTextLength = reader.TimeText().size();
+  record.dataFile = DataFile(reader.Record());
   m_records[slot] = std::move(record);
   m_set[slot] = true;
 }

@@ -26,7 +26,12 @@ struct StateRecord {
   uint64_t line = 0;
   std::string text;  // the line as read, without its line end
   size_t timeTextLength = 0;
+  std::string dataFile;  // the file a setNewData names; empty for others
 };
+
+// The file that a "setNewData" record that playback replays names; empty
+// for every other record.
+std::string DataFile(const Quillan::Record& record);
 
 class CutState {
  public:

@@ -16,6 +16,7 @@
 #include "host/pelorin-edit/CutState.h"
 #include "host/pelorin-edit/EditInput.h"
 #include "host/pelorin-edit/Options.h"
+#include "host/pelorin-edit/PackFolder.h"
 #include "host/pelorin-edit/ShiftedText.h"
 
 namespace PelorinEdit {
@@ -51,35 +52,82 @@ class Editor {
   Editor(const Options& options, std::ostream& err) : m_options(options), m_err(err) {}
 
   void Run(Outcome& outcome) {
+    const bool packing = !m_options.pack.empty();
+    std::string reason;
+    if (packing && !m_pack.Begin(m_options.pack, m_options.force, &reason)) {
+      m_err << kTool << TerminalText::Escaped(reason) << '\n';
+      outcome.unusable = true;
+      return;
+    }
     if (!RefuseInputAsOutput() || !OpenInputs()) {
       outcome.unusable = true;
       return;
     }
-    std::string reason;
-    if (!m_output.Open(m_options.output, &reason)) {
-      m_err << kTool << "cannot write " << TerminalText::Escaped(m_options.output) << ": "
+    const std::string path = packing ? m_pack.EventsPath() : m_options.output;
+    const std::string& target = packing ? m_options.pack : m_options.output;
+    if (!m_output.Open(path, &reason)) {
+      m_err << kTool << "cannot write " << TerminalText::Escaped(target) << ": "
             << reason << '\n';
       outcome.unusable = true;
       return;
     }
     const bool written = Write();
     ReportStops(outcome);
-    if (written && !outcome.unusable && StopSignals::Caught() == 0 &&
-        !m_output.Commit(&reason) && m_output.Error() == 0) {
-      outcome.writeError = EIO;  // the sync, close or rename failed
+    if (written && !outcome.unusable && StopSignals::Caught() == 0) {
+      if (!m_output.Commit(&reason) && m_output.Error() == 0) {
+        outcome.writeError = EIO;  // the sync, close or rename failed
+      } else if (packing && outcome.writeError == 0 && m_output.Error() == 0) {
+        Pack(outcome);
+      }
     }
     if (outcome.writeError == 0) outcome.writeError = m_output.Error();
+    if (outcome.writeError == 0) outcome.writeError = m_dataFileError;
     if (outcome.writeError != 0 && !m_output.ToStandardOutput()) {
       if (reason.empty()) reason = std::strerror(outcome.writeError);
-      m_err << kTool << "error writing " << TerminalText::Escaped(m_options.output) << ": "
+      m_err << kTool << "error writing " << TerminalText::Escaped(target) << ": "
             << reason << '\n';
     }
   }
 
  private:
+  // Puts the pack in place once its configuration is written and the check
+  // finds nothing that refuses it (or --force).
+  void Pack(Outcome& outcome) {
+    int error = 0;
+    if (!m_pack.WriteConfiguration(m_options.PackConfiguration(), &error)) {
+      outcome.writeError = error;  // said with the other write errors
+      return;
+    }
+    std::string report;
+    const size_t findings = m_pack.Check(&report);
+    m_err << report;
+    if (findings > 0 && !m_options.force) {
+      m_err << kTool << "the pack " << TerminalText::Escaped(m_options.pack) << " is refused: "
+            << findings << (findings == 1 ? " finding" : " findings")
+            << " above; nothing written (--force packs it anyway)\n";
+      outcome.endedEarly = true;
+      return;
+    }
+    std::string reason;
+    if (!m_pack.Commit(&reason)) {
+      m_err << kTool << "cannot put the pack in place at " << TerminalText::Escaped(m_options.pack)
+            << ": " << reason << '\n';
+      outcome.unusable = true;
+    }
+  }
+
+  // Copies the TPEG file that a written "setNewData" names into the pack.
+  void AddDataFile(size_t input, const std::string& name) {
+    int error = 0;
+    if (!m_options.pack.empty() && !name.empty() &&
+        !m_pack.AddTpegFile(m_options.files[input], name, &error)) {
+      m_dataFileError = error;
+    }
+  }
+
   bool RefuseInputAsOutput() {
     struct stat output;
-    if (m_options.output == "-" || ::stat(m_options.output.c_str(), &output) != 0) return true;
+    if (m_options.output.empty() || m_options.output == "-" || ::stat(m_options.output.c_str(), &output) != 0) return true;
     for (const std::string& file : m_options.files) {
       if (SameFile(output, file)) {
         m_err << kTool << "the output " << TerminalText::Escaped(m_options.output)
@@ -116,7 +164,9 @@ class Editor {
     return earliest;
   }
 
-  bool Stopping() const { return StopSignals::Caught() != 0 || m_output.Error() != 0; }
+  bool Stopping() const {
+    return StopSignals::Caught() != 0 || m_output.Error() != 0 || m_dataFileError != 0;
+  }
 
   // Writes the state and the merged records; false when stopped.
   bool Write() {
@@ -129,6 +179,7 @@ class Editor {
       m_out.assign(firstTime);
       m_out.append(record.text, record.timeTextLength, std::string::npos);
       m_output.Stream() << m_out << '\n';
+      AddDataFile(record.input, record.dataFile);
     }
     for (EditInput* input = first; input != nullptr; input = Earliest()) {
       if (Stopping()) return false;
@@ -149,6 +200,7 @@ class Editor {
     const PelorinRecording::RecordingReader& reader = input.Reader();
     const double shift = input.Shift() + m_shift;
     const std::string& line = reader.Shape().head;
+    AddDataFile(input.Index(), DataFile(reader.Record()));
     if (shift == 0.0) {
       m_output.Stream() << line << '\n';
       return;
@@ -176,7 +228,9 @@ class Editor {
 
   const Options& m_options;
   std::ostream& m_err;
+  PackFolder m_pack;  // declared before the output, which lies in it
   AtomicOutput m_output;
+  int m_dataFileError = 0;  // errno of a TPEG file that could not be copied
   CutState m_state;
   ShiftedText m_shifted;
   std::vector<std::unique_ptr<EditInput>> m_inputs;

@@ -5,6 +5,8 @@
 
 #include "host/common/ExitStatus.h"
 #include "host/common/OptionParser.h"
+#include "host/common/SpeedText.h"
+#include "host/common/TimeText.h"
 #include "runtime/NumberText.h"
 
 #ifndef PELORIN_VERSION_TEXT
@@ -22,8 +24,22 @@ const OptionParser::Definition kOptions[] = {
     {"--skip", 0, OptionParser::Kind::kValue},        {"--no-state", 0, OptionParser::Kind::kFlag},
     {"--shift", 0, OptionParser::Kind::kValue},       {"--start", 0, OptionParser::Kind::kValue},
     {"--shift-input", 0, OptionParser::Kind::kValue}, {"--help", 'h', OptionParser::Kind::kFlag},
-    {"--version", 'V', OptionParser::Kind::kFlag},
+    {"--version", 'V', OptionParser::Kind::kFlag},    {"--pack", 0, OptionParser::Kind::kValue},
+    {"--force", 0, OptionParser::Kind::kFlag},        {"--interactive", 0, OptionParser::Kind::kFlag},
+    {"--realtime", 0, OptionParser::Kind::kValue},    {"--batched", 0, OptionParser::Kind::kFlag},
+    {"--autostart", 0, OptionParser::Kind::kFlag},
 };
+
+// Sets how the pack plays; false when another way was given before.
+bool SetPlay(Options::Play play, const std::string& name, Options* options, std::string* error) {
+  if (options->playGiven && options->play != play) {
+    *error = name + " and another of --interactive, --realtime, --batched; give one of them";
+    return false;
+  }
+  options->playGiven = true;
+  options->play = play;
+  return true;
+}
 
 // Days from 1970-01-01 to a date of the proleptic Gregorian calendar.
 int64_t DaysFromCivil(int64_t year, int64_t month, int64_t day) {
@@ -79,6 +95,20 @@ bool SetValue(const std::string& name, const std::string& value, Options* option
     }
     return options->hasStart;
   }
+  if (name == "--pack") {
+    if (value.empty()) *error = "--pack needs a folder";
+    options->pack = value;
+    return !value.empty();
+  }
+  if (name == "--realtime") {
+    int32_t percent = 0;
+    if (!PelorinTools::SpeedText::Parse(value, &percent)) {
+      *error = "--realtime needs " + PelorinTools::SpeedText::Accepted() + ", not '" + value + "'";
+      return false;
+    }
+    options->speed = percent / 100.0;
+    return SetPlay(Options::Play::kRealTime, name, options, error);
+  }
   if (name == "--shift-input") {
     std::pair<size_t, double> shift;
     if (!ParseInputShift(value, &shift.first, &shift.second)) {
@@ -128,6 +158,12 @@ bool Options::Parse(const std::vector<std::string>& arguments, Options* options,
       options->help |= name == "--help";
       options->version |= name == "--version";
       options->state &= name != "--no-state";
+      options->force |= name == "--force";
+      options->autostart |= name == "--autostart";
+      if ((name == "--interactive" && !SetPlay(Play::kInteractive, name, options, error)) ||
+          (name == "--batched" && !SetPlay(Play::kBatched, name, options, error))) {
+        return false;
+      }
     } else if (!SetValue(item.option->name, item.value, options, &inputShifts, error)) {
       return false;
     }
@@ -141,8 +177,17 @@ bool Options::Parse(const std::vector<std::string>& arguments, Options* options,
     *error = "no recording given";
     return false;
   }
-  if (options->output.empty()) {
-    *error = "no output given: -o FILE, or -o - for standard output";
+  if (options->output.empty() == options->pack.empty()) {
+    *error = options->pack.empty() ? "no output given: -o FILE, -o - for standard output, or --pack DIR"
+                                   : "-o and --pack both name the output; give one of them";
+    return false;
+  }
+  if (options->pack.empty() && (options->playGiven || options->autostart || options->force)) {
+    *error = "--interactive, --realtime, --batched, --autostart and --force go with --pack";
+    return false;
+  }
+  if (options->autostart && options->play != Play::kInteractive) {
+    *error = "--autostart starts interactive playback, not playback with --realtime or --batched";
     return false;
   }
   if (options->hasShift && options->hasStart) {
@@ -160,6 +205,17 @@ bool Options::Parse(const std::vector<std::string>& arguments, Options* options,
     options->inputShifts[shift.first - 1] = shift.second;
   }
   return true;
+}
+
+std::string Options::PackConfiguration() const {
+  std::string text =
+      "# Written by pelorin-edit.\n"
+      "eventsFile=/fs/sda0/quillan/events\n"
+      "tpegsDir=/fs/sda0/quillan/\n";
+  text += play == Play::kInteractive ? "interactive=true\n" : "interactive=false\n";
+  if (play != Play::kBatched) text += "playbackSpeed=" + PelorinTools::TimeText::Number(speed) + "\n";
+  if (play == Play::kInteractive) text += autostart ? "autostart=true\n" : "autostart=false\n";
+  return text;
 }
 
 std::string Options::HelpText() {
@@ -203,13 +259,26 @@ std::string Options::HelpText() {
          "      --shift-input N=SECONDS\n"
          "                       move the records of input N (from 1) by SECONDS before\n"
          "                       the merge, as --shift does; repeat for other inputs\n"
+         "      --pack DIR       write a head unit's storage folder instead of -o:\n"
+         "                       DIR/quillan/events, the TPEG files its setNewData\n"
+         "                       calls name (from beside the recording that holds\n"
+         "                       the call) and DIR/quillan/Pelorin.cfg. The pack is\n"
+         "                       checked with pelorin-check's rules and refused when\n"
+         "                       playback would end early or a TPEG file is missing\n"
+         "      --force          pack anyway, and replace a DIR that is not empty\n"
+         "      --interactive    the pack plays under HMI control (the default)\n"
+         "      --autostart      ... and starts at once\n"
+         "      --realtime SPEED the pack plays in real time at SPEED, a factor from\n"
+         "                       0.01 to 21474836.47 (2, 2x or 200%)\n"
+         "      --batched        the pack plays all at once\n"
          "  -h, --help           show this help\n"
          "  -V, --version        show the version\n"
          "\n"
          "Exit status:\n"
          "  0    written\n"
          "  1    written, but an EVENTS file ended early at a line that playback\n"
-         "       rejects (standard error names it); its later records are left out\n" +
+         "       rejects (standard error names it); its later records are left out;\n"
+         "       or --pack refused on what the check found (nothing written)\n" +
          PelorinTools::ExitStatus::HelpText(
              "an unusable option or value, an EVENTS file\n"
              "       that is missing, a directory or unreadable, an OUTPUT that is an\n"
@@ -218,7 +287,8 @@ std::string Options::HelpText() {
          "\n"
          "Examples:\n"
          "  pelorin-edit --from +3600 --until +3720 -o incident.txt drive.txt\n"
-         "  pelorin-edit --shift-input 2=5400 -o drive+incident.txt drive.txt incident.txt\n";
+         "  pelorin-edit --shift-input 2=5400 -o drive+incident.txt drive.txt incident.txt\n"
+         "  pelorin-edit --from +3600 --until +3720 --pack /media/usb drive.txt\n";
 }
 
 std::string Options::VersionText() { return std::string("pelorin-edit ") + PELORIN_VERSION_TEXT; }

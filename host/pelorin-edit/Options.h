@@ -22,6 +22,15 @@ struct Options {
   bool hasStart = false;  // --start
   double start = 0.0;     // seconds since 1970 UTC
   std::vector<double> inputShifts;  // --shift-input, one per file
+  std::string pack;                 // --pack: a head unit's storage folder; empty: none
+  bool force = false;               // --force
+  // How the pack's Pelorin.cfg plays: interactive (started by the HMI, or
+  // at once with --autostart), in real time at a speed, or all at once.
+  enum class Play { kInteractive, kRealTime, kBatched };
+  Play play = Play::kInteractive;
+  bool playGiven = false;
+  double speed = 1.0;
+  bool autostart = false;
   bool help = false;
   bool version = false;
 
@@ -33,6 +42,9 @@ struct Options {
   // "Z" optional) or a record time as written in recordings; false when
   // `text` is neither.
   static bool ParseStart(const std::string& text, double* seconds);
+
+  // The Pelorin.cfg of a pack, for the head unit's paths.
+  std::string PackConfiguration() const;
 
   static std::string HelpText();
   static std::string VersionText();

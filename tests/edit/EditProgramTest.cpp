@@ -49,6 +49,18 @@ int Edit(std::vector<std::string> arguments, std::string* err) {
   return status;
 }
 
+// Names in a folder, without "." and "..".
+std::vector<std::string> Names(const std::string& folder) {
+  std::vector<std::string> names;
+  DIR* dir = ::opendir(folder.c_str());
+  while (const dirent* entry = dir != nullptr ? ::readdir(dir) : nullptr) {
+    const std::string name = entry->d_name;
+    if (name != "." && name != "..") names.push_back(name);
+  }
+  if (dir != nullptr) ::closedir(dir);
+  return names;
+}
+
 TEST(EditProgramTest, WritesTheSelectedRecordsWithStateMergedAndMoved) {
   const struct {
     const char* name;
@@ -159,18 +171,6 @@ TEST(EditProgramTest, RefusesAndWritesNothing) {
   EXPECT_EQ(ReadFile(input), "1 $TMC a=1\n");
 }
 
-// Names in a folder, without "." and "..".
-std::vector<std::string> Names(const std::string& folder) {
-  std::vector<std::string> names;
-  DIR* dir = ::opendir(folder.c_str());
-  while (const dirent* entry = dir != nullptr ? ::readdir(dir) : nullptr) {
-    const std::string name = entry->d_name;
-    if (name != "." && name != "..") names.push_back(name);
-  }
-  if (dir != nullptr) ::closedir(dir);
-  return names;
-}
-
 TEST(EditProgramTest, AFailedWriteLeavesTheOutputAsItWas) {
   TestFolder dir;
   std::string many;
@@ -186,6 +186,36 @@ TEST(EditProgramTest, AFailedWriteLeavesTheOutputAsItWas) {
   EXPECT_THAT(ReadFile(dir.Path() + "/err"), HasSubstr("pelorin-edit: error writing out: "));
   EXPECT_EQ(ReadFile(dir.Path() + "/out"), "kept\n");
   EXPECT_THAT(Names(dir.Path()), ::testing::UnorderedElementsAre("in", "out", "err"));
+}
+
+TEST(EditProgramTest, PacksAHeadUnitFolderOrLeavesNothing) {
+  TestFolder dir;
+  const std::string drive = dir.Write("rec/drive", kDrive);
+  dir.Write("rec/a.bin", "TPEG a");
+  const std::string pack = dir.Path() + "/usb";
+  std::string err;
+  // The state names b.bin, which is missing: the check refuses the pack.
+  EXPECT_EQ(Edit({"--from", "140", "--pack", pack, drive}, &err), 1);
+  EXPECT_THAT(err, HasSubstr("usb/quillan/events:3: warning: "));
+  EXPECT_THAT(err, HasSubstr("the pack " + pack + " is refused: 1 finding"));
+  EXPECT_THAT(Names(dir.Path()), ::testing::UnorderedElementsAre("rec"));
+
+  dir.Write("rec/b.bin", "TPEG b");
+  dir.Write("usb/");
+  EXPECT_EQ(Edit({"--from", "140", "--realtime", "2x", "--pack", pack, drive}, &err), 0) << err;
+  EXPECT_EQ(ReadFile(pack + "/quillan/Pelorin.cfg"),
+            "# Written by pelorin-edit.\neventsFile=/fs/sda0/quillan/events\n"
+            "tpegsDir=/fs/sda0/quillan/\ninteractive=false\nplaybackSpeed=2\n");
+  EXPECT_EQ(ReadFile(pack + "/quillan/b.bin"), "TPEG b");
+  EXPECT_THAT(Names(pack + "/quillan"), ::testing::UnorderedElementsAre("events", "Pelorin.cfg", "b.bin"));
+
+  // A pack folder that holds anything is replaced only when forced.
+  EXPECT_EQ(Edit({"--pack", pack, "--batched", drive}, &err), 2);
+  EXPECT_THAT(err, HasSubstr("is not empty (--force replaces it)"));
+  EXPECT_EQ(Edit({"--pack", pack, "--force", "--autostart", "--until", "@5", drive}, &err), 0);
+  EXPECT_THAT(ReadFile(pack + "/quillan/Pelorin.cfg"), HasSubstr("autostart=true\n"));
+  EXPECT_THAT(Names(pack + "/quillan"), ::testing::UnorderedElementsAre("events", "Pelorin.cfg", "a.bin"));
+  EXPECT_THAT(Names(dir.Path()), ::testing::UnorderedElementsAre("rec", "usb"));
 }
 
 }  // namespace
