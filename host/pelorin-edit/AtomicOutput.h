@@ -27,6 +27,8 @@ class AtomicOutput {
   // errno of the first failed write (0: none).
   int Error() const { return m_buffer ? m_buffer->Error() : 0; }
   bool ToStandardOutput() const { return m_temporary.empty(); }
+  // The temporary file while there is one; empty for standard output.
+  const std::string& Temporary() const { return m_temporary; }
   // Flushes, syncs and renames into place; false with the errno in Error()
   // or `reason`.
   bool Commit(std::string* reason);

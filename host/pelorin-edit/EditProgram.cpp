@@ -27,6 +27,17 @@ using PelorinTools::TerminalText;
 
 const char kTool[] = "pelorin-edit: ";
 
+// The temporary output file, for the stop signal's handler; empty while none.
+char g_temporary[4096];
+
+void PublishTemporary(const std::string& path) {
+  g_temporary[0] = '\0';
+  if (path.size() < sizeof g_temporary) {
+    std::memcpy(g_temporary + 1, path.c_str() + 1, path.size());
+    g_temporary[0] = path.empty() ? '\0' : path[0];  // last: the handler sees all or none
+  }
+}
+
 // What a run came to, for the exit status.
 struct Outcome {
   bool unusable = false;
@@ -71,7 +82,9 @@ class Editor {
       outcome.unusable = true;
       return;
     }
+    PublishTemporary(m_output.Temporary());
     const bool written = Write();
+    PublishTemporary("");
     ReportStops(outcome);
     if (written && !outcome.unusable && StopSignals::Caught() == 0) {
       if (!m_output.Commit(&reason) && m_output.Error() == 0) {
@@ -216,7 +229,8 @@ class Editor {
   void ReportStops(Outcome& outcome) {
     for (size_t i = 0; i < m_inputs.size(); ++i) {
       const EditInput& input = *m_inputs[i];
-      if (input.StopLine() == 0) continue;
+      // A read that a stop signal broke off is no fault of the file.
+      if (input.StopLine() == 0 || (input.ReadFailed() && StopSignals::Caught() != 0)) continue;
       m_err << kTool << TerminalText::Escaped(m_options.files[i]) << ':' << input.StopLine()
             << ": " << (input.ReadFailed() ? "cannot be read to its end: " : "playback ends here: ")
             << input.StopReason()
@@ -240,6 +254,12 @@ class Editor {
 };
 
 }  // namespace
+
+void EditProgram::OnStopSignal(int number) {
+  if (!EditInput::Reading().load()) return;
+  if (g_temporary[0] != '\0') ::unlink(g_temporary);
+  ::_exit(PelorinTools::ExitStatus::kSignalBase + number);
+}
 
 int EditProgram::Run(const std::vector<std::string>& arguments, std::ostream& err) {
   Options options;

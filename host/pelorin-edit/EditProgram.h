@@ -20,6 +20,10 @@ class EditProgram {
 
   // `arguments` without the program name; messages go to `err`.
   static int Run(const std::vector<std::string>& arguments, std::ostream& err);
+  // For StopSignals::Install; async-signal-safe. A signal that finds the run
+  // waiting in a read of an input removes the temporary output and ends the
+  // process with 128+N; otherwise the run sees the signal itself.
+  static void OnStopSignal(int number);
 };
 
 }  // namespace PelorinEdit

@@ -10,7 +10,7 @@
 
 int main(int argc, char** argv) {
   std::ios::sync_with_stdio(false);
-  PelorinTools::StopSignals::Install();
+  PelorinTools::StopSignals::Install(&PelorinEdit::EditProgram::OnStopSignal);
   const std::vector<std::string> arguments(argv + (argc > 0 ? 1 : 0), argv + argc);
   const int status = PelorinEdit::EditProgram::Run(arguments, std::cerr);
   std::cerr.flush();

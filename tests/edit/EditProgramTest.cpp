@@ -9,6 +9,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <csignal>
 #include <cstdlib>
 #include <sstream>
 #include <string>
@@ -186,6 +187,21 @@ TEST(EditProgramTest, AFailedWriteLeavesTheOutputAsItWas) {
   EXPECT_THAT(ReadFile(dir.Path() + "/err"), HasSubstr("pelorin-edit: error writing out: "));
   EXPECT_EQ(ReadFile(dir.Path() + "/out"), "kept\n");
   EXPECT_THAT(Names(dir.Path()), ::testing::UnorderedElementsAre("in", "out", "err"));
+}
+
+TEST(EditProgramTest, AStopSignalLeavesNoOutput) {
+  TestFolder dir;
+  const std::string out = dir.Path() + "/out";
+  pelorin_tool_test::ToolProcess tool;
+  ASSERT_TRUE(tool.Start(PELORIN_EDIT_PROGRAM, {"-o", out, "-"}));
+  tool.WriteInput("1 $TMC a=1\n2 $TMC b=2\n");  // and more to come: it waits
+  // The temporary output beside `out` shows that the run is under way.
+  for (int waited = 0; Names(dir.Path()).empty() && waited < 20000; waited += 10) usleep(10000);
+  ASSERT_EQ(Names(dir.Path()).size(), 1u);
+  tool.Signal(SIGTERM);
+  EXPECT_EQ(tool.Wait(20000), 143);
+  EXPECT_EQ(tool.Stderr(), "");
+  EXPECT_THAT(Names(dir.Path()), ::testing::IsEmpty());
 }
 
 TEST(EditProgramTest, PacksAHeadUnitFolderOrLeavesNothing) {
