@@ -26,7 +26,8 @@ bool EditInput::Next() {
       m_stopReason = m_reader.Shape().StopReason();
     } else if (status == ReadStatus::kReadError) {
       m_stopLine = m_reader.Number();
-      m_stopReason = std::string("read error: ") + (errno != 0 ? std::strerror(errno) : "I/O error");
+      m_stopReason =
+          std::string("read error: ") + (errno != 0 ? std::strerror(errno) : "I/O error");
       m_readFailed = true;
     }
     if (status != ReadStatus::kRecord) break;

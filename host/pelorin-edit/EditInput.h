@@ -26,7 +26,11 @@ class EditInput {
   EditInput(const PelorinRecording::Selection& selection,
             const PelorinRecording::SelectionBound& from, CutState* state, size_t index,
             double shift)
-      : m_selection(selection), m_from(from), m_state(state), m_index(index), m_shift(shift),
+      : m_selection(selection),
+        m_from(from),
+        m_state(state),
+        m_index(index),
+        m_shift(shift),
         m_reader(true) {}
 
   // `path` "-" reads standard input. False with the OS reason.

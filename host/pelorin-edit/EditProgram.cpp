@@ -46,9 +46,9 @@ struct Outcome {
 };
 
 int ExitStatus(const Outcome& outcome) {
-  return PelorinTools::ExitStatus::Of(outcome.writeError, outcome.unusable, StopSignals::Caught(),
-                                      outcome.endedEarly ? EditProgram::kEndedEarly
-                                                         : EditProgram::kWritten);
+  return PelorinTools::ExitStatus::Of(
+      outcome.writeError, outcome.unusable, StopSignals::Caught(),
+      outcome.endedEarly ? EditProgram::kEndedEarly : EditProgram::kWritten);
 }
 
 // The output file that is also input `file`, compared by device and inode.
@@ -77,8 +77,7 @@ class Editor {
     const std::string path = packing ? m_pack.EventsPath() : m_options.output;
     const std::string& target = packing ? m_options.pack : m_options.output;
     if (!m_output.Open(path, &reason)) {
-      m_err << kTool << "cannot write " << TerminalText::Escaped(target) << ": "
-            << reason << '\n';
+      m_err << kTool << "cannot write " << TerminalText::Escaped(target) << ": " << reason << '\n';
       outcome.unusable = true;
       return;
     }
@@ -97,8 +96,7 @@ class Editor {
     if (outcome.writeError == 0) outcome.writeError = m_dataFileError;
     if (outcome.writeError != 0 && !m_output.ToStandardOutput()) {
       if (reason.empty()) reason = std::strerror(outcome.writeError);
-      m_err << kTool << "error writing " << TerminalText::Escaped(target) << ": "
-            << reason << '\n';
+      m_err << kTool << "error writing " << TerminalText::Escaped(target) << ": " << reason << '\n';
     }
   }
 
@@ -115,8 +113,8 @@ class Editor {
     const size_t findings = m_pack.Check(&report);
     m_err << report;
     if (findings > 0 && !m_options.force) {
-      m_err << kTool << "the pack " << TerminalText::Escaped(m_options.pack) << " is refused: "
-            << findings << (findings == 1 ? " finding" : " findings")
+      m_err << kTool << "the pack " << TerminalText::Escaped(m_options.pack)
+            << " is refused: " << findings << (findings == 1 ? " finding" : " findings")
             << " above; nothing written (--force packs it anyway)\n";
       outcome.endedEarly = true;
       return;
@@ -140,7 +138,9 @@ class Editor {
 
   bool RefuseInputAsOutput() {
     struct stat output;
-    if (m_options.output.empty() || m_options.output == "-" || ::stat(m_options.output.c_str(), &output) != 0) return true;
+    if (m_options.output.empty() || m_options.output == "-" ||
+        ::stat(m_options.output.c_str(), &output) != 0)
+      return true;
     for (const std::string& file : m_options.files) {
       if (SameFile(output, file)) {
         m_err << kTool << "the output " << TerminalText::Escaped(m_options.output)
@@ -172,7 +172,8 @@ class Editor {
     EditInput* earliest = nullptr;
     for (size_t i = 0; i < m_inputs.size(); ++i) {
       if (!m_live[i]) continue;
-      if (earliest == nullptr || m_inputs[i]->Time() < earliest->Time()) earliest = m_inputs[i].get();
+      if (earliest == nullptr || m_inputs[i]->Time() < earliest->Time())
+        earliest = m_inputs[i].get();
     }
     return earliest;
   }
@@ -231,8 +232,8 @@ class Editor {
       const EditInput& input = *m_inputs[i];
       // A read that a stop signal broke off is no fault of the file.
       if (input.StopLine() == 0 || (input.ReadFailed() && StopSignals::Caught() != 0)) continue;
-      m_err << kTool << TerminalText::Escaped(m_options.files[i]) << ':' << input.StopLine()
-            << ": " << (input.ReadFailed() ? "cannot be read to its end: " : "playback ends here: ")
+      m_err << kTool << TerminalText::Escaped(m_options.files[i]) << ':' << input.StopLine() << ": "
+            << (input.ReadFailed() ? "cannot be read to its end: " : "playback ends here: ")
             << input.StopReason()
             << (input.ReadFailed() ? "; nothing written\n" : "; the lines after it are left out\n");
       outcome.unusable |= input.ReadFailed();

@@ -19,14 +19,22 @@ namespace {
 using PelorinTools::OptionParser;
 
 const OptionParser::Definition kOptions[] = {
-    {"--output", 'o', OptionParser::Kind::kValue},    {"--from", 0, OptionParser::Kind::kValue},
-    {"--until", 0, OptionParser::Kind::kValue},       {"--only", 0, OptionParser::Kind::kValue},
-    {"--skip", 0, OptionParser::Kind::kValue},        {"--no-state", 0, OptionParser::Kind::kFlag},
-    {"--shift", 0, OptionParser::Kind::kValue},       {"--start", 0, OptionParser::Kind::kValue},
-    {"--shift-input", 0, OptionParser::Kind::kValue}, {"--help", 'h', OptionParser::Kind::kFlag},
-    {"--version", 'V', OptionParser::Kind::kFlag},    {"--pack", 0, OptionParser::Kind::kValue},
-    {"--force", 0, OptionParser::Kind::kFlag},        {"--interactive", 0, OptionParser::Kind::kFlag},
-    {"--realtime", 0, OptionParser::Kind::kValue},    {"--batched", 0, OptionParser::Kind::kFlag},
+    {"--output", 'o', OptionParser::Kind::kValue},
+    {"--from", 0, OptionParser::Kind::kValue},
+    {"--until", 0, OptionParser::Kind::kValue},
+    {"--only", 0, OptionParser::Kind::kValue},
+    {"--skip", 0, OptionParser::Kind::kValue},
+    {"--no-state", 0, OptionParser::Kind::kFlag},
+    {"--shift", 0, OptionParser::Kind::kValue},
+    {"--start", 0, OptionParser::Kind::kValue},
+    {"--shift-input", 0, OptionParser::Kind::kValue},
+    {"--help", 'h', OptionParser::Kind::kFlag},
+    {"--version", 'V', OptionParser::Kind::kFlag},
+    {"--pack", 0, OptionParser::Kind::kValue},
+    {"--force", 0, OptionParser::Kind::kFlag},
+    {"--interactive", 0, OptionParser::Kind::kFlag},
+    {"--realtime", 0, OptionParser::Kind::kValue},
+    {"--batched", 0, OptionParser::Kind::kFlag},
     {"--autostart", 0, OptionParser::Kind::kFlag},
 };
 
@@ -84,7 +92,8 @@ bool SetValue(const std::string& name, const std::string& value, Options* option
   if (name == "--skip") return selection.SetSkip(value, error);
   if (name == "--shift") {
     options->hasShift = ParseSeconds(value, &options->shift);
-    if (!options->hasShift) *error = "--shift needs seconds, such as 3600 or -90.5, not '" + value + "'";
+    if (!options->hasShift)
+      *error = "--shift needs seconds, such as 3600 or -90.5, not '" + value + "'";
     return options->hasShift;
   }
   if (name == "--start") {
@@ -138,9 +147,9 @@ bool Options::ParseStart(const std::string& text, double* seconds) {
       !Quillan::ParseDecimal(rest, &second) || second < 0.0 || second >= 61.0) {
     return false;
   }
-  *seconds = static_cast<double>(DaysFromCivil(year, month, day) * 86400 + hour * 3600 +
-                                 minute * 60) +
-             second;
+  *seconds =
+      static_cast<double>(DaysFromCivil(year, month, day) * 86400 + hour * 3600 + minute * 60) +
+      second;
   return true;
 }
 
@@ -178,8 +187,9 @@ bool Options::Parse(const std::vector<std::string>& arguments, Options* options,
     return false;
   }
   if (options->output.empty() == options->pack.empty()) {
-    *error = options->pack.empty() ? "no output given: -o FILE, -o - for standard output, or --pack DIR"
-                                   : "-o and --pack both name the output; give one of them";
+    *error = options->pack.empty()
+                 ? "no output given: -o FILE, -o - for standard output, or --pack DIR"
+                 : "-o and --pack both name the output; give one of them";
     return false;
   }
   if (options->pack.empty() && (options->playGiven || options->autostart || options->force)) {
@@ -213,7 +223,8 @@ std::string Options::PackConfiguration() const {
       "eventsFile=/fs/sda0/quillan/events\n"
       "tpegsDir=/fs/sda0/quillan/\n";
   text += play == Play::kInteractive ? "interactive=true\n" : "interactive=false\n";
-  if (play != Play::kBatched) text += "playbackSpeed=" + PelorinTools::TimeText::Number(speed) + "\n";
+  if (play != Play::kBatched)
+    text += "playbackSpeed=" + PelorinTools::TimeText::Number(speed) + "\n";
   if (play == Play::kInteractive) text += autostart ? "autostart=true\n" : "autostart=false\n";
   return text;
 }

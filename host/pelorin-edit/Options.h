@@ -19,8 +19,8 @@ struct Options {
   bool state = true;                      // not --no-state
   bool hasShift = false;                  // --shift
   double shift = 0.0;
-  bool hasStart = false;  // --start
-  double start = 0.0;     // seconds since 1970 UTC
+  bool hasStart = false;            // --start
+  double start = 0.0;               // seconds since 1970 UTC
   std::vector<double> inputShifts;  // --shift-input, one per file
   std::string pack;                 // --pack: a head unit's storage folder; empty: none
   bool force = false;               // --force

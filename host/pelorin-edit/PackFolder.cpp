@@ -98,9 +98,10 @@ class RefusingFindings : public PelorinCheck::ReportWriter {
 }  // namespace
 
 void RemoveTree(const std::string& path) {
-  ::nftw(path.c_str(),
-         [](const char* entry, const struct stat*, int, struct FTW*) { return ::remove(entry); }, 16,
-         FTW_DEPTH | FTW_PHYS);
+  ::nftw(
+      path.c_str(),
+      [](const char* entry, const struct stat*, int, struct FTW*) { return ::remove(entry); }, 16,
+      FTW_DEPTH | FTW_PHYS);
 }
 
 PackFolder::~PackFolder() {
@@ -130,7 +131,12 @@ bool PackFolder::Begin(const std::string& folder, bool force, std::string* error
     return false;
   }
   m_temporary = buffer.data();
-  ::chmod(m_temporary.c_str(), 0777 & ~[] { const mode_t m = ::umask(0); ::umask(m); return m; }());
+  ::chmod(
+      m_temporary.c_str(), 0777 & ~[] {
+        const mode_t m = ::umask(0);
+        ::umask(m);
+        return m;
+      }());
   if (::mkdir((m_temporary + "/quillan").c_str(), 0777) != 0) {
     *error = "cannot make the pack folder " + folder + ": " + std::strerror(errno);
     return false;

@@ -78,34 +78,52 @@ TEST(EditProgramTest, WritesTheSelectedRecordsWithStateMergedAndMoved) {
        "140,5 $TSL serviceType=1 sd_SID=34 sd_LTN=1\n140,5 $TOT setNewSession\n"
        "140,5 $TOT setNewData:b.bin\n140,5 $TMC timeStamp=\"140\" LTN=1 SID=34 PID=2 tmcData=0B\n"
        "150 $TMC timeStamp=150 ltn=1\n",
-       0, ""},
-      {"--no-state, lines ended with LF", {kDrive}, {"--no-state", "--from", "@2", "--until", "106"},
-       "105 $TOT setNewSession\n106 $TOT getInventory\n", 0, ""},
+       0,
+       ""},
+      {"--no-state, lines ended with LF",
+       {kDrive},
+       {"--no-state", "--from", "@2", "--until", "106"},
+       "105 $TOT setNewSession\n106 $TOT getInventory\n",
+       0,
+       ""},
       {"tags that the selection leaves out are no state either",
-       {kDrive}, {"--from", "+30", "--only", "TMC"},
+       {kDrive},
+       {"--from", "+30", "--only", "TMC"},
        "140,5 $TMC timeStamp=\"140\" LTN=1 SID=34 PID=2 tmcData=0B\n150 $TMC timeStamp=150 ltn=1\n",
-       0, ""},
+       0,
+       ""},
       {"merged by time, the first input first at equal times, the second moved before",
        {"10 $TMC a=1\n20 $TMC b=2\n", "5 $XYZ c\n15 $XYZ d\n"},
        {"--shift-input", "2=5"},
-       "10 $TMC a=1\n10 $XYZ c\n20 $TMC b=2\n20 $XYZ d\n", 0, ""},
+       "10 $TMC a=1\n10 $XYZ c\n20 $TMC b=2\n20 $XYZ d\n",
+       0,
+       ""},
       {"the state of merged inputs is the last in merged order",
        {"10 $TSL sd_SID=1\n30 $TMC timeStamp=30\n", "20 $TSL sd_SID=2\n40 $TMC timeStamp=40\n"},
        {"--from", "25"},
-       "30 $TSL sd_SID=2\n30 $TMC timeStamp=30\n40 $TMC timeStamp=40\n", 0, ""},
+       "30 $TSL sd_SID=2\n30 $TMC timeStamp=30\n40 $TMC timeStamp=40\n",
+       0,
+       ""},
       {"--shift moves times and TMC time stamps, each with its own decimals and mark; a "
        "payload that playback refuses keeps its bytes",
-       {kDrive}, {"--shift", "-1.25", "--from", "@6", "--no-state"},
+       {kDrive},
+       {"--shift", "-1.25", "--from", "@6", "--no-state"},
        "119.00 $TMC timeStamp=119 LTN=1 SID=34 PID=1 tmcData=0A\n129 $TOT setNewData:b.bin\n"
        "139,2 $TMC timeStamp=\"139\" LTN=1 SID=34 PID=2 tmcData=0B\n149 $TMC timeStamp=150 ltn=1\n",
-       0, ""},
+       0,
+       ""},
       {"--start puts the first record written, state included, at a UTC time",
        {"1416131400 $TSL sd_SID=1\n1416131460.5 $TMC timeStamp=1416131460\n"},
        {"--from", "@2", "--start", "2014-11-16T09:52:00Z"},
-       "1416131520.0 $TSL sd_SID=1\n1416131520.0 $TMC timeStamp=1416131520\n", 0, ""},
+       "1416131520.0 $TSL sd_SID=1\n1416131520.0 $TMC timeStamp=1416131520\n",
+       0,
+       ""},
       {"a line that playback rejects ends the input there",
-       {"1 $TMC a=1\n2  $TMC\n3 $TMC b=2\n", "2 $TSL x=1\n"}, {},
-       "1 $TMC a=1\n2 $TSL x=1\n", 1, "in1:2: playback ends here: "},
+       {"1 $TMC a=1\n2  $TMC\n3 $TMC b=2\n", "2 $TSL x=1\n"},
+       {},
+       "1 $TMC a=1\n2 $TSL x=1\n",
+       1,
+       "in1:2: playback ends here: "},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.name);
@@ -128,11 +146,16 @@ TEST(EditProgramTest, NumbersKeepTheirPrecision) {
     double seconds;
     const char* moved;  // null: not a plain decimal
   } cases[] = {
-      {"1416131460.25", 1.5, "1416131461.75"}, {"1416131461,5", -0.25, "1416131461,2"},
-      {"120", 0.4, "120"},                     {"120", 0.6, "121"},
-      {"0.05", -0.1, "-0.05"},                 {"-3", 5, "2"},
-      {"1e3", 1, nullptr},                     {"12.", 1, nullptr},
-      {"abc", 1, nullptr},                     {"1.0000000001", 1, nullptr},
+      {"1416131460.25", 1.5, "1416131461.75"},
+      {"1416131461,5", -0.25, "1416131461,2"},
+      {"120", 0.4, "120"},
+      {"120", 0.6, "121"},
+      {"0.05", -0.1, "-0.05"},
+      {"-3", 5, "2"},
+      {"1e3", 1, nullptr},
+      {"12.", 1, nullptr},
+      {"abc", 1, nullptr},
+      {"1.0000000001", 1, nullptr},
   };
   for (const auto& c : cases) {
     std::string moved;
@@ -175,7 +198,8 @@ TEST(EditProgramTest, RefusesAndWritesNothing) {
 TEST(EditProgramTest, AFailedWriteLeavesTheOutputAsItWas) {
   TestFolder dir;
   std::string many;
-  for (int i = 1; i <= 2000; ++i) many += std::to_string(i) + " $TMC timeStamp=" + std::to_string(i) + "\n";
+  for (int i = 1; i <= 2000; ++i)
+    many += std::to_string(i) + " $TMC timeStamp=" + std::to_string(i) + "\n";
   dir.Write("in", many);
   dir.Write("out", "kept\n");
   // Files may grow to 4 KiB: writing the output fails with EFBIG.
@@ -223,14 +247,16 @@ TEST(EditProgramTest, PacksAHeadUnitFolderOrLeavesNothing) {
             "# Written by pelorin-edit.\neventsFile=/fs/sda0/quillan/events\n"
             "tpegsDir=/fs/sda0/quillan/\ninteractive=false\nplaybackSpeed=2\n");
   EXPECT_EQ(ReadFile(pack + "/quillan/b.bin"), "TPEG b");
-  EXPECT_THAT(Names(pack + "/quillan"), ::testing::UnorderedElementsAre("events", "Pelorin.cfg", "b.bin"));
+  EXPECT_THAT(Names(pack + "/quillan"),
+              ::testing::UnorderedElementsAre("events", "Pelorin.cfg", "b.bin"));
 
   // A pack folder that holds anything is replaced only when forced.
   EXPECT_EQ(Edit({"--pack", pack, "--batched", drive}, &err), 2);
   EXPECT_THAT(err, HasSubstr("is not empty (--force replaces it)"));
   EXPECT_EQ(Edit({"--pack", pack, "--force", "--autostart", "--until", "@5", drive}, &err), 0);
   EXPECT_THAT(ReadFile(pack + "/quillan/Pelorin.cfg"), HasSubstr("autostart=true\n"));
-  EXPECT_THAT(Names(pack + "/quillan"), ::testing::UnorderedElementsAre("events", "Pelorin.cfg", "a.bin"));
+  EXPECT_THAT(Names(pack + "/quillan"),
+              ::testing::UnorderedElementsAre("events", "Pelorin.cfg", "a.bin"));
   EXPECT_THAT(Names(dir.Path()), ::testing::UnorderedElementsAre("rec", "usb"));
 }
 
