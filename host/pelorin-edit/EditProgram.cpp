@@ -214,7 +214,7 @@ class Editor {
     const PelorinRecording::RecordingReader& reader = input.Reader();
     const double shift = input.Shift() + m_shift;
     const std::string& line = reader.Shape().head;
-    AddDataFile(input.Index(), DataFile(reader.Record()));
+    if (!m_options.pack.empty()) AddDataFile(input.Index(), DataFile(reader.Record()));
     if (shift == 0.0) {
       m_output.Stream() << line << '\n';
       return;
