@@ -294,7 +294,7 @@ std::string Options::HelpText() {
              "an unusable option or value, an EVENTS file\n"
              "       that is missing, a directory or unreadable, an OUTPUT that is an\n"
              "       input or cannot be written in its folder (nothing is written)") +
-         "Writing OUTPUT failing (full disk) also gives 4, and leaves no OUTPUT.\n"
+         "Writing OUTPUT failing (full disk) also gives 4 and leaves OUTPUT as it was.\n"
          "\n"
          "Examples:\n"
          "  pelorin-edit --from +3600 --until +3720 -o incident.txt drive.txt\n"
