@@ -93,6 +93,7 @@ bool PayloadProducer::ReadPair(const std::string& payload, size_t& pos, Pair& pa
     const size_t quote = pos++;
     if (pos == size) return Fail(error, ParseFailure::kQuoteAtEnd, quote, KeyOf(payload, pair));
     valueOffset = pos;
+    pair.valueOffset = pos;
     const void* closingAt = std::memchr(text + pos, '"', size - pos);
     const size_t end = closingAt != nullptr
                            ? static_cast<size_t>(static_cast<const char*>(closingAt) - text)
@@ -100,6 +101,7 @@ bool PayloadProducer::ReadPair(const std::string& payload, size_t& pos, Pair& pa
     SetValue(pair.value, text + pos, end - pos);
     pos = closingAt != nullptr ? end + 1 : end;
   } else {
+    pair.valueOffset = pos;
     const size_t end = FindEither(text, pos, size, ' ', ';');
     SetValue(pair.value, text + pos, end - pos);
     pos = end;

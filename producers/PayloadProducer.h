@@ -76,6 +76,11 @@ class PayloadProducer {
   // Short English description of a failure kind, for diagnostics.
   static const char* FailureText(ParseFailure kind);
 
+ protected:
+  // While SetField runs: where the value it is given stands in the payload
+  // (after an opening quote), for tools that rewrite values in place.
+  size_t StoringValueOffset() const { return m_pair.valueOffset; }
+
  private:
   // One key=value pair as read from the payload; the key is left where it
   // stands in the payload.
@@ -83,6 +88,7 @@ class PayloadProducer {
     size_t keyOffset = 0;
     size_t keyLength = 0;
     std::string value;
+    size_t valueOffset = 0;
     bool startsItem = false;  // its separator was ";"
   };
 
