@@ -73,13 +73,17 @@ bool ControlSocket::Open(const std::string& path, std::string* error) {
   }
   m_listenFd = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
   const sockaddr* generic = reinterpret_cast<const sockaddr*>(&address);
+  // Linux makes the socket file with the socket's own mode: the user's
+  // only from the moment it exists. The chmod below covers other systems.
+  if (m_listenFd >= 0) ::fchmod(m_listenFd, 0600);
   if (m_listenFd < 0 || ::bind(m_listenFd, generic, sizeof(address)) != 0) {
     *error = name + ": " + std::strerror(errno);
     Close(m_listenFd);
     return false;
   }
   m_path = path;
-  // Nobody can connect before listen: the mode is the user's only by then.
+  // Nobody can connect before listen: the mode is the user's only by then
+  // wherever the file was made with another.
   if (::chmod(path.c_str(), 0600) != 0 || ::listen(m_listenFd, 8) != 0 ||
       !m_wake.Open()) {
     *error = name + ": " + std::strerror(errno);

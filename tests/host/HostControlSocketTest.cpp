@@ -11,6 +11,7 @@
 
 #include <cstring>
 #include <fstream>
+#include <memory>
 #include <sstream>
 #include <string>
 
@@ -122,30 +123,35 @@ TEST(HostControlSocket, TwoClientsOneGoesAwayMidRun) {
   ToolProcess host;
   ASSERT_TRUE(
       host.Start(PELORIN_HOST_PROGRAM, {"--json", "--paused", "--control-socket", path, events}));
+  // The socket file is the user's only from the moment it exists; it takes
+  // connections once the host listens, a moment later.
   struct stat info {};
   ASSERT_TRUE(pelorin_test::WaitUntil([&] { return lstat(path.c_str(), &info) == 0; }));
   EXPECT_TRUE(S_ISSOCK(info.st_mode));
   EXPECT_EQ(info.st_mode & 0777, 0600u);
-
-  Client first(path);
+  std::unique_ptr<Client> first;
+  ASSERT_TRUE(pelorin_test::WaitUntil([&] {
+    first.reset(new Client(path));
+    return first->Connected();
+  }));
   Client second(path);
-  ASSERT_TRUE(first.Connected() && second.Connected());
-  EXPECT_EQ(first.Ask(R"({"command": "speed", "value": "2x"})"), R"({"ok":true})");
+  ASSERT_TRUE(second.Connected());
+  EXPECT_EQ(first->Ask(R"({"command": "speed", "value": "2x"})"), R"({"ok":true})");
   EXPECT_EQ(second.Ask("not json"), R"({"ok":false,"error":"not a JSON object with \"command\""})");
   second.Send(R"({"command": "status"})"
               "\n");
   second.Close();
-  EXPECT_EQ(first.Ask(R"({"command": "start"})"), R"({"ok":true})");
+  EXPECT_EQ(first->Ask(R"({"command": "start"})"), R"({"ok":true})");
   ASSERT_TRUE(host.WaitForItem("tmc", ScaledMs(5000)));
   // The status answered is the one the host last published, a moment later.
   // The last record lies an hour ahead, so the run is still playing however
   // slow the machine; a faster speed then brings it in.
   std::string status;
   EXPECT_TRUE(pelorin_test::WaitUntil([&] {
-    status = first.Ask(R"({"command": "status"})");
+    status = first->Ask(R"({"command": "status"})");
     return status.find(R"("speed":"2x","state":"playing")") != std::string::npos;
   })) << status;
-  EXPECT_EQ(first.Ask(R"({"command": "speed", "value": "100000x"})"), R"({"ok":true})");
+  EXPECT_EQ(first->Ask(R"({"command": "speed", "value": "100000x"})"), R"({"ok":true})");
   ASSERT_TRUE(host.WaitForItem("finished", ScaledMs(5000)));
   EXPECT_EQ(host.Wait(ScaledMs(10000)), 0) << host.Stderr();
   EXPECT_EQ(host.ItemsOfType("tmc").size(), 3u);
