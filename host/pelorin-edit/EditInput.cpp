@@ -39,9 +39,8 @@ bool EditInput::Next() {
       m_firstTime = record.time;
     }
     if (m_selection.Accepts(line, record.time, m_firstTime, record.tag)) return true;
-    if (m_state != nullptr && m_from.kind != PelorinRecording::SelectionBound::kNone &&
-        m_selection.PlaysTag(record.tag) &&
-        !PelorinRecording::Selection::Reached(m_from, line, record.time, m_firstTime)) {
+    if (m_state != nullptr && m_selection.PlaysTag(record.tag) &&
+        m_selection.BeforeFrom(line, record.time, m_firstTime)) {
       m_state->Offer(m_reader, Time(), m_index);
     }
   }

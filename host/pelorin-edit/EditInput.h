@@ -12,22 +12,23 @@
 #include <cstdint>
 #include <string>
 
-#include "host/pelorin-edit/CutState.h"
+#include "host/recording/CutState.h"
 #include "host/recording/RecordingReader.h"
 #include "host/recording/Selection.h"
 
 namespace PelorinEdit {
 
+using PelorinRecording::CutState;
+using PelorinRecording::DataFile;
+using PelorinRecording::StateRecord;
+
 class EditInput {
  public:
-  // `from` is the selection's --from bound (kNone: no cut point, no state);
-  // `state` null when the state is not wanted; `shift` moves this input's
-  // records for the merge.
-  EditInput(const PelorinRecording::Selection& selection,
-            const PelorinRecording::SelectionBound& from, CutState* state, size_t index,
+  // `state` null when the state is not wanted (no --from, or --no-state);
+  // `shift` moves this input's records for the merge.
+  EditInput(const PelorinRecording::Selection& selection, CutState* state, size_t index,
             double shift)
       : m_selection(selection),
-        m_from(from),
         m_state(state),
         m_index(index),
         m_shift(shift),
@@ -57,7 +58,6 @@ class EditInput {
 
  private:
   const PelorinRecording::Selection& m_selection;
-  const PelorinRecording::SelectionBound m_from;
   CutState* m_state;
   const size_t m_index;
   const double m_shift;

@@ -13,7 +13,7 @@
 #include "host/common/StopSignals.h"
 #include "host/common/TerminalText.h"
 #include "host/pelorin-edit/AtomicOutput.h"
-#include "host/pelorin-edit/CutState.h"
+#include "host/recording/CutState.h"
 #include "host/pelorin-edit/EditInput.h"
 #include "host/pelorin-edit/Options.h"
 #include "host/pelorin-edit/PackFolder.h"
@@ -153,7 +153,7 @@ class Editor {
 
   bool OpenInputs() {
     for (size_t i = 0; i < m_options.files.size(); ++i) {
-      m_inputs.push_back(std::make_unique<EditInput>(m_options.selection, m_options.from,
+      m_inputs.push_back(std::make_unique<EditInput>(m_options.selection,
                                                      m_options.state ? &m_state : nullptr, i,
                                                      m_options.inputShifts[i]));
       std::string reason;

@@ -84,8 +84,7 @@ bool SetValue(const std::string& name, const std::string& value, Options* option
     return !value.empty();
   }
   if (name == "--from") {
-    return selection.SetFrom(value, error) &&
-           PelorinRecording::Selection::ParseBound("--from", value, &options->from, error);
+    return selection.SetFrom(value, error);
   }
   if (name == "--until") return selection.SetUntil(value, error);
   if (name == "--only") return selection.SetOnly(value, error);

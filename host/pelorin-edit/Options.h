@@ -15,7 +15,6 @@ struct Options {
   std::vector<std::string> files;  // recordings, in the order given
   std::string output;              // -o; "-" for standard output
   PelorinRecording::Selection selection;
-  PelorinRecording::SelectionBound from;  // --from, for the cut's state
   bool state = true;                      // not --no-state
   bool hasShift = false;                  // --shift
   double shift = 0.0;

@@ -25,14 +25,14 @@ bool ItemOrigins::Pass() {
   }
   if (!m_passStarted) {
     m_passStarted = true;
-    m_passFirst = m_record->time;
+    m_passFirst = m_record->played;
     m_gaps.Restart();
   }
-  m_tally.skippedSeconds += static_cast<double>(m_gaps.Next(m_record->time)) / 1000.0;
-  m_passLast = m_record->time;
+  m_tally.skippedSeconds += static_cast<double>(m_gaps.Next(m_record->played)) / 1000.0;
+  m_passLast = m_record->played;
   m_tally.Count(m_record->tag, m_record->yield.known, m_record->yield.Yields());
   m_line.store(static_cast<uint32_t>(m_record->line), std::memory_order_relaxed);
-  m_clock.store(WholeSeconds(m_record->time), std::memory_order_relaxed);
+  m_clock.store(WholeSeconds(m_record->played), std::memory_order_relaxed);
   return true;
 }
 
@@ -50,7 +50,8 @@ bool ItemOrigins::Find(ItemKind kind, ItemOrigin* origin) {
   }
   origin->line = m_record->line;
   origin->recordTime = m_record->timeText;
-  origin->seconds = m_record->time;
+  origin->seconds = m_record->played;
+  origin->state = m_record->state;
   origin->pass = m_pass;
   return true;
 }

@@ -35,7 +35,8 @@ using PelorinRecording::Selection;
 struct ItemOrigin {
   uint64_t line = 0;
   std::string_view recordTime;  // a JSON number, valid until the next Find
-  double seconds = 0.0;         // the record time as the module reads it
+  double seconds = 0.0;         // the time the module plays the record at
+  bool state = false;           // a record of the state at --from
   uint32_t pass = 1;
   uint64_t micros = 0;          // HostClock::Micros() when the item was located
 };

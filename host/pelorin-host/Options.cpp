@@ -58,6 +58,7 @@ const OptionParser::Definition kOptions[] = {
     {"--loop", 0, OptionParser::Kind::kOptionalValue, &LooksLikeCount},
     {"--quiet", 0, kFlag},          {"--progress", 0, kFlag},     {"--expect", 0, kValue},
     {"--max-gap", 0, kValue},       {"--pause-at", 0, kValue},    {"--control-socket", 0, kValue},
+    {"--no-state", 0, kFlag},
 };
 
 bool ApplyLoop(Options* options, bool given, const std::string& value, std::string* error) {
@@ -176,6 +177,7 @@ bool ApplyFlag(Options* options, const std::string& name, std::string* error) {
   if (name == "--tpeg-offline") options->tpegOffline = true;
   if (name == "--json") options->json = true;
   if (name == "--quiet") options->quiet = true;
+  if (name == "--no-state") options->selection.SetState(false);
   if (name == "--progress") options->progress = true;
   if (name == "--help") options->help = true;
   if (name == "--version") options->version = true;
@@ -329,6 +331,10 @@ Part of a recording (EVENTS only; lines keep their numbers in the output):
   --only TAGS       play only these tags, separated by commas (TMC,TOT or
                     $TMC,$TOT)
   --skip TAGS       play all but these tags
+  --no-state        with --from, play no state: by default playback begins
+                    with the head unit's state at T, the last $TSL and the
+                    last of each $TOT call that sets the service's state
+                    before T, at once; their items carry "state": true
   --loop [N]        play the selection N times, or until stopped without N;
                     items then carry the pass (1, 2, ...)
   --max-gap SECONDS play every gap between two records that is longer than

@@ -37,11 +37,11 @@ class PrivateEvents::Writer {
     *count = 0;
     m_gaps.Restart();
     while (records.Next(&record)) {
-      m_gaps.Next(record.time);
-      if (m_gaps.SkippedMs() > 0 && record.text.size() > record.timeText.size() &&
-          record.text[0] != '\r') {
-        m_moved = m_gaps.Played(record.time);
-        m_moved += record.text.substr(record.timeText.size());
+      m_gaps.Next(record.played);
+      const size_t blank = record.text.find(' ');
+      if (m_gaps.SkippedMs() > 0 && blank != std::string_view::npos && record.text[0] != '\r') {
+        m_moved = m_gaps.Played(record.played);
+        m_moved += record.text.substr(blank);
         Line(m_moved);
       } else {
         Line(record.text);

@@ -250,6 +250,10 @@ void Reporter::OriginFields(JsonWriter& json, const ItemOrigin& origin) const {
   json.Uint(origin.line);
   json.Key("recordTime");
   json.Number(origin.recordTime);
+  if (origin.state) {
+    json.Key("state");
+    json.Bool(true);
+  }
   if (m_showPass) {
     json.Key("pass");
     json.Uint(origin.pass);
@@ -258,6 +262,7 @@ void Reporter::OriginFields(JsonWriter& json, const ItemOrigin& origin) const {
 
 void Reporter::OriginFields(std::string& line, const ItemOrigin& origin) const {
   AppendField(line, "line", origin.line);
+  if (origin.state) line += " state";
   if (m_showPass) AppendField(line, "pass", origin.pass);
 }
 

@@ -1,7 +1,10 @@
 #pragma once
 // SelectedRecords: the records of a recording that a Selection plays, in
 // file order, each with its original line number and what it will yield,
-// read by the tools' RecordingReader. A pass ends at the end of the file or
+// read by the tools' RecordingReader. A cut at --from that carries the
+// state begins with the state records (CutState), each with its own line
+// and record time but played at the cut's first record's time, so that it
+// plays at once; its text then holds that time. A pass ends at the end of the file or
 // at the first line the module rejects (playback ends there). The same walk
 // is made to write the private events file and to follow what the module
 // played, so both agree on every record. Constant memory in the file's
@@ -11,22 +14,24 @@
 #include <string>
 #include <string_view>
 
-#include "host/recording/Selection.h"
+#include <vector>
+
+#include "host/recording/CutState.h"
 #include "host/recording/RecordingReader.h"
+#include "host/recording/Selection.h"
 
 namespace PelorinRecording {
 
-
-
-
 struct SelectedRecord {
   uint64_t line = 0;
-  std::string_view text;  // the line as in the file, without its line end,
-                          // when kept; valid until the next record is read
-  std::string timeText;   // the bytes before the first blank
+  std::string_view text;  // the line as played, without its line end, when
+                          // kept; valid until the next record is read
+  std::string timeText;   // the bytes before the first blank, as recorded
   std::string tag;
-  double time = 0.0;  // as the module reads it; 0 when not a number
-  RecordYield yield;  // when asked for
+  double time = 0.0;    // as the module reads it; 0 when not a number
+  double played = 0.0;  // the time it plays at: `time`, or the cut's
+  RecordYield yield;    // when asked for (always for the state)
+  bool state = false;   // a record of the head unit's state at the cut
 };
 
 class SelectedRecords {
@@ -45,12 +50,27 @@ class SelectedRecords {
   double FirstTime() const { return m_firstTime; }
 
  private:
+  // The next record the selection takes; false at the end of the pass.
+  bool NextSelected(SelectedRecord* record);
+  // Holds the cut's first record back and gives the first state record.
+  void BeginState(SelectedRecord* record);
+  void GiveState(SelectedRecord* record);
+
   const Selection& m_selection;
   const Keep m_keep;
-  PelorinRecording::RecordingReader m_reader;
+  RecordingReader m_reader;
   bool m_ended = false;
   bool m_firstKnown = false;
   double m_firstTime = 0.0;
+  // The state at the cut, while its records and the held record go out.
+  CutState m_state;
+  bool m_cutReached = false;
+  std::vector<StateRecord> m_stateRecords;
+  size_t m_stateAt = 0;
+  SelectedRecord m_held;
+  std::string m_heldText;
+  bool m_holding = false;
+  std::string m_stateText;
 };
 
 }  // namespace PelorinRecording

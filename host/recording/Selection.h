@@ -41,6 +41,15 @@ class Selection {
   // Whether the record of `line` at `time` lies at or after `bound`; `first`
   // as for Accepts.
   static bool Reached(const SelectionBound& bound, uint64_t line, double time, double first);
+  // Whether the record of `line` at `time` lies before --from (never
+  // without it); `first` as for Accepts.
+  bool BeforeFrom(uint64_t line, double time, double first) const {
+    return m_from.kind != SelectionBound::kNone && !Reached(m_from, line, time, first);
+  }
+  // Whether a cut at --from begins with the head unit's state there
+  // (CutState); --no-state turns it off.
+  void SetState(bool state) { m_state = state; }
+  bool CarriesState() const { return m_state && m_from.kind != SelectionBound::kNone; }
   // Whether records of `tag` (with the "$") are played at all.
   bool PlaysTag(std::string_view tag) const;
   // No record after `line` can be played.
@@ -54,6 +63,7 @@ class Selection {
   SelectionBound m_until;
   std::vector<std::string> m_only;  // with the "$"
   std::vector<std::string> m_skip;
+  bool m_state = true;
 };
 
 }  // namespace PelorinRecording

@@ -1,4 +1,4 @@
-#include "host/pelorin-edit/CutState.h"
+#include "host/recording/CutState.h"
 
 #include <algorithm>
 #include <cstring>
@@ -6,7 +6,7 @@
 
 #include "producers/TotCall.h"
 
-namespace PelorinEdit {
+namespace PelorinRecording {
 namespace {
 
 bool IsQuery(const std::string& method) {
@@ -34,9 +34,11 @@ size_t CutState::SlotOf(const Quillan::Record& record) {
   return 1 + Quillan::TotCall::FindMethod(call.method);
 }
 
-void CutState::Offer(PelorinRecording::RecordingReader& reader, double time, size_t input) {
+void CutState::Offer(RecordingReader& reader, double time, size_t input) {
   const size_t slot = SlotOf(reader.Record());
-  if (slot >= kSlots || !reader.Yield().Yields()) return;
+  if (slot >= kSlots) return;
+  const RecordYield yield = reader.Yield();
+  if (!yield.Yields()) return;
   StateRecord record;
   record.time = time;
   record.input = input;
@@ -46,6 +48,8 @@ void CutState::Offer(PelorinRecording::RecordingReader& reader, double time, siz
   const StateRecord& held = m_records[slot];
   if (m_set[slot] && held.input != input && Before(record, held)) return;
   record.text = reader.Shape().head;
+  record.tag = reader.Record().tag;
+  record.yield = yield;
   record.timeTextLength = reader.TimeText().size();
   record.dataFile = DataFile(reader.Record());
   m_records[slot] = std::move(record);
@@ -61,4 +65,4 @@ std::vector<StateRecord> CutState::Records() const {
   return records;
 }
 
-}  // namespace PelorinEdit
+}  // namespace PelorinRecording

@@ -8,7 +8,9 @@
 // answers were consumed by the calls that waited for them. Only records
 // that playback turns into an item count. Records are offered in each
 // input's order; with several inputs the last in merged order (time, then
-// input, then line) wins. Holds at most one line per kind.
+// input, then line) wins. Holds at most one line per kind. Shared by
+// pelorin-edit's cuts and pelorin-host's --from (SelectedRecords); one
+// thread.
 
 #include <cstddef>
 #include <cstdint>
@@ -18,7 +20,7 @@
 #include "host/recording/RecordingReader.h"
 #include "producers/TotCall.h"
 
-namespace PelorinEdit {
+namespace PelorinRecording {
 
 struct StateRecord {
   double time = 0.0;  // the record time, as moved for the merge
@@ -26,6 +28,8 @@ struct StateRecord {
   uint64_t line = 0;
   std::string text;  // the line as read, without its line end
   size_t timeTextLength = 0;
+  std::string tag;
+  RecordYield yield;
   std::string dataFile;  // the file a setNewData names; empty for others
 };
 
@@ -36,7 +40,7 @@ std::string DataFile(const Quillan::Record& record);
 class CutState {
  public:
   // Takes the record that `reader` last read, when it is one of the state.
-  void Offer(PelorinRecording::RecordingReader& reader, double time, size_t input);
+  void Offer(RecordingReader& reader, double time, size_t input);
   // The records of the state, in merged order.
   std::vector<StateRecord> Records() const;
 
@@ -49,4 +53,4 @@ class CutState {
   StateRecord m_records[kSlots];
 };
 
-}  // namespace PelorinEdit
+}  // namespace PelorinRecording
