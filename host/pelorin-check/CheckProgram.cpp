@@ -1,5 +1,7 @@
 #include "host/pelorin-check/CheckProgram.h"
 
+#include <unistd.h>
+
 #include <cerrno>
 #include <cstring>
 #include <fstream>
@@ -8,6 +10,7 @@
 #include "host/common/ExitStatus.h"
 #include "host/common/OptionParser.h"
 #include "host/common/StopSignals.h"
+#include "host/recording/RecordingReader.h"
 #include "host/common/TerminalText.h"
 #include "host/pelorin-check/Checker.h"
 #include "host/pelorin-check/JsonReportWriter.h"
@@ -18,6 +21,12 @@
 #include "host/pelorin-check/TpegDirectory.h"
 
 namespace PelorinCheck {
+
+void CheckProgram::OnStopSignal(int number) {
+  if (PelorinRecording::RecordingReader::Reading().load()) {
+    ::_exit(PelorinTools::ExitStatus::kSignalBase + number);
+  }
+}
 namespace {
 
 using PelorinTools::StopSignals;

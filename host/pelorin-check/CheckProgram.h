@@ -25,6 +25,10 @@ class CheckProgram {
   // `arguments` without the program name.
   static int Run(const std::vector<std::string>& arguments, PelorinTools::FileOutput& out,
                  std::ostream& err);
+  // A stop signal that finds the check waiting for input (a pipe) ends the
+  // run at once with 128 + its number; otherwise the check stops between
+  // records. For StopSignals::Install; async-signal-safe.
+  static void OnStopSignal(int number);
 };
 
 }  // namespace PelorinCheck

@@ -13,7 +13,7 @@
 
 int main(int argc, char** argv) {
   std::ios::sync_with_stdio(false);
-  PelorinTools::StopSignals::Install();
+  PelorinTools::StopSignals::Install(&PelorinCheck::CheckProgram::OnStopSignal);
   const std::vector<std::string> arguments(argv + (argc > 0 ? 1 : 0), argv + argc);
   PelorinTools::FileOutput out(STDOUT_FILENO);
   const int status = PelorinCheck::CheckProgram::Run(arguments, out, std::cerr);

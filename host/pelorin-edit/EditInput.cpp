@@ -9,18 +9,11 @@ bool EditInput::Open(const std::string& path, std::string* reason) {
   return m_reader.Open(path == "-" ? "/dev/stdin" : path, reason);
 }
 
-std::atomic<bool>& EditInput::Reading() {
-  static std::atomic<bool> reading(false);
-  return reading;
-}
-
 bool EditInput::Next() {
   using Quillan::ReadStatus;
   while (!m_ended) {
     errno = 0;
-    Reading().store(true);
     const ReadStatus status = m_reader.Next();
-    Reading().store(false);
     if (status == ReadStatus::kMalformedLine) {
       m_stopLine = m_reader.Number();
       m_stopReason = m_reader.Shape().StopReason();

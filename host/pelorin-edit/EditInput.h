@@ -7,7 +7,6 @@
 // line the module rejects (Stopped() then says where and why). Holds one
 // record; constant memory in the file's size.
 
-#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -51,10 +50,6 @@ class EditInput {
   // Whether the file could not be read to its end (read error).
   bool ReadFailed() const { return m_readFailed; }
 
-  // True while some input waits in a read, which the module's file reader
-  // resumes after a signal: a stop signal must end the run from its handler
-  // then. Lock-free, for the handler.
-  static std::atomic<bool>& Reading();
 
  private:
   const PelorinRecording::Selection& m_selection;

@@ -257,7 +257,7 @@ class Editor {
 }  // namespace
 
 void EditProgram::OnStopSignal(int number) {
-  if (!EditInput::Reading().load()) return;
+  if (!PelorinRecording::RecordingReader::Reading().load()) return;
   if (g_temporary[0] != '\0') ::unlink(g_temporary);
   ::_exit(PelorinTools::ExitStatus::kSignalBase + number);
 }

@@ -6,6 +6,8 @@
 
 namespace PelorinRecording {
 
+std::atomic<bool> RecordingReader::s_reading(false);
+
 bool RecordingReader::Open(const std::string& path, std::string* reason) {
   if (!m_local.Open(path, reason)) return false;
   m_file.reset(new Quillan::InputFile(m_local.ModulePath(), 0));
@@ -37,7 +39,9 @@ void RecordingReader::Restart() {
 Quillan::ReadStatus RecordingReader::Next() {
   if (!m_reader) return Quillan::ReadStatus::kReadError;
   m_tap->BeginLine();
+  s_reading.store(true);
   const Quillan::ReadStatus status = m_reader->ReadRecord(m_record);
+  s_reading.store(false);
   if (status != Quillan::ReadStatus::kEndOfInput) ++m_number;
   return status;
 }

@@ -7,6 +7,7 @@
 // What a record yields is asked of RecordYields. Owns the file; one thread
 // at a time. Constant memory in the file's size.
 
+#include <atomic>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -52,6 +53,12 @@ class RecordingReader {
   // Bytes handed to the record reader so far.
   uint64_t Offset() const { return m_tap->Offset(); }
 
+  // True while a reader of this process waits in Next. The module's file
+  // reader resumes a read that a signal interrupts, so a tool that reads a
+  // pipe ends itself from its stop signal's handler while this holds.
+  // Lock-free, for signal handlers.
+  static const std::atomic<bool>& Reading() { return s_reading; }
+
  private:
   // A fresh tap and reader at the file's position.
   void Restart();
@@ -64,6 +71,7 @@ class RecordingReader {
   RecordYields m_yields;
   Quillan::Record m_record;
   uint64_t m_number = 0;
+  static std::atomic<bool> s_reading;
 };
 
 }  // namespace PelorinRecording

@@ -66,7 +66,9 @@ TEST(ProgramTest, StopSignalsEndTheRunWith128PlusTheirNumber) {
   for (const int number : {SIGINT, SIGTERM, SIGHUP, SIGQUIT}) {
     pelorin_tool_test::ToolProcess process;
     ASSERT_TRUE(process.Start(PELORIN_CHECK_PROGRAM, {"-"}));
-    process.WriteInput("1 $TMC\n");  // then it waits for more
+    process.WriteInput("1 $TMC\n");  // then it waits for more, in a read that
+    // the module's reader resumes after a signal: the handler ends the run.
+    usleep(static_cast<useconds_t>(pelorin_tool_test::ScaledMs(300)) * 1000);
     process.Signal(number);
     EXPECT_EQ(process.Wait(pelorin_tool_test::ScaledMs(10000)), 128 + number);
   }
