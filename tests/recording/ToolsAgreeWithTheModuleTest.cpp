@@ -59,9 +59,18 @@ const Shape kShapes[] = {
     {"$tmc", "PID=%", Yield::kNothing},
 };
 
-// Whole lines where playback stops.
-const char* const kStops[] = {"", "1416131460", " 1416131460 $TMC PID=1",
-                              "1416131460  $TMC PID=1", "\x01\x02garbage"};
+// Whole lines where playback stops, and why (the start of the reason).
+const struct {
+  const char* line;
+  const char* reason;
+} kStops[] = {
+    {"", "empty line"},
+    {"1416131460", "no blank after the time stamp"},
+    {" 1416131460 $TMC PID=1", "empty time stamp (the line starts with a blank)"},
+    {"1416131460  $TMC PID=1", "empty tag (two blanks after the time stamp)"},
+    {"1416131460 ", "empty tag (nothing after the time stamp)"},
+    {"\x01\x02garbage", "binary data at byte "},
+};
 
 struct Written {
   Yield yield = Yield::kNothing;
@@ -72,6 +81,7 @@ struct Recording {
   std::string bytes;
   std::vector<Written> lines;  // by line number - 1
   uint64_t stopLine = 0;       // 0: plays to the end
+  std::string stopReason;
 };
 
 // The time stamp of line `index` and the value the module reads from it.
@@ -104,9 +114,13 @@ Recording Generate(uint32_t seed) {
   for (size_t i = 0; i < count; ++i) {
     Written written;
     if (random() % 12 == 0) {
-      lines.push_back(kStops[random() % (sizeof(kStops) / sizeof(kStops[0]))]);
+      const auto& stop = kStops[random() % (sizeof(kStops) / sizeof(kStops[0]))];
+      lines.push_back(stop.line);
       written.yield = Yield::kStop;
-      if (recording.stopLine == 0) recording.stopLine = i + 1;
+      if (recording.stopLine == 0) {
+        recording.stopLine = i + 1;
+        recording.stopReason = stop.reason;
+      }
     } else {
       const Shape& shape = kShapes[random() % (sizeof(kShapes) / sizeof(kShapes[0]))];
       std::string payload = shape.payload;
@@ -228,6 +242,10 @@ void ExpectHostAgrees(const Recording& recording, const std::string& path, uint3
   ASSERT_EQ(finished.size(), 1u) << "seed " << seed;
   EXPECT_EQ(finished[0].json["stopLine"].number, static_cast<double>(recording.stopLine))
       << "seed " << seed;
+  EXPECT_EQ(finished[0].json["reason"].string.compare(0, recording.stopReason.size(),
+                                                      recording.stopReason),
+            0)
+      << "seed " << seed << " " << finished[0].line;
 }
 
 TEST(ToolsAgreeWithTheModule, OnEveryRecordOfGeneratedRecordings) {
