@@ -208,9 +208,13 @@ TEST(EditProgramTest, AFailedWriteLeavesTheOutputAsItWas) {
     many += std::to_string(i) + " $TMC timeStamp=" + std::to_string(i) + "\n";
   dir.Write("in", many);
   dir.Write("out", "kept\n");
-  // Files may grow to 4 KiB: writing the output fails with EFBIG.
-  const std::string command = "cd '" + dir.Path() + "' && ulimit -f 4 && trap '' XFSZ && '" +
-                              PELORIN_EDIT_PROGRAM + "' --shift 1 -o out in 2>err";
+  // Files may grow to 4 KiB: writing the output fails with EFBIG. In a
+  // cross build the program runs under its emulator (words joined by "|").
+  std::string launcher = PELORIN_TOOL_LAUNCHER;
+  for (char& c : launcher) c = c == '|' ? ' ' : c;
+  const std::string command = "cd '" + dir.Path() + "' && ulimit -f 4 && trap '' XFSZ && " +
+                              launcher + " '" + PELORIN_EDIT_PROGRAM +
+                              "' --shift 1 -o out in 2>err";
   const int status = std::system(("bash -c \"" + command + "\"").c_str());
   ASSERT_TRUE(WIFEXITED(status));
   EXPECT_EQ(WEXITSTATUS(status), 4);
