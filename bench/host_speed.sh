@@ -38,14 +38,7 @@ work=$(mktemp -d "${TMPDIR:-/tmp}/pelorin-bench.XXXXXX")
 trap 'rm -rf "$work"' EXIT
 events=$work/events
 
-# One record every 100 ms of recording time, each a distinct TMC message.
-awk -v n="$records" 'BEGIN {
-  t = 1416131460
-  for (i = 0; i < n; i++) {
-    s = t + int(i / 10)
-    printf "%d.%d $TMC timeStamp=%d LTN=1 SID=34 PID=53761 tmcData=0A:1F:%02X:%02X:00\n", s, i % 10, s, int(i / 256) % 256, i % 256
-  }
-}' > "$events"
+awk -v n="$records" -f bench/tmc_records.awk > "$events"
 bytes=$(stat -c %s "$events")
 
 now() { date +%s.%N; }

@@ -39,9 +39,10 @@ void RecordingReader::Restart() {
 Quillan::ReadStatus RecordingReader::Next() {
   if (!m_reader) return Quillan::ReadStatus::kReadError;
   m_tap->BeginLine();
-  s_reading.store(true);
+  // Plain stores: a handler on this thread, or a later one, reads the flag.
+  s_reading.store(true, std::memory_order_relaxed);
   const Quillan::ReadStatus status = m_reader->ReadRecord(m_record);
-  s_reading.store(false);
+  s_reading.store(false, std::memory_order_relaxed);
   if (status != Quillan::ReadStatus::kEndOfInput) ++m_number;
   return status;
 }
